@@ -1,0 +1,34 @@
+# libvelmor-core.so.0, and the same objects as a bundle for tests that look behind the interface.
+add_library(velmor-core-objects OBJECT
+  api/cpu.cpp
+  api/frame.cpp
+  api/memory.cpp
+  core/cpu_features.cpp
+  core/platform.cpp
+)
+set_target_properties(velmor-core-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
+target_include_directories(velmor-core-objects
+  PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+  PRIVATE ${PROJECT_SOURCE_DIR}
+)
+target_link_libraries(velmor-core-objects PRIVATE $<BUILD_INTERFACE:velmor_core_warnings>)
+
+set(export_list ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+add_library(velmor-core SHARED)
+add_library(velmor::core ALIAS velmor-core)
+target_link_libraries(velmor-core PRIVATE $<BUILD_INTERFACE:velmor-core-objects>)
+target_include_directories(velmor-core INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+)
+target_link_options(velmor-core PRIVATE LINKER:--version-script=${export_list})
+if(NOT VELMOR_CORE_SANITIZE)
+  target_link_options(velmor-core PRIVATE LINKER:--no-undefined)
+endif()
+set_target_properties(velmor-core PROPERTIES
+  VERSION 0.${PROJECT_VERSION_MINOR}.${PROJECT_VERSION_PATCH}
+  SOVERSION 0
+  LINKER_LANGUAGE CXX
+  LINK_DEPENDS ${export_list}
+  EXPORT_NAME core
+)

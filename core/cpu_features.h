@@ -1,0 +1,72 @@
+// Which instruction-set extensions the processor offers, found out with cpuid and xgetbv.
+
+#ifndef CORE_CPU_FEATURES_H
+#define CORE_CPU_FEATURES_H
+
+#include <cstdint>
+
+namespace core {
+
+struct CpuFeatures {
+  bool sse = false;
+  bool sse2 = false;
+  bool sse3 = false;
+  bool ssse3 = false;
+  bool sse41 = false;
+  bool sse42 = false;
+  bool avx = false;
+  bool avx2 = false;
+  bool avx512f = false;
+  bool avx512dq = false;
+  bool avx512ifma = false;
+  bool avx512pf = false;
+  bool avx512er = false;
+  bool avx512cd = false;
+  bool avx512bw = false;
+  bool avx512vl = false;
+  bool avx5124nniw = false;
+  bool avx5124fmaps = false;
+  bool avx512fp16 = false;
+  bool avx512vbmi = false;
+  bool avx512vbmi2 = false;
+  bool avx512vnni = false;
+  bool avx512bitalg = false;
+  bool avx512vpopcntdq = false;
+  bool avx512bf16 = false;
+  bool fma3 = false;
+  bool neon = false;
+
+  bool operator==(const CpuFeatures&) const = default;
+};
+
+// All false until the first detection. Written by detectCpuFeatures() alone, with plain stores:
+// who reads it on another thread waits for velmor_core_init() to return first.
+extern CpuFeatures cpuFeatures;
+
+struct CpuidResult {
+  uint32_t eax = 0;
+  uint32_t ebx = 0;
+  uint32_t ecx = 0;
+  uint32_t edx = 0;
+};
+
+// The two instructions that detection rests on. Tests put recorded processors in their place.
+class Processor {
+ public:
+  virtual ~Processor() = default;
+  virtual CpuidResult cpuid(uint32_t leaf, uint32_t subleaf) const = 0;
+  // The low half of XCR0, in which the operating system tells what register state it saves. Raises
+  // an invalid-opcode fault where leaf 1 does not report OSXSAVE.
+  virtual uint32_t xgetbv() const = 0;
+};
+
+// Returns `known` with the flags overwritten that the processor tells of. A processor that lacks
+// leaf 1 or leaf 7 leaves the flags of that leaf as they are.
+CpuFeatures detectCpuFeatures(CpuFeatures known, const Processor& processor);
+
+// Detects the features of the processor that runs this, into cpuFeatures.
+void detectCpuFeatures();
+
+}  // namespace core
+
+#endif

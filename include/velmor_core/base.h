@@ -1,0 +1,25 @@
+/** What every header of velmor-core needs: export macro, status codes, fixed-width types.
+ *
+ *  The rules that hold for all functions stand in velmor_core.h.
+ */
+#ifndef VELMOR_CORE_BASE_H
+#define VELMOR_CORE_BASE_H
+
+#include <stdbool.h>
+#include <stddef.h>
+#include <stdint.h>
+
+/** Marks the functions of the interface; nothing else is visible in the library. */
+#define VELMOR_CORE_API __attribute__((visibility("default")))
+
+/** The values of every function whose result is a status. There are no others. */
+enum {
+  /** The operation was carried out. */
+  VELMOR_CORE_SUCCESS = 0,
+  /** The operation failed, or does not apply to its argument. */
+  VELMOR_CORE_FAILURE = -1,
+  /** A handle is null, or of a kind that the operation does not work on. */
+  VELMOR_CORE_BAD_HANDLE = -200
+};
+
+#endif
