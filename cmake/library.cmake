@@ -3,8 +3,18 @@ add_library(velmor-core-objects OBJECT
   api/cpu.cpp
   api/frame.cpp
   api/memory.cpp
+  api/riff.cpp
   core/cpu_features.cpp
   core/platform.cpp
+  riff/cache_object.cpp
+  riff/chunk.cpp
+  riff/data_chunk.cpp
+  riff/file_object.cpp
+  riff/free_list.cpp
+  riff/group_chunk.cpp
+  riff/memory_object.cpp
+  riff/object.cpp
+  riff/virtual_root_chunk.cpp
 )
 set_target_properties(velmor-core-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
 target_include_directories(velmor-core-objects

@@ -5,6 +5,7 @@
  *    frame.h    init and fini, version
  *    cpu.h      instruction-set features, number of processors
  *    memory.h   size of the physical memory
+ *    riff.h     RIFF chunk trees in files, buffers and caches
  *
  *  These rules hold for all functions, unless the text of a function says otherwise:
  *
@@ -38,5 +39,6 @@
 #include <velmor_core/cpu.h>
 #include <velmor_core/frame.h>
 #include <velmor_core/memory.h>
+#include <velmor_core/riff.h>
 
 #endif

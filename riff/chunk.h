@@ -1,0 +1,91 @@
+// The base of every node in a chunk tree, and the four-character ids that name chunks.
+
+#ifndef RIFF_CHUNK_H
+#define RIFF_CHUNK_H
+
+#include <cstdint>
+
+namespace RIFF {
+
+class GroupChunk;
+class Object;
+
+// A chunk id: four bytes in storage order, the first one in the low 8 bits. This is how the bytes
+// lie in memory on x86-64, so a FourCC is read and written as it is.
+struct FourCC {
+  constexpr FourCC() = default;
+  constexpr explicit FourCC(uint32_t value) : value(value) {}
+  constexpr FourCC(char c0, char c1, char c2, char c3)
+      : value(byte(c0) | byte(c1) << 8 | byte(c2) << 16 | byte(c3) << 24) {}
+  constexpr bool operator==(const FourCC&) const = default;
+
+  uint32_t value = 0;
+
+ private:
+  static constexpr uint32_t byte(char c) { return static_cast<unsigned char>(c); }
+};
+
+constexpr FourCC RIFF_ID('R', 'I', 'F', 'F');
+constexpr FourCC LIST_ID('L', 'I', 'S', 'T');
+constexpr FourCC JUNK_ID('J', 'U', 'N', 'K');
+
+constexpr uint32_t ID_SIZE = 4;
+constexpr uint32_t CHUNK_HEADER_SIZE = 8;   // id, data size
+constexpr uint32_t GROUP_HEADER_SIZE = 12;  // id, data size, group id
+
+// A data size rounded up to the even number of bytes that it takes in storage.
+constexpr uint64_t padded(uint32_t size) { return uint64_t{size} + (size & 1U); }
+
+// One chunk: where it lies, what its header says, and its place in the tree.
+//
+// A chunk is a DataChunk or a GroupChunk, told apart by its run-time type alone: a group that was
+// created under another id than "RIFF" or "LIST" is a group all the same.
+class Chunk {
+ public:
+  Chunk(const Chunk&) = delete;
+  Chunk& operator=(const Chunk&) = delete;
+  virtual ~Chunk() = default;
+
+  Object& getObject() const { return *object; }
+  FourCC getId() const { return id; }
+  GroupChunk* getParent() const { return parent; }
+  Chunk* getNext() const { return next; }
+  uint32_t getDataSize() const { return size; }
+
+  // Offset of the header from the object's first byte; -1 for a virtual root, which has none.
+  int64_t getOffset() const { return offset; }
+  // The bytes that the chunk takes in storage, header and pad byte included. 64 bits: a chunk of
+  // full size takes 2^32 + 8.
+  uint64_t totalSize() const { return CHUNK_HEADER_SIZE + padded(size); }
+  // Offset of the first byte behind the chunk and its pad byte.
+  uint64_t end() const { return static_cast<uint64_t>(offset) + totalSize(); }
+
+  // Both take the value into the node before they write it: if the write fails, the node has the
+  // new value and the bytes have the old one.
+  void setId(FourCC newId);
+  void setSizeField(uint32_t newSize);
+
+ protected:
+  Chunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChunk* parent);
+  // Reads id and size from the header at offset.
+  Chunk(Object& object, int64_t offset, GroupChunk* parent);
+
+  // Offset of the first byte behind the header, as the object counts.
+  uint64_t dataStart() const { return static_cast<uint64_t>(offset) + CHUNK_HEADER_SIZE; }
+
+ private:
+  // Group and object keep position and links in step with the bytes.
+  friend class GroupChunk;
+  friend class Object;
+
+  Object* object;
+  int64_t offset;
+  FourCC id;
+  uint32_t size = 0;
+  GroupChunk* parent;
+  Chunk* next = nullptr;
+};
+
+}  // namespace RIFF
+
+#endif

@@ -1,0 +1,91 @@
+#include "riff/file_object.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <stdexcept>
+
+namespace RIFF {
+
+namespace {
+
+constexpr uint64_t MOVE_BLOCK = 65536;
+constexpr mode_t PERMISSIONS = 0644;
+
+int openFlags(int32_t mode) {
+  if (mode == FileObject::CREATE) return O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC;
+  if (mode == FileObject::READ_WRITE) return O_RDWR | O_CLOEXEC;
+  return O_RDONLY | O_CLOEXEC;
+}
+
+// Calls transfer(bytes, length) until all has gone. An interrupted call counts as failed.
+template <typename Byte, typename Transfer>
+void transferAll(Byte* bytes, uint64_t length, const char* failure, Transfer transfer) {
+  while (length > 0) {
+    const ssize_t count = transfer(bytes, length);
+    if (count <= 0) throw std::runtime_error(failure);
+    bytes += count;
+    length -= static_cast<uint64_t>(count);
+  }
+}
+
+}  // namespace
+
+Descriptor::~Descriptor() {
+  if (fd != -1) ::close(fd);
+}
+
+void Descriptor::open(const std::string& path, int flags) {
+  fd = ::open(path.c_str(), flags, PERMISSIONS);
+  if (fd == -1) throw std::runtime_error("open failed");
+}
+
+FileObject::FileObject(const std::string& path, int32_t openMode) : mode(openMode) {
+  fd.open(path, openFlags(mode));
+  // What cannot seek has the size -1, which loads as an empty tree.
+  size = static_cast<uint64_t>(::lseek(fd.get(), 0, SEEK_END));
+  loadChunks();
+}
+
+void FileObject::resize(uint64_t newSize) {
+  if (::ftruncate(fd.get(), static_cast<off_t>(newSize)) == -1) {
+    throw std::runtime_error("ftruncate failed");
+  }
+  size = newSize;
+}
+
+void FileObject::read(uint64_t offset, void* destination, uint64_t length) {
+  seek(offset);
+  transferAll(static_cast<std::byte*>(destination), length, "read failed",
+              [this](std::byte* bytes, uint64_t n) { return ::read(fd.get(), bytes, n); });
+}
+
+void FileObject::write(uint64_t offset, const void* source, uint64_t length) {
+  seek(offset);
+  transferAll(static_cast<const std::byte*>(source), length, "write failed",
+              [this](const std::byte* bytes, uint64_t n) { return ::write(fd.get(), bytes, n); });
+}
+
+void FileObject::seek(uint64_t offset) const {
+  if (::lseek(fd.get(), static_cast<off_t>(offset), SEEK_SET) == -1) {
+    throw std::runtime_error("lseek failed");
+  }
+}
+
+void FileObject::move(uint64_t source, uint64_t destination, uint64_t length) {
+  if (source == destination) return;
+  const bool towardsFront = source > destination;
+  std::array<std::byte, MOVE_BLOCK> block;
+  for (uint64_t remaining = length; remaining > 0;) {
+    const uint64_t piece = std::min(remaining, MOVE_BLOCK);
+    const uint64_t at = towardsFront ? length - remaining : remaining - piece;
+    read(source + at, block.data(), piece);
+    write(destination + at, block.data(), piece);
+    remaining -= piece;
+  }
+}
+
+}  // namespace RIFF

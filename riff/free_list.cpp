@@ -1,0 +1,89 @@
+#include "riff/free_list.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "riff/group_chunk.h"
+
+namespace RIFF {
+
+namespace {
+
+bool isTopLevel(const Chunk& chunk) { return chunk.getParent()->getParent() == nullptr; }
+
+bool comesFirst(const DataChunk* a, const DataChunk* b) { return usedUpBefore(*a, *b); }
+
+}  // namespace
+
+bool isTrailing(const Chunk& chunk) { return !chunk.getNext() && isTopLevel(chunk); }
+
+bool usedUpBefore(const DataChunk& a, const DataChunk& b) {
+  if (isTrailing(a)) return false;
+  if (isTrailing(b)) return true;
+  if (a.getDataSize() != b.getDataSize()) return a.getDataSize() < b.getDataSize();
+  return a.getOffset() < b.getOffset();
+}
+
+DataChunk* FreeList::findFitting(uint64_t n) const {
+  const auto found = std::ranges::find_if(chunks, [n](const DataChunk* chunk) {
+    return chunk->getDataSize() >= n || chunk->totalSize() == n;
+  });
+  return found == chunks.end() ? nullptr : *found;
+}
+
+void FreeList::insert(Entry entry, DataChunk& chunk) {
+  entry.node.front() = &chunk;
+  chunks.splice(chunks.end(), entry.node);
+  restoreOrder(chunk);
+}
+
+void FreeList::append(Entry entry, DataChunk& chunk) {
+  entry.node.front() = &chunk;
+  chunks.splice(chunks.end(), entry.node);
+  ordered = false;
+}
+
+void FreeList::remove(const Chunk& chunk) {
+  const auto found = std::ranges::find(chunks, &chunk);
+  if (found != chunks.end()) chunks.erase(found);
+}
+
+void FreeList::clear() {
+  chunks.clear();
+  ordered = true;
+}
+
+void FreeList::restoreOrder(const Chunk& changed) {
+  if (!ordered) {
+    chunks.sort(comesFirst);
+    ordered = true;
+    return;
+  }
+  // A chunk that has just been appended is found at once.
+  if (!chunks.empty() && chunks.back() == &changed) return settle(std::prev(chunks.end()));
+  const auto found = std::ranges::find(chunks, &changed);
+  if (found != chunks.end()) settle(found);
+}
+
+// Moves an entry to its place among the others, which are in order.
+void FreeList::settle(std::list<DataChunk*>::iterator entry) {
+  auto place = entry;
+  while (place != chunks.begin() && comesFirst(*entry, *std::prev(place))) --place;
+  if (place == entry) {
+    ++place;
+    while (place != chunks.end() && comesFirst(*place, *entry)) ++place;
+  }
+  chunks.splice(place, chunks, entry);
+}
+
+void FreeList::sortAppended() {
+  if (chunks.empty()) return;
+  std::list<DataChunk*> last;
+  if (isTopLevel(*chunks.back())) last.splice(last.end(), chunks, std::prev(chunks.end()));
+  chunks.sort(comesFirst);
+  ordered = last.empty() || isTrailing(*last.front());
+  chunks.splice(chunks.end(), last);
+}
+
+}  // namespace RIFF

@@ -1,0 +1,57 @@
+#include "riff/memory_object.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace RIFF {
+
+namespace {
+
+// By subtraction: the sum of offset and length may pass 2^64.
+bool fits(uint64_t offset, uint64_t length, uint64_t limit) {
+  return length <= limit && offset <= limit - length;
+}
+
+// Nothing to copy may come with a null pointer.
+void copyBytes(void* destination, const void* source, uint64_t length) {
+  if (length > 0) std::memmove(destination, source, length);
+}
+
+}  // namespace
+
+MemoryObject::MemoryObject(const void* buffer, uint64_t size)
+    : buffer(static_cast<std::byte*>(const_cast<void*>(buffer))), capacity(0) {
+  this->size = size;
+  loadChunks();
+}
+
+MemoryObject::MemoryObject(void* buffer, uint64_t size, uint64_t capacity)
+    : buffer(static_cast<std::byte*>(buffer)), capacity(capacity) {
+  this->size = size;
+  loadChunks();
+}
+
+void MemoryObject::resize(uint64_t newSize) {
+  if (newSize > capacity) throw std::runtime_error("out of space");
+  size = newSize;
+}
+
+void MemoryObject::read(uint64_t offset, void* destination, uint64_t length) {
+  if (!fits(offset, length, size)) throw std::runtime_error("invalid read");
+  copyBytes(destination, buffer + offset, length);
+}
+
+void MemoryObject::write(uint64_t offset, const void* source, uint64_t length) {
+  if (!fits(offset, length, capacity)) throw std::runtime_error("invalid write");
+  copyBytes(buffer + offset, source, length);
+  size = std::max(size, offset + length);
+}
+
+void MemoryObject::move(uint64_t source, uint64_t destination, uint64_t length) {
+  if (!fits(destination, length, capacity)) throw std::runtime_error("invalid write");
+  if (!fits(source, length, capacity)) throw std::runtime_error("invalid read");
+  copyBytes(buffer + destination, buffer + source, length);
+}
+
+}  // namespace RIFF

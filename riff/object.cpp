@@ -1,0 +1,166 @@
+// Loading and resizing. What a chunk looks like in storage, sizes little-endian:
+//
+//   data chunk   | id 4 | size 4 | data, size bytes             | pad byte if size is odd |
+//   group        | id 4 | size 4 | group id 4 | child | child … | pad byte if size is odd |
+//
+// Top-level chunks lie back to back from offset 0 until the object's size is reached. "RIFF" and
+// "LIST" are groups, every other id is data. The format is Microsoft's and IBM's "Multimedia
+// Programming Interface and Data Specifications 1.0" (1991), chapter 2.
+
+#include "riff/object.h"
+
+#include <array>
+#include <limits>
+#include <stdexcept>
+
+#include "riff/data_chunk.h"
+
+namespace RIFF {
+
+namespace {
+
+constexpr uint64_t MAX_SIZE = std::numeric_limits<int64_t>::max();
+
+// The next chunk in byte order that is not inside chunk; null behind the last one.
+Chunk* nextOutside(const Chunk& chunk) {
+  const Chunk* c = &chunk;
+  while (c && !c->getNext()) c = c->getParent();
+  return c ? c->getNext() : nullptr;
+}
+
+// The next chunk in byte order, groups before what they hold.
+Chunk* nextInOrder(Chunk& chunk) {
+  const GroupChunk* group = asGroup(&chunk);
+  return group && group->getChild(0) ? group->getChild(0) : nextOutside(chunk);
+}
+
+// The chunk whose bytes are the last ones of chunk: the last child of the last child, and so on.
+const Chunk& lastInside(const Chunk& chunk) {
+  const Chunk* last = &chunk;
+  while (!isDataChunk(*last)) {
+    const Chunk* child = static_cast<const GroupChunk*>(last)->getLastChild();
+    if (!child) break;
+    last = child;
+  }
+  return *last;
+}
+
+}  // namespace
+
+void Object::loadChunks() {
+  // Signed: a file that cannot seek has the size -1, and nothing to load.
+  const auto end = static_cast<int64_t>(size);
+  uint64_t offset = 0;
+  while (static_cast<int64_t>(offset) < end) {
+    virtualRoot.attachUnsorted(loadChunk(offset, virtualRoot));
+  }
+  virtualRoot.sortAttached();
+}
+
+// A group ends where its children end exactly. Where they don't, reading goes on behind the group
+// until a header lies outside the object, and the load fails. How deep groups nest is up to the
+// file, so this does not recurse: the parent links lead back up.
+std::unique_ptr<Chunk> Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
+  std::unique_ptr<Chunk> top = readHeader(offset, parent);
+  GroupChunk* open = asGroup(top.get());
+  while (open) {
+    if (offset == open->end()) {
+      open->sortAttached();
+      open = open == top.get() ? nullptr : open->getParent();
+    } else if (GroupChunk* inner = asGroup(&open->attachUnsorted(readHeader(offset, *open)))) {
+      open = inner;
+    }
+  }
+  return top;
+}
+
+// Moves offset to where the next header lies: behind a data chunk, behind the header of a group.
+std::unique_ptr<Chunk> Object::readHeader(uint64_t& offset, GroupChunk& parent) {
+  const auto at = static_cast<int64_t>(offset);
+  FourCC id;
+  read(offset, &id, ID_SIZE);
+  if (id == RIFF_ID || id == LIST_ID) {
+    offset += GROUP_HEADER_SIZE;
+    return std::make_unique<GroupChunk>(*this, at, &parent);
+  }
+  auto data = std::make_unique<DataChunk>(*this, at, &parent);
+  offset += data->totalSize();
+  return data;
+}
+
+void Object::writeChunkHeader(uint64_t offset, FourCC id, uint32_t dataSize) {
+  const std::array<uint32_t, 2> header = {id.value, dataSize};
+  write(offset, header.data(), sizeof header);
+}
+
+void Object::writeGroupHeader(uint64_t offset, FourCC id, FourCC groupId) {
+  const std::array<uint32_t, 3> header = {id.value, ID_SIZE, groupId.value};
+  write(offset, header.data(), sizeof header);
+}
+
+uint64_t Object::resizeChunk(Chunk& chunk, int64_t delta, const Chunk* removed) {
+  if (&chunk == &virtualRoot && delta >= 0) {
+    requireStored(virtualRoot.endOfChildren());
+    const uint64_t oldSize = size;
+    grow(static_cast<uint64_t>(delta));
+    return oldSize;
+  }
+  if (delta == 0) return chunk.end();
+
+  const uint64_t from = removed ? removed->end() : chunk.end();
+  requireStored(from);
+  const uint64_t tail = size - from;
+  if (delta > 0) grow(static_cast<uint64_t>(delta));
+  move(from, from + static_cast<uint64_t>(delta), tail);
+  if (delta < 0) resize(size + static_cast<uint64_t>(delta));
+  for (Chunk* c = &chunk; c->parent; c = c->parent) {
+    c->setSizeField(c->size + static_cast<uint32_t>(delta));
+  }
+  if (removed) {
+    shiftOffsets(*removed->parent, delta, removed);
+  } else {
+    shiftOffsets(*chunk.parent, delta, &chunk);
+  }
+  return from;
+}
+
+void Object::grow(uint64_t delta) {
+  if (size > MAX_SIZE || delta > MAX_SIZE - size) throw std::runtime_error("out of space");
+  resize(size + delta);
+}
+
+// Every chunk behind `after`, on its own level and on all levels above, moves with everything in
+// it; without `after`, all that group holds does.
+void Object::shiftOffsets(GroupChunk& group, int64_t delta, const Chunk* after) {
+  Chunk* c = after ? nextOutside(*after) : group.getChild(0);
+  const Chunk* stop = after ? nullptr : nextOutside(group);
+  for (; c && c != stop; c = nextInOrder(*c)) c->offset += delta;
+}
+
+void Object::requireStored(uint64_t upTo) {
+  if (upTo <= size) return;
+  if (upTo - size != 1 || !onlyPadIsMissing()) throw std::runtime_error("invalid read");
+  grow(1);
+}
+
+void Object::requireComplete() const {
+  if (virtualRoot.endOfChildren() > size && !onlyPadIsMissing()) {
+    throw std::runtime_error("invalid read");
+  }
+}
+
+void Object::requirePad(const Chunk& chunk) {
+  if (chunk.end() > size && lastInside(chunk).getDataSize() % 2 != 0) requireStored(chunk.end());
+}
+
+bool Object::onlyPadIsMissing() const {
+  const Chunk& last = lastInside(virtualRoot);
+  return last.end() == size + 1 && last.getDataSize() % 2 != 0;
+}
+
+void Object::clear() {
+  virtualRoot.clear();
+  size = 0;
+}
+
+}  // namespace RIFF
