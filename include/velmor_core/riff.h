@@ -57,9 +57,17 @@ enum {
 /** A chunk id or group id from its four characters, as a constant expression:
  *  VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a'). In memory the id's bytes are the characters in order.
  */
-#define VELMOR_CORE_RIFF_ID(c0, c1, c2, c3)                                                     \
-  ((uint32_t)(uint8_t)(c0) | ((uint32_t)(uint8_t)(c1) << 8) | ((uint32_t)(uint8_t)(c2) << 16) | \
-   ((uint32_t)(uint8_t)(c3) << 24))
+#define VELMOR_CORE_RIFF_ID(c0, c1, c2, c3)                            \
+  (VELMOR_CORE_RIFF_ID_BYTE(c0, 0) | VELMOR_CORE_RIFF_ID_BYTE(c1, 8) | \
+   VELMOR_CORE_RIFF_ID_BYTE(c2, 16) | VELMOR_CORE_RIFF_ID_BYTE(c3, 24))
+
+/** Part of VELMOR_CORE_RIFF_ID(). */
+#ifdef __cplusplus
+#define VELMOR_CORE_RIFF_ID_BYTE(c, shift) \
+  (static_cast<uint32_t>(static_cast<uint8_t>(c)) << (shift))
+#else
+#define VELMOR_CORE_RIFF_ID_BYTE(c, shift) ((uint32_t)(uint8_t)(c) << (shift))
+#endif
 
 /* --- Objects ---------------------------------------------------------------------------------- */
 
