@@ -1,8 +1,7 @@
 #include "riff/cache_object.h"
 
-#include <cstring>
+#include <cstdint>
 #include <new>
-#include <utility>
 
 namespace RIFF {
 
@@ -19,22 +18,22 @@ uint64_t nextCapacity(uint64_t capacity, uint64_t n) {
 }  // namespace
 
 CacheObject::CacheObject(uint64_t capacity) : MemoryObject(nullptr, 0, 0) {
-  setStorage(std::make_unique_for_overwrite<std::byte[]>(capacity), capacity);
+  if (capacity > 0) reallocate(capacity);
 }
 
 void CacheObject::resize(uint64_t newSize) {
-  if (newSize > capacity) {
-    const uint64_t newCapacity = nextCapacity(capacity, newSize);
-    auto grown = std::make_unique_for_overwrite<std::byte[]>(newCapacity);
-    if (capacity > 0) std::memcpy(grown.get(), buffer, capacity);
-    setStorage(std::move(grown), newCapacity);
-  }
+  if (newSize > capacity) reallocate(nextCapacity(capacity, newSize));
   size = newSize;
 }
 
-void CacheObject::setStorage(std::unique_ptr<std::byte[]> newStorage, uint64_t newCapacity) {
-  storage = std::move(newStorage);
-  buffer = storage.get();
+// Keeps all bytes of the old buffer; on failure, the old buffer itself.
+void CacheObject::reallocate(uint64_t newCapacity) {
+  if (newCapacity > PTRDIFF_MAX) throw std::bad_alloc();
+  auto* grown = static_cast<std::byte*>(std::realloc(storage.get(), newCapacity));
+  if (!grown) throw std::bad_alloc();
+  static_cast<void>(storage.release());  // realloc has freed or kept it
+  storage.reset(grown);
+  buffer = grown;
   capacity = newCapacity;
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 
 #include "riff/memory_object.h"
@@ -21,9 +22,14 @@ class CacheObject final : public MemoryObject {
   void resize(uint64_t newSize) override;
 
  private:
-  void setStorage(std::unique_ptr<std::byte[]> newStorage, uint64_t newCapacity);
+  struct Free {
+    void operator()(std::byte* bytes) const { std::free(bytes); }
+  };
 
-  std::unique_ptr<std::byte[]> storage;  // what buffer points to
+  void reallocate(uint64_t newCapacity);
+
+  // What buffer points to; from malloc, so that a growth may extend it where it lies.
+  std::unique_ptr<std::byte[], Free> storage;
 };
 
 }  // namespace RIFF
