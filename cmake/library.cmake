@@ -8,6 +8,7 @@ add_library(velmor-core-objects OBJECT
   core/platform.cpp
   riff/cache_object.cpp
   riff/chunk.cpp
+  riff/chunk_pool.cpp
   riff/data_chunk.cpp
   riff/file_object.cpp
   riff/free_list.cpp

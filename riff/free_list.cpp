@@ -1,7 +1,10 @@
 #include "riff/free_list.h"
 
 #include <algorithm>
+#include <compare>
 #include <iterator>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "riff/group_chunk.h"
@@ -56,7 +59,7 @@ void FreeList::clear() {
 
 void FreeList::restoreOrder(const Chunk& changed) {
   if (!ordered) {
-    chunks.sort(comesFirst);
+    sort();
     ordered = true;
     return;
   }
@@ -81,9 +84,31 @@ void FreeList::sortAppended() {
   if (chunks.empty()) return;
   std::list<DataChunk*> last;
   if (isTopLevel(*chunks.back())) last.splice(last.end(), chunks, std::prev(chunks.end()));
-  chunks.sort(comesFirst);
+  sort();
   ordered = last.empty() || isTrailing(*last.front());
   chunks.splice(chunks.end(), last);
+}
+
+// As chunks.sort(comesFirst), but quick for long lists: the keys are sorted side by side in memory
+// of their own, if there is any, and not by following links.
+void FreeList::sort() {
+  if (std::ranges::is_sorted(chunks, comesFirst)) return;
+  struct Key {
+    bool trailing;
+    uint32_t size;
+    int64_t offset;
+    DataChunk* chunk;
+    auto operator<=>(const Key&) const = default;
+  };
+  const std::unique_ptr<Key[]> keys(new (std::nothrow) Key[chunks.size()]);
+  if (!keys) return chunks.sort(comesFirst);
+  Key* end = keys.get();
+  for (DataChunk* chunk : chunks) {
+    *end++ = {isTrailing(*chunk), chunk->getDataSize(), chunk->getOffset(), chunk};
+  }
+  std::sort(keys.get(), end);
+  const Key* next = keys.get();
+  for (DataChunk*& chunk : chunks) chunk = next++->chunk;
 }
 
 }  // namespace RIFF

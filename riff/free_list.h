@@ -60,6 +60,7 @@ class FreeList {
   void noteDisorder() { ordered = false; }
 
  private:
+  void sort();
   void settle(std::list<DataChunk*>::iterator entry);
 
   std::list<DataChunk*> chunks;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -29,9 +28,8 @@ void copyBytes(Object& from, uint64_t source, Object& to, uint64_t destination, 
 }
 
 // The chunks that lie back to back in the `length` bytes at `offset`, to be hung under group.
-std::vector<std::unique_ptr<Chunk>> loadChunks(GroupChunk& group, uint64_t offset,
-                                               uint64_t length) {
-  std::vector<std::unique_ptr<Chunk>> chunks;
+std::vector<ChunkPointer> loadChunks(GroupChunk& group, uint64_t offset, uint64_t length) {
+  std::vector<ChunkPointer> chunks;
   for (const uint64_t end = offset + length; offset < end;) {
     chunks.push_back(group.getObject().loadChunk(offset, group));
   }
@@ -68,35 +66,38 @@ void GroupChunk::clear() {
   freeList.clear();
 }
 
-Chunk& GroupChunk::attach(std::unique_ptr<Chunk> child) {
-  return append(std::move(child), &FreeList::insert);
+Chunk& GroupChunk::attach(ChunkPointer child) {
+  return isFree(*child) ? attachFree(std::move(child), &FreeList::insert) : link(std::move(child));
 }
 
-Chunk& GroupChunk::attachUnsorted(std::unique_ptr<Chunk> child) {
-  return append(std::move(child), &FreeList::append);
+Chunk& GroupChunk::attachUnsorted(ChunkPointer child) {
+  return isFree(*child) ? attachFree(std::move(child), &FreeList::append) : link(std::move(child));
+}
+
+Chunk& GroupChunk::attachFree(ChunkPointer child, EnterFreeList enter) {
+  FreeList::Entry entry;
+  auto& attached = static_cast<DataChunk&>(link(std::move(child)));
+  (freeList.*enter)(std::move(entry), attached);
+  return attached;
 }
 
 // All memory is taken before the first link changes.
-Chunk& GroupChunk::append(std::unique_ptr<Chunk> child, EnterFreeList enter) {
-  std::optional<FreeList::Entry> entry;
-  if (isFree(*child)) entry.emplace();
+Chunk& GroupChunk::link(ChunkPointer child) {
   makeRoom(1);
-  Chunk& appended = *child;
   if (Chunk* last = getLastChild()) {
     // A trailing free chunk is one no longer, and belongs among the others when next sorted.
-    if (isTrailing(*last) && isFree(*last)) freeList.noteDisorder();
-    last->next = &appended;
+    if (isFree(*last) && isTrailing(*last)) freeList.noteDisorder();
+    last->next = child.get();
   }
   children.push_back(std::move(child));
-  if (entry) (freeList.*enter)(std::move(*entry), static_cast<DataChunk&>(appended));
-  return appended;
+  return *children.back();
 }
 
 GroupChunk& GroupChunk::addGroupChunk(FourCC newId, FourCC newGroupId) {
   makeRoom(1);
   const uint64_t at = object->resizeChunk(*this, GROUP_HEADER_SIZE, nullptr);
   object->writeGroupHeader(at, newId, newGroupId);
-  auto group = std::make_unique<GroupChunk>(*object, static_cast<int64_t>(at), this);
+  auto group = object->makeChunk<GroupChunk>(static_cast<int64_t>(at), *this);
   return static_cast<GroupChunk&>(attach(std::move(group)));
 }
 
@@ -140,7 +141,7 @@ DataChunk& GroupChunk::addDataChunk(FourCC newId, const void* data, uint32_t dat
     const Reuse reuse = planReuse(*free, n, CHUNK_HEADER_SIZE + uint64_t{dataSize});
     const int64_t at = free->offset;
     object->writeChunkHeader(static_cast<uint64_t>(at), newId, dataSize);
-    std::unique_ptr<Chunk> chunk = std::make_unique<DataChunk>(*object, at, this);
+    ChunkPointer chunk = object->makeChunk<DataChunk>(at, *this);
     auto& added = static_cast<DataChunk&>(*chunk);
     if (data) added.setData(data, dataSize, 0);
     writeRest(reuse);
@@ -149,9 +150,9 @@ DataChunk& GroupChunk::addDataChunk(FourCC newId, const void* data, uint32_t dat
   }
   const uint64_t at = object->resizeChunk(*this, static_cast<int64_t>(n), nullptr);
   object->writeChunkHeader(at, newId, dataSize);
-  auto added = std::make_unique<DataChunk>(*object, static_cast<int64_t>(at), this);
-  if (data && dataSize > 0) added->setData(data, dataSize, 0);
-  return static_cast<DataChunk&>(attach(std::move(added)));
+  ChunkPointer chunk = object->makeChunk<DataChunk>(static_cast<int64_t>(at), *this);
+  if (data && dataSize > 0) static_cast<DataChunk&>(*chunk).setData(data, dataSize, 0);
+  return static_cast<DataChunk&>(attach(std::move(chunk)));
 }
 
 Chunk* GroupChunk::addCache(MemoryObject& cache) {
@@ -167,7 +168,7 @@ Chunk* GroupChunk::addCache(MemoryObject& cache) {
     const auto start = static_cast<uint64_t>(free->offset);
     object->write(start, cache.getBuffer(), n);
     writeRest(reuse);
-    std::vector<std::unique_ptr<Chunk>> added = loadChunks(*this, start, n);
+    std::vector<ChunkPointer> added = loadChunks(*this, start, n);
     makeRoom(added.size());
     Chunk* first = added.front().get();
     placeAdded(reuse, added);
@@ -175,11 +176,11 @@ Chunk* GroupChunk::addCache(MemoryObject& cache) {
   }
   const uint64_t at = object->resizeChunk(*this, static_cast<int64_t>(n), nullptr);
   object->write(at, cache.getBuffer(), n);
-  std::vector<std::unique_ptr<Chunk>> added = loadChunks(*this, at, n);
+  std::vector<ChunkPointer> added = loadChunks(*this, at, n);
   makeRoom(added.size());
   Chunk* first = added.front().get();
   bool anyFree = false;
-  for (std::unique_ptr<Chunk>& chunk : added) {
+  for (ChunkPointer& chunk : added) {
     anyFree |= isFree(*chunk);
     attachUnsorted(std::move(chunk));
   }
@@ -211,7 +212,7 @@ void GroupChunk::writeRest(const Reuse& reuse) {
 }
 
 // Last step of a reuse, which cannot fail: room has been made.
-void GroupChunk::placeAdded(const Reuse& reuse, std::span<std::unique_ptr<Chunk>> added) {
+void GroupChunk::placeAdded(const Reuse& reuse, std::span<ChunkPointer> added) {
   DataChunk& free = reuse.free;
   Chunk* behind = reuse.exact ? free.next : &free;
   for (std::size_t i = 0; i < added.size(); ++i) {
@@ -298,7 +299,7 @@ DataChunk& GroupChunk::makeFree(std::size_t index) {
   FreeList::Entry entry;
   child.setId(JUNK_ID);
   if (isGroup) {
-    auto free = std::make_unique<DataChunk>(*object, child.offset, this);
+    ChunkPointer free = object->makeChunk<DataChunk>(child.offset, *this);
     free->next = child.next;
     if (index > 0) children[index - 1]->next = free.get();
     children[index] = std::move(free);
@@ -317,10 +318,10 @@ DataChunk* GroupChunk::freeChildAt(std::size_t index) const {
 
 // Children lie in byte order. Only an edit that failed half-way can have left it otherwise.
 std::size_t GroupChunk::indexOf(const Chunk& child) const {
-  const auto offsetOf = [](const std::unique_ptr<Chunk>& c) { return c->offset; };
+  const auto offsetOf = [](const ChunkPointer& c) { return c->offset; };
   auto found = std::ranges::lower_bound(children, child.offset, {}, offsetOf);
   if (found == children.end() || found->get() != &child) {
-    found = std::ranges::find(children, &child, &std::unique_ptr<Chunk>::get);
+    found = std::ranges::find(children, &child, &ChunkPointer::get);
   }
   return static_cast<std::size_t>(found - children.begin());
 }
@@ -334,7 +335,7 @@ void GroupChunk::makeRoom(std::size_t count) {
 void GroupChunk::dropChildren(std::size_t index, std::size_t count) {
   const auto first = children.begin() + static_cast<std::ptrdiff_t>(index);
   const auto last = first + static_cast<std::ptrdiff_t>(count);
-  std::for_each(first, last, [this](const std::unique_ptr<Chunk>& child) {
+  std::for_each(first, last, [this](const ChunkPointer& child) {
     if (isFree(*child)) freeList.remove(*child);
   });
   children.erase(first, last);

@@ -5,11 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <vector>
 
 #include "riff/chunk.h"
+#include "riff/chunk_pool.h"
 #include "riff/data_chunk.h"
 #include "riff/free_list.h"
 
@@ -52,9 +52,9 @@ class GroupChunk : public Chunk {
 
   // Hangs a child, whose bytes lie behind the others and whose parent is this group, behind the
   // others; takes ownership. A free chunk enters the free list.
-  Chunk& attach(std::unique_ptr<Chunk> child);
+  Chunk& attach(ChunkPointer child);
   // The same in two steps, for many children: attachUnsorted() for each, then sortAttached().
-  Chunk& attachUnsorted(std::unique_ptr<Chunk> child);
+  Chunk& attachUnsorted(ChunkPointer child);
   void sortAttached() { freeList.sortAppended(); }
 
   // Appends an empty group. Free space is not used for groups.
@@ -98,19 +98,20 @@ class GroupChunk : public Chunk {
 
   std::size_t indexOf(const Chunk& child) const;
   void makeRoom(std::size_t count);
-  Chunk& append(std::unique_ptr<Chunk> child, EnterFreeList enter);
+  Chunk& attachFree(ChunkPointer child, EnterFreeList enter);
+  Chunk& link(ChunkPointer child);
   void dropChildren(std::size_t index, std::size_t count);
 
   Reuse planReuse(DataChunk& free, uint64_t n, uint64_t written);
   void writeRest(const Reuse& reuse);
-  void placeAdded(const Reuse& reuse, std::span<std::unique_ptr<Chunk>> added);
+  void placeAdded(const Reuse& reuse, std::span<ChunkPointer> added);
 
   DataChunk* freeChildAt(std::size_t index) const;
   DataChunk& mergeIntoPrevious(std::size_t index, bool withNext);
   DataChunk& mergeIntoNext(std::size_t index);
   DataChunk& makeFree(std::size_t index);
 
-  std::vector<std::unique_ptr<Chunk>> children;
+  std::vector<ChunkPointer> children;
   FreeList freeList;
   FourCC groupId;
 };

@@ -13,9 +13,14 @@ bool fits(uint64_t offset, uint64_t length, uint64_t limit) {
   return length <= limit && offset <= limit - length;
 }
 
-// Nothing to copy may come with a null pointer.
+// Header fields are most of what is copied, and 4 bytes need no call. Nothing may come with a null
+// pointer.
 void copyBytes(void* destination, const void* source, uint64_t length) {
-  if (length > 0) std::memmove(destination, source, length);
+  if (length == sizeof(uint32_t)) {
+    std::memcpy(destination, source, sizeof(uint32_t));
+  } else if (length > 0) {
+    std::memmove(destination, source, length);
+  }
 }
 
 }  // namespace

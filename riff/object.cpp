@@ -12,6 +12,7 @@
 #include <array>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 #include "riff/data_chunk.h"
 
@@ -60,32 +61,29 @@ void Object::loadChunks() {
 // A group ends where its children end exactly. Where they don't, reading goes on behind the group
 // until a header lies outside the object, and the load fails. How deep groups nest is up to the
 // file, so this does not recurse: the parent links lead back up.
-std::unique_ptr<Chunk> Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
-  std::unique_ptr<Chunk> top = readHeader(offset, parent);
-  GroupChunk* open = asGroup(top.get());
-  while (open) {
-    if (offset == open->end()) {
-      open->sortAttached();
-      open = open == top.get() ? nullptr : open->getParent();
-    } else if (GroupChunk* inner = asGroup(&open->attachUnsorted(readHeader(offset, *open)))) {
-      open = inner;
+ChunkPointer Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
+  ChunkPointer top;
+  GroupChunk* open = &parent;
+  do {
+    const auto at = static_cast<int64_t>(offset);
+    FourCC id;
+    read(offset, &id, ID_SIZE);
+    const bool isGroup = id == RIFF_ID || id == LIST_ID;
+    ChunkPointer chunk =
+        isGroup ? makeChunk<GroupChunk>(at, *open) : makeChunk<DataChunk>(at, *open);
+    offset += isGroup ? GROUP_HEADER_SIZE : chunk->totalSize();
+    GroupChunk* group = isGroup ? static_cast<GroupChunk*>(chunk.get()) : nullptr;
+    if (top) {
+      open->attachUnsorted(std::move(chunk));
+    } else {
+      top = std::move(chunk);
     }
-  }
+    if (group) open = group;
+    for (; open != &parent && offset == open->end(); open = open->getParent()) {
+      open->sortAttached();
+    }
+  } while (open != &parent);
   return top;
-}
-
-// Moves offset to where the next header lies: behind a data chunk, behind the header of a group.
-std::unique_ptr<Chunk> Object::readHeader(uint64_t& offset, GroupChunk& parent) {
-  const auto at = static_cast<int64_t>(offset);
-  FourCC id;
-  read(offset, &id, ID_SIZE);
-  if (id == RIFF_ID || id == LIST_ID) {
-    offset += GROUP_HEADER_SIZE;
-    return std::make_unique<GroupChunk>(*this, at, &parent);
-  }
-  auto data = std::make_unique<DataChunk>(*this, at, &parent);
-  offset += data->totalSize();
-  return data;
 }
 
 void Object::writeChunkHeader(uint64_t offset, FourCC id, uint32_t dataSize) {

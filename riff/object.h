@@ -4,8 +4,8 @@
 #define RIFF_OBJECT_H
 
 #include <cstdint>
-#include <memory>
 
+#include "riff/chunk_pool.h"
 #include "riff/virtual_root_chunk.h"
 
 namespace RIFF {
@@ -34,9 +34,16 @@ class Object {
   // The first top-level chunk, null if there is none.
   Chunk* getRootChunk() const { return virtualRoot.getChild(0); }
 
+  // Builds the node of a chunk whose header is stored at offset, a child-to-be of parent.
+  template <typename Kind>
+  ChunkPointer makeChunk(int64_t offset, GroupChunk& parent) {
+    return pool.make<Kind>(*this, offset, &parent);
+  }
+  ChunkPool& getPool() { return pool; }
+
   // Builds the chunk at offset with everything in it, as a child to be attached to parent, and
   // moves offset behind it.
-  std::unique_ptr<Chunk> loadChunk(uint64_t& offset, GroupChunk& parent);
+  ChunkPointer loadChunk(uint64_t& offset, GroupChunk& parent);
 
   // One write each: the header of a data chunk; the header of a group without children.
   void writeChunkHeader(uint64_t offset, FourCC id, uint32_t dataSize);
@@ -66,10 +73,10 @@ class Object {
 
  private:
   void grow(uint64_t delta);
-  std::unique_ptr<Chunk> readHeader(uint64_t& offset, GroupChunk& parent);
   bool onlyPadIsMissing() const;
   static void shiftOffsets(GroupChunk& group, int64_t delta, const Chunk* after);
 
+  ChunkPool pool;  // outlives the tree
   VirtualRootChunk virtualRoot;
 
  protected:

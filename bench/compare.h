@@ -1,0 +1,54 @@
+// Times a piece of work and its peer in turn, so that both see the same machine, and reports the
+// medians per item and their ratio.
+
+#ifndef BENCH_COMPARE_H
+#define BENCH_COMPARE_H
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <ctime>
+#include <vector>
+
+namespace bench {
+
+inline double median(std::vector<double>& times) {
+  const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+  std::nth_element(times.begin(), middle, times.end());
+  return *middle;
+}
+
+// Processor time of this thread, the kernel's included: what other programs do does not count.
+inline double threadTime() {
+  timespec now = {};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
+
+template <typename Work>
+double nanoseconds(Work& work) {
+  const double start = threadTime();
+  work();
+  return threadTime() - start;
+}
+
+// Each run of work and of peer handles `items` items. Register with UseManualTime().
+template <typename Work, typename Peer>
+void compare(benchmark::State& state, double items, Work work, Peer peer) {
+  std::vector<double> ours;
+  std::vector<double> theirs;
+  for ([[maybe_unused]] auto iteration : state) {
+    ours.push_back(nanoseconds(work));
+    theirs.push_back(nanoseconds(peer));
+    state.SetIterationTime(ours.back() / 1e9);
+  }
+  const double our = median(ours) / items;
+  const double their = median(theirs) / items;
+  state.counters["ns_per_item"] = our;
+  state.counters["peer_ns"] = their;
+  state.counters["ratio"] = our / their;
+}
+
+}  // namespace bench
+
+#endif

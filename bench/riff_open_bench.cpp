@@ -1,0 +1,135 @@
+// Opening and walking: beside a bare loop over the same headers, and over the same system calls.
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "compare.h"
+#include "riff_support.h"
+
+namespace {
+
+using namespace bench;
+
+enum Shape { FLAT, NESTED, FREE, FREE_EMPTY, FREE_RANDOM };
+
+// n chunks: leaves side by side in one group, groups inside each other, or free chunks.
+Bytes makeTree(Shape shape, int64_t n) {
+  Bytes content;
+  if (shape == NESTED) {
+    for (int64_t i = 0; i < n; ++i) {
+      put32(content, LIST);
+      put32(content, static_cast<uint32_t>(4 + 12 * (n - 1 - i)));
+      put32(content, DATA);
+    }
+    return content;
+  }
+  uint32_t random = 1;
+  for (int64_t i = 1; i < n; ++i) {
+    random = random * 1664525 + 1013904223;
+    const uint32_t size = shape == FREE_EMPTY ? 0 : shape == FREE_RANDOM ? random >> 26 << 1 : 24;
+    putChunk(content, shape == FLAT ? DATA : JUNK, size);
+  }
+  return group(RIFF, content);
+}
+
+// The headers alone, as the simplest reader would see them: groups are entered, leaves skipped.
+uint64_t walkBytes(const Bytes& bytes) {
+  uint64_t sum = 0;
+  for (size_t offset = 0; offset < bytes.size();) {
+    const uint32_t id = get32(&bytes[offset]);
+    const uint32_t size = get32(&bytes[offset + 4]);
+    sum += id ^ size;
+    offset += id == RIFF || id == LIST ? 12 : 8 + uint64_t{size} + (size & 1);
+  }
+  return sum;
+}
+
+void openBuffer(benchmark::State& state, Shape shape) {
+  const Bytes bytes = makeTree(shape, state.range(0));
+  compare(
+      state, static_cast<double>(state.range(0)),
+      [&] {
+        Object* object = nullptr;
+        velmor_core_riff_open_buffer_ro(bytes.data(), bytes.size(), &object);
+        benchmark::DoNotOptimize(object);
+        velmor_core_riff_close(object);
+      },
+      [&] { benchmark::DoNotOptimize(walkBytes(bytes)); });
+}
+
+uint32_t read32(int fd, uint64_t offset) {
+  uint32_t value = 0;
+  lseek(fd, static_cast<off_t>(offset), SEEK_SET);
+  if (read(fd, &value, 4) != 4) std::abort();
+  return value;
+}
+
+// The system calls that opening makes: each header field on its own, the id twice.
+void walkFile(const char* path) {
+  const int fd = open(path, O_RDWR | O_CLOEXEC);
+  const auto size = static_cast<uint64_t>(lseek(fd, 0, SEEK_END));
+  for (uint64_t offset = 0; offset < size;) {
+    read32(fd, offset);
+    const uint32_t id = read32(fd, offset);
+    const uint32_t dataSize = read32(fd, offset + 4);
+    const bool isGroup = id == RIFF || id == LIST;
+    if (isGroup) read32(fd, offset + 8);
+    offset += isGroup ? 12 : 8 + uint64_t{dataSize} + (dataSize & 1);
+  }
+  close(fd);
+}
+
+void openFile(benchmark::State& state, Shape shape) {
+  const ScratchFile file(makeTree(shape, state.range(0)));
+  compare(
+      state, static_cast<double>(state.range(0)),
+      [&] { velmor_core_riff_close(bench::openFile(file.path())); },
+      [&] { walkFile(file.path()); });
+}
+
+// 160,000 free chunks beside as many plain leaves.
+void openFreeChunks(benchmark::State& state, Shape shape) {
+  constexpr int64_t N = 160'000;
+  const Bytes free = makeTree(shape, N);
+  const Bytes plain = makeTree(FLAT, N);
+  const auto open = [](const Bytes& bytes) {
+    Object* object = nullptr;
+    velmor_core_riff_open_buffer_ro(bytes.data(), bytes.size(), &object);
+    velmor_core_riff_close(object);
+  };
+  compare(
+      state, N, [&] { open(free); }, [&] { open(plain); });
+}
+
+// Every chunk visited by index and asked for its id, beside the bare loop over the bytes.
+void walkTree(benchmark::State& state, Shape shape) {
+  Bytes bytes = makeTree(shape, state.range(0));
+  Object* object = bench::openBuffer(bytes, bytes.size());
+  compare(
+      state, static_cast<double>(state.range(0)),
+      [&] {
+        uint64_t sum = 0;
+        Chunk* c = velmor_core_riff_object_get_root_chunk(object);
+        while (c) {
+          sum += velmor_core_riff_chunk_get_id(c) ^ velmor_core_riff_chunk_get_data_size(c);
+          Chunk* child = velmor_core_riff_chunk_get_child(c, 0);
+          c = child ? child : velmor_core_riff_chunk_get_next(c);
+        }
+        benchmark::DoNotOptimize(sum);
+      },
+      [&] { benchmark::DoNotOptimize(walkBytes(bytes)); });
+  velmor_core_riff_close(object);
+}
+
+#define SIZES Arg(10'000)->Arg(100'000)->UseManualTime()
+BENCHMARK_CAPTURE(openBuffer, flat, FLAT)->SIZES;
+BENCHMARK_CAPTURE(openBuffer, nested, NESTED)->SIZES;
+BENCHMARK_CAPTURE(openFile, flat, FLAT)->SIZES;
+BENCHMARK_CAPTURE(openFile, nested, NESTED)->SIZES;
+BENCHMARK_CAPTURE(walkTree, flat, FLAT)->SIZES;
+BENCHMARK_CAPTURE(walkTree, nested, NESTED)->SIZES;
+BENCHMARK_CAPTURE(openFreeChunks, equal, FREE)->UseManualTime();
+BENCHMARK_CAPTURE(openFreeChunks, empty, FREE_EMPTY)->UseManualTime();
+BENCHMARK_CAPTURE(openFreeChunks, random, FREE_RANDOM)->UseManualTime();
+
+}  // namespace
