@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Installs a build, moves the tree, and lets C and C++ consumers find it there, by CMake and by
+# pkg-config; then each header alone, in both languages.
+#   install_test.sh SOURCE BUILD CC CXX
+set -euo pipefail
+source=$1 build=$2 cc=$3 cxx=$4
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+expected='data 3, version 0x1000000100000'
+
+cmake --install "$build" --prefix "$work/first" >"$work/log"
+mkdir "$work/moved"
+mv "$work/first" "$work/moved/prefix"
+prefix=$work/moved/prefix
+
+expect() { # COMMAND prints the expected line
+  local got
+  got=$("$@")
+  [ "$got" = "$expected" ] || { echo "$*: '$got'" >&2; exit 1; }
+}
+
+CC=$cc CXX=$cxx cmake -S "$source/tests/consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" >>"$work/log"
+cmake --build "$work/cmake" >>"$work/log"
+expect "$work/cmake/consumer_c"
+expect "$work/cmake/consumer_cpp"
+
+pc=$(find "$prefix" -name velmor-core.pc -printf %h)
+flags=$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs velmor-core)
+libdir=$(PKG_CONFIG_PATH=$pc pkg-config --variable=libdir velmor-core)
+strict='-Wall -Wextra -Wpedantic -Wconversion -Werror'
+# shellcheck disable=SC2086
+"$cc" -std=c99 $strict "$source/tests/consumer/consumer.c" $flags -o "$work/c"
+# shellcheck disable=SC2086
+"$cxx" -std=c++17 $strict "$source/tests/consumer/consumer.cpp" $flags -o "$work/cpp"
+LD_LIBRARY_PATH=$libdir expect "$work/c"
+LD_LIBRARY_PATH=$libdir expect "$work/cpp"
+
+for header in "$prefix"/include/velmor_core/*.h; do
+  echo "#include <velmor_core/$(basename "$header")>" >"$work/alone.c"
+  cp "$work/alone.c" "$work/alone.cpp"
+  # shellcheck disable=SC2086
+  "$cc" -std=c99 $strict -I"$prefix/include" -fsyntax-only "$work/alone.c"
+  # shellcheck disable=SC2086
+  "$cxx" -std=c++17 $strict -Wold-style-cast -I"$prefix/include" -fsyntax-only "$work/alone.cpp"
+done
