@@ -26,7 +26,7 @@ inline double threadTime() {
 }
 
 template <typename Work>
-double nanoseconds(Work& work) {
+double nanoseconds(Work&& work) {
   const double start = threadTime();
   work();
   return threadTime() - start;

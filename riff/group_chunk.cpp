@@ -58,6 +58,7 @@ void GroupChunk::clear() {
     if (inner && !inner->children.empty()) {
       group = inner;
     } else if (!group->children.empty()) {
+      const ChunkPointer gone(group->children.back());
       group->children.pop_back();
     } else {
       group = group->parent;
@@ -89,7 +90,7 @@ Chunk& GroupChunk::link(ChunkPointer child) {
     if (isFree(*last) && isTrailing(*last)) freeList.noteDisorder();
     last->next = child.get();
   }
-  children.push_back(std::move(child));
+  children.push_back(child.release());
   return *children.back();
 }
 
@@ -223,7 +224,7 @@ void GroupChunk::placeAdded(const Reuse& reuse, std::span<ChunkPointer> added) {
   auto place = children.begin() + static_cast<std::ptrdiff_t>(reuse.index);
   if (reuse.exact) {
     freeList.remove(free);
-    *place++ = std::move(added.front());
+    const ChunkPointer filled(std::exchange(*place++, added.front().release()));
     added = added.subspan(1);
   } else {
     free.offset += static_cast<int64_t>(reuse.n);
@@ -234,8 +235,8 @@ void GroupChunk::placeAdded(const Reuse& reuse, std::span<ChunkPointer> added) {
       freeList.remove(free);
     }
   }
-  children.insert(place, std::make_move_iterator(added.begin()),
-                  std::make_move_iterator(added.end()));
+  place = children.insert(place, added.size(), nullptr);
+  for (ChunkPointer& chunk : added) *place++ = chunk.release();
 }
 
 DataChunk& GroupChunk::recycle(Chunk& child) {
@@ -302,7 +303,7 @@ DataChunk& GroupChunk::makeFree(std::size_t index) {
     ChunkPointer free = object->makeChunk<DataChunk>(child.offset, *this);
     free->next = child.next;
     if (index > 0) children[index - 1]->next = free.get();
-    children[index] = std::move(free);
+    const ChunkPointer gone(std::exchange(children[index], free.release()));
   } else if (child.size % 2 != 0) {
     child.setSizeField(child.size + 1);
   }
@@ -313,16 +314,13 @@ DataChunk& GroupChunk::makeFree(std::size_t index) {
 
 DataChunk* GroupChunk::freeChildAt(std::size_t index) const {
   if (index >= children.size() || !isFree(*children[index])) return nullptr;
-  return static_cast<DataChunk*>(children[index].get());
+  return static_cast<DataChunk*>(children[index]);
 }
 
 // Children lie in byte order. Only an edit that failed half-way can have left it otherwise.
 std::size_t GroupChunk::indexOf(const Chunk& child) const {
-  const auto offsetOf = [](const ChunkPointer& c) { return c->offset; };
-  auto found = std::ranges::lower_bound(children, child.offset, {}, offsetOf);
-  if (found == children.end() || found->get() != &child) {
-    found = std::ranges::find(children, &child, &ChunkPointer::get);
-  }
+  auto found = std::ranges::lower_bound(children, child.offset, {}, &Chunk::offset);
+  if (found == children.end() || *found != &child) found = std::ranges::find(children, &child);
   return static_cast<std::size_t>(found - children.begin());
 }
 
@@ -335,8 +333,9 @@ void GroupChunk::makeRoom(std::size_t count) {
 void GroupChunk::dropChildren(std::size_t index, std::size_t count) {
   const auto first = children.begin() + static_cast<std::ptrdiff_t>(index);
   const auto last = first + static_cast<std::ptrdiff_t>(count);
-  std::for_each(first, last, [this](const ChunkPointer& child) {
+  std::for_each(first, last, [this](Chunk* child) {
     if (isFree(*child)) freeList.remove(*child);
+    const ChunkPointer gone(child);
   });
   children.erase(first, last);
 }

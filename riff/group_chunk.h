@@ -46,9 +46,9 @@ class GroupChunk : public Chunk {
   FourCC getGroupId() const { return groupId; }
   uint32_t getChildCount() const { return static_cast<uint32_t>(children.size()); }
   Chunk* getChild(uint32_t index) const {
-    return index < children.size() ? children[index].get() : nullptr;
+    return index < children.size() ? children[index] : nullptr;
   }
-  Chunk* getLastChild() const { return children.empty() ? nullptr : children.back().get(); }
+  Chunk* getLastChild() const { return children.empty() ? nullptr : children.back(); }
 
   // Hangs a child, whose bytes lie behind the others and whose parent is this group, behind the
   // others; takes ownership. A free chunk enters the free list.
@@ -111,7 +111,10 @@ class GroupChunk : public Chunk {
   DataChunk& mergeIntoNext(std::size_t index);
   DataChunk& makeFree(std::size_t index);
 
-  std::vector<ChunkPointer> children;
+  // Owned: link() and placeAdded() take them from their ChunkPointers, dropChildren() and clear()
+  // hand them back. Plain pointers, since an edit in a wide group moves those behind it as bytes,
+  // where owning ones would be moved one by one, at several times the cost.
+  std::vector<Chunk*> children;
   FreeList freeList;
   FourCC groupId;
 };
