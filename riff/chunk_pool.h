@@ -33,12 +33,17 @@ class ChunkPool {
   // Builds a node; if its constructor throws, the memory is taken back.
   template <typename Kind, typename... Arguments>
   ChunkPointer make(Arguments&&... arguments) {
+    static_assert(sizeof(Kind) <= MAX_NODE);
     Guard memory{*this, allocate(sizeof(Kind)), sizeof(Kind)};
     ChunkPointer chunk(::new (memory.node) Kind(std::forward<Arguments>(arguments)...));
     memory.node = nullptr;
     return chunk;
   }
   void release(void* node, std::size_t size);
+  // Makes sure that there is memory for one more node.
+  void reserveNode() {
+    if (restSize < MAX_NODE) addBlock();
+  }
 
  private:
   struct FreeNode {
@@ -53,7 +58,7 @@ class ChunkPool {
     }
   };
   static constexpr std::size_t UNIT = 16;
-  static constexpr std::size_t MAX_NODE = 256;
+  static constexpr std::size_t MAX_NODE = 128;
   static constexpr std::size_t FIRST_BLOCK = 1024;
   static constexpr std::size_t MAX_BLOCK = 65536;
 

@@ -27,13 +27,13 @@ void copyBytes(Object& from, uint64_t source, Object& to, uint64_t destination, 
   }
 }
 
-// The chunks that lie back to back in the `length` bytes at `offset`, to be hung under group.
-std::vector<ChunkPointer> loadChunks(GroupChunk& group, uint64_t offset, uint64_t length) {
-  std::vector<ChunkPointer> chunks;
+// Adds to chunks those that lie back to back in the `length` bytes at `offset`, to be hung under
+// group.
+void loadChunks(GroupChunk& group, uint64_t offset, uint64_t length,
+                std::vector<ChunkPointer>& chunks) {
   for (const uint64_t end = offset + length; offset < end;) {
     chunks.push_back(group.getObject().loadChunk(offset, group));
   }
-  return chunks;
 }
 
 }  // namespace
@@ -163,13 +163,16 @@ Chunk* GroupChunk::addCache(MemoryObject& cache) {
   // All that is poured in has to be whole chunks.
   if (cache.getVirtualRootChunk()->endOfChildren() != n) throw std::runtime_error("invalid read");
   if (!parent) object->requireComplete();
+  std::vector<ChunkPointer> added;
+  added.reserve(cache.getVirtualRootChunk()->getChildCount());
+  makeRoom(added.capacity());
 
   if (DataChunk* free = findFreeChunk(n)) {
     const Reuse reuse = planReuse(*free, n, n);
     const auto start = static_cast<uint64_t>(free->offset);
     object->write(start, cache.getBuffer(), n);
     writeRest(reuse);
-    std::vector<ChunkPointer> added = loadChunks(*this, start, n);
+    loadChunks(*this, start, n, added);
     makeRoom(added.size());
     Chunk* first = added.front().get();
     placeAdded(reuse, added);
@@ -177,7 +180,7 @@ Chunk* GroupChunk::addCache(MemoryObject& cache) {
   }
   const uint64_t at = object->resizeChunk(*this, static_cast<int64_t>(n), nullptr);
   object->write(at, cache.getBuffer(), n);
-  std::vector<ChunkPointer> added = loadChunks(*this, at, n);
+  loadChunks(*this, at, n, added);
   makeRoom(added.size());
   Chunk* first = added.front().get();
   bool anyFree = false;
@@ -298,6 +301,7 @@ DataChunk& GroupChunk::makeFree(std::size_t index) {
   if (isGroup == (child.size % 2 == 0)) object->requirePad(child);
 
   FreeList::Entry entry;
+  if (isGroup) makeRoom(0);
   child.setId(JUNK_ID);
   if (isGroup) {
     ChunkPointer free = object->makeChunk<DataChunk>(child.offset, *this);
@@ -324,8 +328,10 @@ std::size_t GroupChunk::indexOf(const Chunk& child) const {
   return static_cast<std::size_t>(found - children.begin());
 }
 
-// Takes the memory for so many more children, so that taking them in cannot fail.
+// Takes the memory for so many more children, and for the node of one of them, so that an edit does
+// not run out of it half-way.
 void GroupChunk::makeRoom(std::size_t count) {
+  object->getPool().reserveNode();
   if (children.capacity() - children.size() >= count) return;
   children.reserve(std::max(children.size() + count, 2 * children.capacity()));
 }
