@@ -1,11 +1,15 @@
 # libvelmor-core.so.0, and the same objects as a bundle for tests that look behind the interface.
+find_package(Boost REQUIRED)  # headers alone; none of its libraries is linked
+
 add_library(velmor-core-objects OBJECT
   api/cpu.cpp
   api/frame.cpp
   api/memory.cpp
   api/riff.cpp
+  api/uuid.cpp
   core/cpu_features.cpp
   core/platform.cpp
+  core/uuid.cpp
   riff/cache_object.cpp
   riff/chunk.cpp
   riff/chunk_pool.cpp
@@ -22,7 +26,8 @@ target_include_directories(velmor-core-objects
   PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   PRIVATE ${PROJECT_SOURCE_DIR}
 )
-target_link_libraries(velmor-core-objects PRIVATE $<BUILD_INTERFACE:velmor_core_warnings>)
+target_link_libraries(velmor-core-objects PRIVATE $<BUILD_INTERFACE:velmor_core_warnings>
+                      $<BUILD_INTERFACE:Boost::headers>)
 
 set(export_list ${PROJECT_SOURCE_DIR}/cmake/exports.map)
 add_library(velmor-core SHARED)

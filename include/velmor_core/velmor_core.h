@@ -6,6 +6,7 @@
  *    cpu.h      instruction-set features, number of processors
  *    memory.h   size of the physical memory
  *    riff.h     RIFF chunk trees in files, buffers and caches
+ *    uuid.h     universally unique identifiers
  *
  *  These rules hold for all functions, unless the text of a function says otherwise:
  *
@@ -40,5 +41,6 @@
 #include <velmor_core/frame.h>
 #include <velmor_core/memory.h>
 #include <velmor_core/riff.h>
+#include <velmor_core/uuid.h>
 
 #endif
