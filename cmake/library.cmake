@@ -4,11 +4,16 @@ find_package(Boost REQUIRED)  # headers alone; none of its libraries is linked
 add_library(velmor-core-objects OBJECT
   api/cpu.cpp
   api/frame.cpp
+  api/hash.cpp
   api/memory.cpp
   api/riff.cpp
   api/uuid.cpp
   core/cpu_features.cpp
   core/platform.cpp
+  core/sha256.cpp
+  core/sha256_compress.cpp
+  core/sha256_compress_portable.cpp
+  core/sha256_compress_shani.cpp
   core/uuid.cpp
   riff/cache_object.cpp
   riff/chunk.cpp

@@ -93,6 +93,11 @@ CpuFeatures detectCpuFeatures(CpuFeatures known, const Processor& processor) {
   return known;
 }
 
-void detectCpuFeatures() { cpuFeatures = detectCpuFeatures(cpuFeatures, ThisProcessor()); }
+const Processor& getThisProcessor() {
+  static const ThisProcessor processor;
+  return processor;
+}
+
+void detectCpuFeatures() { cpuFeatures = detectCpuFeatures(cpuFeatures, getThisProcessor()); }
 
 }  // namespace core

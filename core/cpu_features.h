@@ -60,6 +60,9 @@ class Processor {
   virtual uint32_t xgetbv() const = 0;
 };
 
+// The processor that runs this.
+const Processor& getThisProcessor();
+
 // Returns `known` with the flags overwritten that the processor tells of. A processor that lacks
 // leaf 1 or leaf 7 leaves the flags of that leaf as they are.
 CpuFeatures detectCpuFeatures(CpuFeatures known, const Processor& processor);

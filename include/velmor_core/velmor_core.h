@@ -7,6 +7,7 @@
  *    memory.h   size of the physical memory
  *    riff.h     RIFF chunk trees in files, buffers and caches
  *    uuid.h     universally unique identifiers
+ *    hash.h     SHA-256 digests
  *
  *  These rules hold for all functions, unless the text of a function says otherwise:
  *
@@ -39,6 +40,7 @@
 #include <velmor_core/base.h>
 #include <velmor_core/cpu.h>
 #include <velmor_core/frame.h>
+#include <velmor_core/hash.h>
 #include <velmor_core/memory.h>
 #include <velmor_core/riff.h>
 #include <velmor_core/uuid.h>

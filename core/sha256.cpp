@@ -1,0 +1,59 @@
+// Blocks and padding of SHA-256 (FIPS 180-4, 5.1.1 and 6.2).
+
+#include "core/sha256.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace core {
+void Sha256Hasher::update(std::span<const uint8_t> bytes) {
+  length.add(bytes.size());
+  if (pendingSize > 0) {
+    const uint64_t missing = std::min(SHA256_BLOCK - pendingSize, bytes.size());
+    append(bytes.first(missing));
+    bytes = bytes.subspan(missing);
+    if (pendingSize < SHA256_BLOCK) return;
+    compressPending();
+  }
+  // Whole blocks are hashed where they lie.
+  const uint64_t blocks = bytes.size() / SHA256_BLOCK;
+  if (blocks > 0) compress(state, bytes.data(), blocks);
+  append(bytes.subspan(blocks * SHA256_BLOCK));
+}
+
+void Sha256Hasher::append(std::span<const uint8_t> bytes) {
+  if (bytes.empty()) return;  // where the pointer may be null
+  std::memcpy(pending.data() + pendingSize, bytes.data(), bytes.size());
+  pendingSize += bytes.size();
+}
+
+void Sha256Hasher::compressPending() {
+  compress(state, pending.data(), 1);
+  pending.fill(0);
+  pendingSize = 0;
+}
+
+// Behind the message come a 1 bit and zeros, and its length in bits as the last 8 bytes of a block.
+void Sha256Hasher::finish() {
+  const uint64_t mark = 0x80;  // in memory: the 1 bit and 63 of the zeros
+  const uint64_t bits = __builtin_bswap64(length.getBitCount());
+  const uint64_t lengthOffset = SHA256_BLOCK - sizeof bits;
+  std::memcpy(pending.data() + pendingSize, &mark, sizeof mark);
+  if (pendingSize >= lengthOffset) compressPending();
+  std::memcpy(pending.data() + lengthOffset, &bits, sizeof bits);
+  compressPending();
+}
+
+void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
+  for (uint64_t i = 0; i < state.size(); ++i) {
+    const uint32_t word = __builtin_bswap32(static_cast<uint32_t>(state[i]));
+    const uint64_t offset = i * sizeof word;
+    if (digest.size() >= offset + sizeof word) {
+      std::memcpy(&digest[offset], &word, sizeof word);
+    } else if (digest.size() > offset) {
+      std::memcpy(&digest[offset], &word, digest.size() - offset);
+    }
+  }
+}
+
+}  // namespace core
