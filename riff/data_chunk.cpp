@@ -14,6 +14,10 @@ void DataChunk::getData(void* destination, uint32_t length, uint32_t offset) con
 
 void DataChunk::setData(const void* source, uint32_t length, uint32_t offset) {
   checkRange(length, offset);
+  // The chunk may have been cut short. Writing what is missing would lengthen the object, or the
+  // file alone, by part of a chunk.
+  const uint64_t end = dataStart() + offset + length;
+  if (end > getObject().getSize()) throw std::runtime_error("invalid write");
   getObject().write(dataStart() + offset, source, length);
 }
 
