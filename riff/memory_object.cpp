@@ -55,7 +55,7 @@ void MemoryObject::write(uint64_t offset, const void* source, uint64_t length) {
 
 void MemoryObject::move(uint64_t source, uint64_t destination, uint64_t length) {
   if (!fits(destination, length, capacity)) throw std::runtime_error("invalid write");
-  if (!fits(source, length, capacity)) throw std::runtime_error("invalid read");
+  if (length > 0 && !fits(source, length, capacity)) throw std::runtime_error("invalid read");
   copyBytes(buffer + destination, buffer + source, length);
 }
 
