@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Builds the fuzz targets and runs each for some seconds, two at a time. Findings stay below
+# build/fuzz/findings and make this fail.
+#   ./fuzz.sh [SECONDS]   20 by default
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+. scripts/packages.sh
+
+seconds=${1:-20}
+need_packages "fuzzing" "${build_packages[@]}" clang-14 libclang-rt-14-dev
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz
+
+run() {
+  local target=$1 corpus=build/fuzz/corpus/$1 findings=build/fuzz/findings/$1-
+  mkdir -p "$corpus" build/fuzz/findings
+  # Deep expressions and large refusals are slow under sanitizers, not endless.
+  build/fuzz/fuzz/"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 \
+    -malloc_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$findings" \
+    "$corpus" examples/data >build/fuzz/"$target".log 2>&1 || {
+    tail -n 40 build/fuzz/"$target".log
+    echo "$target: FAILED, see $findings*"
+    return 1
+  }
+  echo "$target: $(grep -oP 'number_of_executed_units: \K.*' build/fuzz/"$target".log) executions," \
+    "no finding"
+}
+
+failed=0
+run fuzz_load & first=$!
+run fuzz_edit & second=$!
+wait $first || failed=1
+wait $second || failed=1
+run fuzz_number & first=$!
+run fuzz_uuid & second=$!
+wait $first || failed=1
+wait $second || failed=1
+exit $failed
