@@ -1,7 +1,11 @@
 // Every allocation and every system call fails in turn, in every kind of edit, on every kind of
 // object: the result tells, nothing leaks, and the object can be walked, edited and closed.
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <functional>
+#include <set>
 
 #include "support/faults.h"
 #include "support/riff_support.h"
@@ -183,6 +187,50 @@ TEST(FaultTest, OpeningFailsCleanlyWhateverFails) {
           EXPECT_EQ(faults::liveAllocations(), allocations);
           EXPECT_EQ(faults::openDescriptors(), descriptors);
         }
+      }
+    }
+  }
+}
+
+// Runs an edit of a file in a process that ends at its nth write. Returns whether it came to that.
+bool killAtWrite(const Scenario& scenario, const TemporaryFile& file, size_t nth) {
+  const pid_t process = fork();
+  if (process == 0) {
+    const Opened other = openBytes(OTHER);
+    Object* object = nullptr;
+    velmor_core_riff_open_file(file.path(), VELMOR_CORE_RIFF_READ_WRITE, &object);
+    faults::arm(Call::WRITE, nth, How::END_PROCESS);
+    scenario.run(velmor_core_riff_object_get_virtual_root_chunk(object), other.get());
+    _exit(1);
+  }
+  int status = 0;
+  EXPECT_EQ(waitpid(process, &status, 0), process);
+  EXPECT_TRUE(WIFEXITED(status));
+  return WEXITSTATUS(status) == 0;
+}
+
+// A cut leaves a file that is refused or can be walked and read. Edits that move nothing and keep
+// all boundaries of chunks in place leave one that opens, wherever they are cut.
+TEST(KilledTest, AFileIsRefusedOrReadWhereverAnEditIsCut) {
+  const std::set<std::string> safe = {"set data",
+                                      "fill exactly",
+                                      "recycle data",
+                                      "recycle a group",
+                                      "recycle between free chunks",
+                                      "recycle before a free chunk"};
+  for (const Scenario& scenario : SCENARIOS) {
+    bool cut = true;
+    for (size_t nth = 0; cut; ++nth) {
+      SCOPED_TRACE(testing::Message() << scenario.name << ", cut at write " << nth);
+      const TemporaryFile file(bytesOf(TREE));
+      cut = killAtWrite(scenario, file, nth);
+      const Bytes left = file.content();
+      const Opened object = openBytes(left);
+      EXPECT_TRUE(object || !safe.count(scenario.name));
+      if (!object) continue;
+      EXPECT_FALSE(pictureOf(object.get()).empty());
+      if (nth == 0 && safe.count(scenario.name)) {
+        EXPECT_EQ(left, bytesOf(TREE));
       }
     }
   }

@@ -16,9 +16,10 @@ constexpr Call ALL_CALLS[] = {Call::NEW,  Call::REALLOC, Call::OPEN,      Call::
 enum class How {
   FAIL_ONCE,
   FAIL_FROM_HERE_ON,
-  RETURN_ZERO,    // read, write and getrandom: nothing transferred
-  SHORT_COUNTS,   // the same: one byte at a time
-  INTERRUPT_ONCE  // EINTR
+  RETURN_ZERO,     // read, write and getrandom: nothing transferred
+  SHORT_COUNTS,    // the same: one byte at a time
+  INTERRUPT_ONCE,  // EINTR
+  END_PROCESS      // before the call is made
 };
 
 // From now on the nth call of this kind, from 0, fails in this way.
