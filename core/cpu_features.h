@@ -35,8 +35,6 @@ struct CpuFeatures {
   bool avx512bf16 = false;
   bool fma3 = false;
   bool neon = false;
-
-  bool operator==(const CpuFeatures&) const = default;
 };
 
 // All false until the first detection. Written by detectCpuFeatures() alone, with plain stores:

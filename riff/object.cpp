@@ -114,11 +114,7 @@ uint64_t Object::resizeChunk(Chunk& chunk, int64_t delta, const Chunk* removed) 
   for (Chunk* c = &chunk; c->parent; c = c->parent) {
     c->setSizeField(c->size + static_cast<uint32_t>(delta));
   }
-  if (removed) {
-    shiftOffsets(*removed->parent, delta, removed);
-  } else {
-    shiftOffsets(*chunk.parent, delta, &chunk);
-  }
+  shiftOffsets(removed ? *removed : chunk, delta);
   return from;
 }
 
@@ -128,11 +124,9 @@ void Object::grow(uint64_t delta) {
 }
 
 // Every chunk behind `after`, on its own level and on all levels above, moves with everything in
-// it; without `after`, all that group holds does.
-void Object::shiftOffsets(GroupChunk& group, int64_t delta, const Chunk* after) {
-  Chunk* c = after ? nextOutside(*after) : group.getChild(0);
-  const Chunk* stop = after ? nullptr : nextOutside(group);
-  for (; c && c != stop; c = nextInOrder(*c)) c->offset += delta;
+// it.
+void Object::shiftOffsets(const Chunk& after, int64_t delta) {
+  for (Chunk* c = nextOutside(after); c; c = nextInOrder(*c)) c->offset += delta;
 }
 
 void Object::requireStored(uint64_t upTo) {

@@ -74,7 +74,7 @@ class Object {
  private:
   void grow(uint64_t delta);
   bool onlyPadIsMissing() const;
-  static void shiftOffsets(GroupChunk& group, int64_t delta, const Chunk* after);
+  static void shiftOffsets(const Chunk& after, int64_t delta);
 
   ChunkPool pool;  // outlives the tree
   VirtualRootChunk virtualRoot;

@@ -4,12 +4,20 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace core {
+
+bool operator==(const CpuFeatures& a, const CpuFeatures& b) {
+  using Flags = std::array<uint8_t, sizeof(CpuFeatures)>;
+  return std::bit_cast<Flags>(a) == std::bit_cast<Flags>(b);
+}
+
 namespace {
 
 // Answers from a table; leaves that are not in it read as zero.

@@ -192,6 +192,14 @@ TEST(FaultTest, OpeningFailsCleanlyWhateverFails) {
   }
 }
 
+TEST(PlatformFaultTest, WhatTheSystemDoesNotTellHasADefault) {
+  faults::arm(Call::SYSCONF, 0, How::FAIL_ONCE);
+  EXPECT_EQ(velmor_core_cpu_get_count(), 1U);
+  faults::arm(Call::SYSINFO, 0, How::FAIL_ONCE);
+  EXPECT_EQ(velmor_core_memory_get_physical_size(), 0U);
+  EXPECT_TRUE(faults::disarm());
+}
+
 // Runs an edit of a file in a process that ends at its nth write. Returns whether it came to that.
 bool killAtWrite(const Scenario& scenario, const TemporaryFile& file, size_t nth) {
   const pid_t process = fork();

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/random.h>
+#include <sys/sysinfo.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -153,6 +154,18 @@ ssize_t write(int fd, const void* bytes, size_t length) {
   if (strikes(Call::WRITE) && spoil(result, length)) return result;
   static const auto real = next<ssize_t(int, const void*, size_t)>("write");
   return real(fd, bytes, length);
+}
+
+long sysconf(int name) noexcept {
+  if (strikes(Call::SYSCONF)) return -1;
+  static const auto real = next<long(int)>("sysconf");
+  return real(name);
+}
+
+int sysinfo(struct sysinfo* info) noexcept {
+  if (strikes(Call::SYSINFO)) return -1;
+  static const auto real = next<int(struct sysinfo*)>("sysinfo");
+  return real(info);
 }
 
 ssize_t getrandom(void* bytes, size_t length, unsigned flags) {

@@ -9,7 +9,7 @@
 
 namespace faults {
 
-enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM };
+enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM, SYSCONF, SYSINFO };
 constexpr Call ALL_CALLS[] = {Call::NEW,  Call::REALLOC, Call::OPEN,      Call::LSEEK,
                               Call::READ, Call::WRITE,   Call::FTRUNCATE, Call::GETRANDOM};
 
