@@ -1,10 +1,10 @@
 #include "riff/free_list.h"
 
 #include <algorithm>
-#include <compare>
 #include <iterator>
 #include <memory>
 #include <new>
+#include <tuple>
 #include <utility>
 
 #include "riff/group_chunk.h"
@@ -93,13 +93,7 @@ void FreeList::sortAppended() {
 // of their own, if there is any, and not by following links.
 void FreeList::sort() {
   if (std::ranges::is_sorted(chunks, comesFirst)) return;
-  struct Key {
-    bool trailing;
-    uint32_t size;
-    int64_t offset;
-    DataChunk* chunk;
-    auto operator<=>(const Key&) const = default;
-  };
+  using Key = std::tuple<bool, uint32_t, int64_t, DataChunk*>;  // trailing, size, offset
   const std::unique_ptr<Key[]> keys(new (std::nothrow) Key[chunks.size()]);
   if (!keys) return chunks.sort(comesFirst);
   Key* end = keys.get();
@@ -108,7 +102,7 @@ void FreeList::sort() {
   }
   std::sort(keys.get(), end);
   const Key* next = keys.get();
-  for (DataChunk*& chunk : chunks) chunk = next++->chunk;
+  for (DataChunk*& chunk : chunks) chunk = std::get<DataChunk*>(*next++);
 }
 
 }  // namespace RIFF

@@ -37,6 +37,10 @@ std::string writeFailure(Object& object, uint64_t offset, uint64_t length) {
   return failure([&] { object.write(offset, in.data(), length); });
 }
 
+std::string moveFailure(Object& object, uint64_t source, uint64_t destination, uint64_t length) {
+  return moveFailure(object, source, destination, length);
+}
+
 struct Range {
   uint64_t offset, length;
   bool fits;  // in 40 bytes
@@ -55,11 +59,11 @@ TEST(MemoryObjectTest, ChecksEveryRangeBeforeItTouchesAnything) {
     EXPECT_EQ(readFailure(readOnly, offset, length), fits ? "" : "invalid read");
     const bool nothing = offset == 0 && length == 0;
     EXPECT_EQ(writeFailure(readOnly, offset, length), nothing ? "" : "invalid write");
-    EXPECT_EQ(failure([&] { readOnly.move(0, offset, length); }), nothing ? "" : "invalid write");
-    EXPECT_EQ(failure([&] { readWrite.move(0, offset, length); }), fits ? "" : "invalid write");
-    EXPECT_EQ(failure([&] { readWrite.move(offset, 0, length); }), fits || length == 0 ? ""
-                                                                   : length > 40 ? "invalid write"
-                                                                                 : "invalid read");
+    EXPECT_EQ(moveFailure(readOnly, 0, offset, length), nothing ? "" : "invalid write");
+    EXPECT_EQ(moveFailure(readWrite, 0, offset, length), fits ? "" : "invalid write");
+    EXPECT_EQ(moveFailure(readWrite, offset, 0, length), fits || length == 0 ? ""
+                                                         : length > 40       ? "invalid write"
+                                                                             : "invalid read");
     EXPECT_EQ(buffer, std::vector<char>(40, 'x'));
   }
   for (const auto& [offset, length, fits] : RANGES) {
