@@ -38,7 +38,7 @@ std::string writeFailure(Object& object, uint64_t offset, uint64_t length) {
 }
 
 std::string moveFailure(Object& object, uint64_t source, uint64_t destination, uint64_t length) {
-  return moveFailure(object, source, destination, length);
+  return failure([&] { object.move(source, destination, length); });
 }
 
 struct Range {
