@@ -1,0 +1,80 @@
+#include "chunk_id.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "errors.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::size_t ID_SIZE = 4;
+constexpr std::string_view PATH_CHARACTERS = "/:[]\\";
+
+std::array<uint8_t, ID_SIZE> bytesOf(uint32_t id) {
+  std::array<uint8_t, ID_SIZE> bytes{};
+  for (std::size_t i = 0; i < ID_SIZE; ++i) bytes[i] = static_cast<uint8_t>(id >> (8 * i));
+  return bytes;
+}
+
+std::string escaped(uint8_t byte) {
+  constexpr std::string_view DIGITS = "0123456789abcdef";
+  return {'\\', 'x', DIGITS[byte >> 4], DIGITS[byte & 15]};
+}
+
+// Reads one character, or one \xHH, from the front of text.
+uint8_t takeByte(std::string_view& text) {
+  const char first = text.front();
+  if (first != '\\') {
+    text.remove_prefix(1);
+    return static_cast<uint8_t>(first);
+  }
+  unsigned value = 0;
+  const std::string_view digits = text.substr(std::min<std::size_t>(text.size(), 2)).substr(0, 2);
+  const auto [end, error] =
+      std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+  if (!text.starts_with("\\x") || digits.size() != 2 || end != digits.data() + 2) {
+    throw UsageError("in an id, a backslash begins \\xHH with two hexadecimal digits");
+  }
+  text.remove_prefix(ID_SIZE);
+  return static_cast<uint8_t>(value);
+}
+
+}  // namespace
+
+std::string idText(uint32_t id) {
+  const std::array<uint8_t, ID_SIZE> bytes = bytesOf(id);
+  std::size_t length = ID_SIZE;
+  while (length > 0 && bytes[length - 1] == ' ') --length;
+  if (length == 0) return escaped(' ');
+  std::string text;
+  for (std::size_t i = 0; i < length; ++i) {
+    const auto character = static_cast<char>(bytes[i]);
+    // A space between other characters is readable where it stands; one in front would be lost.
+    const bool plain = character >= (i == 0 ? '!' : ' ') && character <= '~' &&
+                       PATH_CHARACTERS.find(character) == std::string_view::npos;
+    text += plain ? std::string(1, character) : escaped(bytes[i]);
+  }
+  return text;
+}
+
+std::string nameText(uint32_t id, uint32_t groupId) {
+  return isGroupId(id) ? idText(id) + ":" + idText(groupId) : idText(id);
+}
+
+uint32_t parseId(std::string_view text) {
+  std::array<uint8_t, ID_SIZE> bytes{' ', ' ', ' ', ' '};
+  std::size_t count = 0;
+  for (std::string_view rest = text; !rest.empty(); ++count) {
+    const uint8_t byte = takeByte(rest);
+    if (count < ID_SIZE) bytes[count] = byte;
+  }
+  if (count == 0 || count > ID_SIZE) {
+    throw UsageError("\"" + std::string(text) + "\" is no id: an id has one to four characters");
+  }
+  return makeId(bytes[0], bytes[1], bytes[2], bytes[3]);
+}
+
+}  // namespace tool

@@ -1,0 +1,75 @@
+// What a command is, and the list of them.
+#ifndef VELMOR_CORE_TOOLS_COMMAND_H
+#define VELMOR_CORE_TOOLS_COMMAND_H
+
+#include <cstddef>
+#include <limits>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tool {
+
+struct Option {
+  std::string_view name;  // with its dashes
+  bool takesValue = false;
+};
+
+// The words behind a command's name, sorted into options and operands. Options may stand anywhere;
+// behind "--" every word is an operand.
+class Arguments {
+ public:
+  // Throws UsageError for an option that is not among those allowed or lacks its value.
+  Arguments(std::span<const std::string> words, std::span<const Option> allowed);
+
+  bool has(std::string_view option) const { return options.contains(option); }
+  std::optional<std::string> value(std::string_view option) const;
+  std::size_t count() const { return operands.size(); }
+  const std::string& operator[](std::size_t index) const { return operands[index]; }
+  const std::vector<std::string>& all() const { return operands; }
+
+ private:
+  std::map<std::string, std::string, std::less<>> options;
+  std::vector<std::string> operands;
+};
+
+constexpr std::size_t ANY_NUMBER = std::numeric_limits<std::size_t>::max();
+
+struct Command {
+  std::string_view name;
+  std::string_view synopsis;  // what follows the name
+  std::string_view summary;   // one line for the overview
+  std::string_view help;      // the rest of its help text
+  std::size_t minOperands;
+  std::size_t maxOperands;
+  std::span<const Option> options;
+  // Returns the exit status, 0 or 1; throws UsageError and Failure.
+  int (*run)(const Arguments& arguments);
+};
+
+extern const Command TREE;
+extern const Command EXTRACT;
+extern const Command SET;
+extern const Command ADD;
+extern const Command REMOVE;
+extern const Command RECYCLE;
+extern const Command VERIFY;
+extern const Command CPU;
+extern const Command VERSION;
+
+// Prints "velmor-core: " and the message on standard error, behind what has been printed so far.
+void complain(std::string_view message);
+
+// Runs work for each file; one that fails is complained of and does not keep the others from their
+// turn. Returns the exit status.
+int forEachFile(const std::vector<std::string>& files, bool (*work)(const std::string& file));
+
+// The text that "velmor-core --version" prints, with its line end.
+std::string versionText();
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,115 @@
+// velmor-core: shows RIFF files as trees of chunks and edits them in place.
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "command.h"
+#include "errors.h"
+
+namespace tool {
+namespace {
+
+constexpr std::array COMMANDS = {&TREE,    &EXTRACT, &SET, &ADD,    &REMOVE,
+                                 &RECYCLE, &VERIFY,  &CPU, &VERSION};
+
+constexpr std::string_view OVERVIEW_TAIL = R"(
+A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a
+chunk id, for groups also with the group id behind a colon. Ids shorter than four characters are
+padded with spaces ("fmt" is "fmt "). Where several chunks fit a step, a number picks one of them,
+counted from 1: RIFF/LIST[2]/data. In an id, \xHH stands for the byte with that hexadecimal value.
+
+Exit status: 0 done, 1 failed, 2 wrong use.
+"velmor-core COMMAND --help" tells more about a command.
+)";
+
+void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+void printOverview() {
+  print("Look into RIFF files (WAV, AVI, WebP and others) and edit them in place.\n\n");
+  print("Usage: velmor-core COMMAND [ARGUMENT...]\n\nCommands:\n");
+  for (const Command* command : COMMANDS) {
+    std::string line = "  " + std::string(command->name);
+    line.resize(12, ' ');
+    print(line + std::string(command->summary) + "\n");
+  }
+  print(OVERVIEW_TAIL);
+}
+
+void printHelp(const Command& command) {
+  print("Usage: velmor-core " + std::string(command.name) + " " + std::string(command.synopsis) +
+        "\n\n" + std::string(command.summary) + ".\n" + std::string(command.help));
+}
+
+const Command& findCommand(std::string_view name) {
+  const auto* const* found = std::ranges::find(COMMANDS, name, &Command::name);
+  if (found == COMMANDS.end()) {
+    throw UsageError("there is no command \"" + std::string(name) + "\"");
+  }
+  return **found;
+}
+
+bool asksForHelp(std::span<const std::string> words) {
+  const auto end = std::ranges::find(words, "--");
+  return std::any_of(words.begin(), end,
+                     [](const std::string& word) { return word == "--help" || word == "-h"; });
+}
+
+int runCommand(const Command& command, std::span<const std::string> words) {
+  if (asksForHelp(words)) {
+    printHelp(command);
+    return 0;
+  }
+  const Arguments arguments(words, command.options);
+  if (arguments.count() < command.minOperands || arguments.count() > command.maxOperands) {
+    throw UsageError("wrong number of arguments: velmor-core " + std::string(command.name) + " " +
+                     std::string(command.synopsis));
+  }
+  return command.run(arguments);
+}
+
+int run(std::span<const std::string> words) {
+  if (words.empty()) throw UsageError("no command given");
+  const std::string& first = words[0];
+  if (first == "--version") {
+    print(versionText());
+    return 0;
+  }
+  if (first == "--help" || first == "-h" || (first == "help" && words.size() == 1)) {
+    printOverview();
+    return 0;
+  }
+  if (first == "help") {
+    printHelp(findCommand(words[1]));
+    return 0;
+  }
+  return runCommand(findCommand(first), words.subspan(1));
+}
+
+// Output that cannot be delivered (a full disk, say) is a failure too.
+int finish(int status) {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+  complain("cannot write the output: " + systemError());
+  return 1;
+}
+
+}  // namespace
+}  // namespace tool
+
+int main(int argc, char** argv) {
+  try {
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    return tool::finish(tool::run(words));
+  } catch (const tool::UsageError& error) {
+    tool::complain(error.what());
+    std::fputs("\"velmor-core --help\" tells how it is used.\n", stderr);
+    return 2;
+  } catch (const std::bad_alloc&) {
+    tool::complain("out of memory");
+  } catch (const std::exception& error) {
+    tool::complain(error.what());
+  }
+  return 1;
+}

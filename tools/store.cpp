@@ -1,0 +1,65 @@
+#include "store.h"
+
+#include "errors.h"
+#include "file.h"
+#include "verifier.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint64_t GROUP_HEADER_SIZE = 12;
+
+// Why the store refuses a file that can be opened and read.
+[[noreturn]] void throwRefused(const std::string& file) {
+  const Survey survey = surveyFile(file);
+  if (survey.finding) throw Failure(file, findingText(*survey.finding));
+  throw Failure(file, "cannot be read");
+}
+
+}  // namespace
+
+Object openFile(const std::string& file, int32_t mode) {
+  // Says why a file does not open; the store's own result has no room for reasons.
+  File(file, mode == VELMOR_CORE_RIFF_READ_ONLY ? File::READ : File::READ_WRITE);
+  velmor_core_riff_object_t* object = nullptr;
+  if (velmor_core_riff_open_file(file.c_str(), mode, &object) != VELMOR_CORE_SUCCESS) {
+    throwRefused(file);
+  }
+  return Object(object);
+}
+
+Copy openCopy(const std::string& file, uint64_t room) {
+  const File source(file, File::READ);
+  const uint64_t size = source.size();
+  Copy copy{std::make_unique<char[]>(size + room), nullptr};
+  source.readAll(copy.bytes.get(), size, 0);
+  velmor_core_riff_object_t* object = nullptr;
+  if (velmor_core_riff_open_buffer_rw(copy.bytes.get(), size, size + room, &object) !=
+      VELMOR_CORE_SUCCESS) {
+    throwRefused(file);
+  }
+  copy.object.reset(object);
+  return copy;
+}
+
+bool TreeWalk::next() {
+  Chunk following = current.firstChild();
+  if (following) {
+    ++depth;
+  } else {
+    following = current.next();
+    while (!following && depth > 0) {
+      current = current.parent();
+      --depth;
+      if (depth > 0) following = current.next();
+    }
+  }
+  if (!following) return false;
+  current = following;
+  start = end;
+  end += current.isGroup() ? GROUP_HEADER_SIZE : current.totalSize();
+  return true;
+}
+
+}  // namespace tool

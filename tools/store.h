@@ -1,0 +1,91 @@
+// The store's handles for C++: an object that is closed by its owner, and a chunk as a value.
+#ifndef VELMOR_CORE_TOOLS_STORE_H
+#define VELMOR_CORE_TOOLS_STORE_H
+
+#include <velmor_core/riff.h>
+
+#include <memory>
+#include <string>
+
+#include "chunk_id.h"
+
+namespace tool {
+
+struct CloseObject {
+  void operator()(velmor_core_riff_object_t* object) const { velmor_core_riff_close(object); }
+};
+using Object = std::unique_ptr<velmor_core_riff_object_t, CloseObject>;
+
+// A chunk of an open object, or none. Valid as long as the handle that it holds.
+class Chunk {
+ public:
+  Chunk() = default;
+  explicit Chunk(velmor_core_riff_chunk_t* chunk) : chunk(chunk) {}
+
+  explicit operator bool() const { return chunk != nullptr; }
+  bool operator==(const Chunk&) const = default;
+  velmor_core_riff_chunk_t* handle() const { return chunk; }
+
+  uint32_t id() const { return velmor_core_riff_chunk_get_id(chunk); }
+  uint32_t groupId() const { return velmor_core_riff_chunk_get_group_id(chunk); }
+  std::string name() const { return nameText(id(), groupId()); }
+  // Holds for chunks as they are loaded, and the tool creates groups under these ids alone.
+  bool isGroup() const { return isVirtualRoot() || isGroupId(id()); }
+  bool isFree() const { return id() == ID_JUNK; }
+  bool isVirtualRoot() const { return !parent(); }
+  uint32_t dataSize() const { return velmor_core_riff_chunk_get_data_size(chunk); }
+  // With header and pad byte.
+  uint64_t totalSize() const {
+    const uint64_t size = dataSize();
+    return 8 + size + size % 2;
+  }
+
+  Chunk parent() const { return Chunk(velmor_core_riff_chunk_get_parent(chunk)); }
+  Chunk next() const { return Chunk(velmor_core_riff_chunk_get_next(chunk)); }
+  Chunk firstChild() const { return Chunk(velmor_core_riff_chunk_get_child(chunk, 0)); }
+
+ private:
+  velmor_core_riff_chunk_t* chunk = nullptr;
+};
+
+inline Chunk virtualRoot(const Object& object) {
+  return Chunk(velmor_core_riff_object_get_virtual_root_chunk(object.get()));
+}
+
+// Opens a file that has to exist and be a regular file. Throws Failure with the reason, and for
+// bytes that are no chunks with the offset where they are not.
+Object openFile(const std::string& file, int32_t mode);
+
+// A file's bytes in memory, open for editing. The file itself is left alone.
+struct Copy {
+  std::unique_ptr<char[]> bytes;  // outlives the object, which works in it
+  Object object;
+};
+
+// Reads a file into memory, with `room` bytes to grow. Throws as openFile().
+Copy openCopy(const std::string& file, uint64_t room);
+
+// The chunks of an object in the order of their bytes, groups before what they hold. Neither
+// recurses nor allocates, however deep the tree goes. Call next() before the first chunk.
+class TreeWalk {
+ public:
+  explicit TreeWalk(const Object& object) : current(virtualRoot(object)) {}
+
+  // Goes on to the next chunk; false behind the last one.
+  bool next();
+  const Chunk& chunk() const { return current; }
+  // 0 for top-level chunks.
+  uint64_t level() const { return depth - 1; }
+  // Of the chunk's header, from the object's first byte.
+  uint64_t offset() const { return start; }
+
+ private:
+  Chunk current;
+  uint64_t depth = 0;
+  uint64_t start = 0;
+  uint64_t end = 0;  // of what has been shown: where the next chunk starts
+};
+
+}  // namespace tool
+
+#endif
