@@ -76,12 +76,12 @@ class Walker {
 
   // Whether this many bytes are left, in the group and in the file, for a header.
   bool headerFits(uint64_t needed) {
-    if (!open.empty() && open.back().end - at < needed) {
-      report(at, bytesText(open.back().end - at) + " at the end of " + pathOf(nullptr) +
-                     " are too few for a chunk header");
-    } else if (at >= size) {
+    if (at >= size) {
       report(at, "the file ends " + bytesText(open.back().end - at) + " before the end of " +
                      pathOf(nullptr));
+    } else if (!open.empty() && open.back().end - at < needed) {
+      report(at, bytesText(open.back().end - at) + " at the end of " + pathOf(nullptr) +
+                     " are too few for a chunk header");
     } else if (size - at < needed) {
       report(at, "the file ends inside a chunk header, " + bytesText(size - at) + " into it");
     }

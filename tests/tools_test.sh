@@ -1,0 +1,282 @@
+# What velmor-core prints, changes and leaves alone. See support/shell.sh for the arguments.
+source "${BASH_SOURCE%/*}/support/shell.sh"
+
+# Prints "LEVEL NAME SIZE" for each chunk of a sound file; knows nothing of the program under test.
+read_tree() {
+  local bytes at=0 level=0 end id size ends=()
+  bytes=($(od -An -v -tu1 "$1"))
+  while ((at < ${#bytes[@]})); do
+    id=$(printf "\\x$(printf %x "${bytes[at]}")\\x$(printf %x "${bytes[at + 1]}")" &&
+      printf "\\x$(printf %x "${bytes[at + 2]}")\\x$(printf %x "${bytes[at + 3]}")")
+    size=$((bytes[at + 4] | bytes[at + 5] << 8 | bytes[at + 6] << 16 | bytes[at + 7] << 24))
+    end=$((at + 8 + size + size % 2))
+    if [[ $id == RIFF || $id == LIST ]]; then
+      id+=:$(tail -c +$((at + 9)) "$1" | head -c 4)
+      echo "$level ${id%"${id##*[! ]}"} $size"
+      ends[level++]=$end
+      ((at += 12))
+    else
+      echo "$level ${id%"${id##*[! ]}"} $size"
+      at=$end
+    fi
+    while ((level > 0 && at >= ends[level - 1])); do ((level--)); done
+  done
+}
+
+# What "tree" shows of a file, in the form of read_tree.
+shown_tree() {
+  local line
+  "$program" tree "$1" | tail -n +2 | while IFS= read -r line; do
+    [[ $line =~ ^(\ +)(.*[^ ])\ +([0-9]+)(\ \ .*)?$ ]] || fail "odd line: $line"
+    echo "$((${#BASH_REMATCH[1]} / 2 - 1)) ${BASH_REMATCH[2]} ${BASH_REMATCH[3]}"
+  done
+}
+
+# rejects STATUS MESSAGE ARGUMENT...: the exit status, a message that holds the text, nothing on
+# standard output, no file changed.
+rejects() {
+  local status=$1 message=$2 before after
+  shift 2
+  before=$(cat ./* | sha256sum)
+  "$program" "$@" >out 2>err </dev/null
+  expect_equal "status of $*" "$status" $?
+  [[ $(<err) == "velmor-core: "*"$message"* ]] || fail "message of $*: $(<err)"
+  [[ -s out ]] && fail "output of $*"
+  rm out err
+  after=$(cat ./* | sha256sum)
+  expect_equal "files after $*" "$before" "$after"
+}
+
+# edit COMMAND FILE ARGUMENT...: a dry run that changes nothing and shows what the edit then does.
+edit() {
+  local command=$1 file=$2 before promised
+  shift 2
+  before=$(sha256sum "$file")
+  promised=$("$program" "$command" --dry-run "$file" "$@" | tail -n +2) || fail "dry run of $*"
+  expect_equal "file after dry run of $command $*" "$before" "$(sha256sum "$file")"
+  "$program" "$command" "$file" "$@" || fail "$command $*"
+  expect_equal "tree after $command $*" "$promised" "$("$program" tree "$file" | tail -n +2)"
+  expect_equal "headers after $command $*" "$(read_tree "$file")" "$(shown_tree "$file")"
+  "$program" verify "$file" >sound || fail "verify after $command $*"
+  rm sound
+}
+
+# bytes HEX...: writes them
+bytes() { printf "$(printf '\\x%s' "$@")"; }
+
+tree_agrees_with_an_independent_reader() {
+  local file count=0
+  for file in "$data"/*.{wav,avi,webp}; do
+    expect_equal "$file" "$(read_tree "$file")" "$(shown_tree "$file")"
+    ((count += 1))
+  done
+  expect_equal "number of files" 5 $count
+}
+
+tree_is_pleasant_to_read() {
+  take tagged.wav
+  edit recycle tagged.wav RIFF/LIST/ICMT
+  truncate -s -100 tagged.wav
+  expect_equal tree "tagged.wav  (8024 bytes, 7 chunks)
+  RIFF:WAVE    8116
+    fmt          16
+    LIST:INFO    72
+      IART        7
+      JUNK       22  free
+      INAM       14
+    data       8000  cut short by 100 bytes" "$("$program" tree tagged.wav)"
+}
+
+tree_escapes_what_does_not_print() {
+  { bytes 1b 5b 33 6d && bytes 01 00 00 00 && bytes 00 00 && printf ' a/ ' && bytes 00 00 00 00; } >odd
+  expect_equal tree "odd  (18 bytes, 2 chunks)
+  \\x1b\\x5b3m  1
+  \\x20a\\x2f   0" "$("$program" tree odd)"
+  "$program" set odd '\x1b\x5b\x33m' abc || fail "what is shown cannot be typed"
+  expect_equal data abc "$("$program" extract odd '\x1b\x5b3m')"
+}
+
+colour_is_for_terminals_that_want_it() {
+  take tone.wav
+  type script >/dev/null || return 77
+  [[ $("$program" tree tone.wav) == *$'\e'* ]] && fail "colour without terminal"
+  local on_terminal="script -qec '$program tree tone.wav' /dev/null"
+  [[ $(TERM=xterm NO_COLOR= bash -c "$on_terminal") == *$'\e[1;34m  RIFF:WAVE\e[0m'* ]] || fail "no colour"
+  [[ $(TERM=xterm NO_COLOR=1 bash -c "$on_terminal") == *$'\e'* ]] && fail "NO_COLOR"
+  [[ $(TERM=dumb NO_COLOR= bash -c "$on_terminal") == *$'\e'* ]] && fail "dumb terminal"
+  return 0
+}
+
+help_is_there_for_all() {
+  local command
+  expect_equal version "velmor-core 1.0.16" "$("$program" --version)"
+  expect_equal version "velmor-core 1.0.16" "$("$program" version)"
+  for command in $("$program" --help | sed -n 's/^  \([a-z0-9]*\)  .*/\1/p') ; do
+    [[ $("$program" "$command" --help) == "Usage: velmor-core $command "* ]] || fail "$command --help"
+    expect_equal "help $command" "$("$program" "$command" --help)" "$("$program" help "$command")"
+  done
+  [[ $command == version ]] || fail "no list of commands"
+  [[ $("$program" cpu) == "processors: $(getconf _NPROCESSORS_ONLN)"*" sse2"* ]] || fail cpu
+}
+
+wrong_use_is_2() {
+  take clip.avi tone.wav
+  rejects 2 "no command"
+  rejects 2 '"paint"' paint clip.avi
+  rejects 2 "number of arguments" tree
+  rejects 2 "number of arguments" set clip.avi RIFF/idx1
+  rejects 2 "number of arguments" remove clip.avi RIFF/idx1 RIFF/idx1
+  rejects 2 "unknown option --deep" tree --deep clip.avi
+  rejects 2 "put -- before" set clip.avi RIFF/idx1 -5
+  rejects 2 "-o needs a value" extract clip.avi RIFF/idx1 -o
+  rejects 2 "one to four characters" remove clip.avi RIFF//idx1
+  rejects 2 "one to four characters" remove clip.avi ""
+  rejects 2 "one to four characters" add clip.avi RIFF/title x
+  rejects 2 "one to four characters" add clip.avi RIFF/LIST: x
+  rejects 2 "two hexadecimal digits" remove clip.avi 'RIFF/\x1'
+  rejects 2 "number from 1" remove clip.avi "RIFF/LIST[0]"
+  rejects 2 "number from 1" remove clip.avi "RIFF/LIST[]"
+  rejects 2 "number from 1" remove clip.avi "RIFF/LIST[1"
+  rejects 2 "number from 1" remove clip.avi "RIFF/LIST[1]x"
+  rejects 2 "number from 1" remove clip.avi "RIFF/LIST[99999999999999999999]"
+  rejects 2 "have a group id" add clip.avi RIFF/LIST x
+  rejects 2 "have a group id" add clip.avi RIFF/abcd:INFO
+  rejects 2 "without a value" add clip.avi RIFF/LIST:INFO x
+  rejects 2 "value is needed" add clip.avi RIFF/abcd
+  rejects 2 "without a number" add clip.avi "RIFF/abcd[2]" x
+  rejects 2 "over the file that it comes from" extract tone.wav RIFF/data -o ./tone.wav
+}
+
+failure_is_1() {
+  take clip.avi
+  head -c 18700 clip.avi >cut.avi
+  head -c 10000 clip.avi >unopened.avi
+  rejects 1 "gone.avi: No such file" tree gone.avi
+  rejects 1 "/: is a directory" tree /
+  rejects 1 "/dev/null: is not a regular file" tree /dev/null
+  rejects 1 "gone: No such file" set clip.avi RIFF/idx1 @gone
+  rejects 1 "clip.avi: there is no chunk WAVE at the top" set clip.avi WAVE x
+  rejects 1 "there is no chunk INFO in RIFF:AVI" remove clip.avi RIFF:AVI/INFO/INAM
+  rejects 1 "there is no chunk RIFF:WAVE at the top" remove clip.avi RIFF:WAVE
+  rejects 1 "there is no chunk LIST:strl[3] in LIST:hdrl" remove clip.avi RIFF/LIST:hdrl/LIST:strl[3]
+  rejects 1 "as LIST[1] to LIST[3]" remove clip.avi RIFF/LIST/INAM
+  rejects 1 "LIST:INFO is a group" set clip.avi RIFF/LIST:INFO x
+  rejects 1 "LIST:INFO is a group" extract clip.avi RIFF/LIST:INFO
+  rejects 1 "idx1 is no group" add clip.avi RIFF/idx1/abcd x
+  rejects 1 "cannot add abcd: RIFF:AVI/idx1 ends 102 bytes behind" add cut.avi abcd x
+  rejects 1 "cannot remove idx1: RIFF:AVI/idx1 ends 102 bytes" remove cut.avi RIFF/idx1
+  rejects 1 "idx1 cannot be read to its end: RIFF:AVI/idx1" set cut.avi RIFF/idx1 x
+  rejects 1 "idx1 cannot be read to its end: RIFF:AVI/idx1" extract cut.avi RIFF/idx1 -o new
+  rejects 1 "(at offset 9978)" remove unopened.avi RIFF/idx1
+  rejects 1 "/dev/full: cannot be written" extract clip.avi RIFF/idx1 -o /dev/full
+  "$program" tree clip.avi >/dev/full 2>err && fail "full disk"
+  [[ $(<err) == *"cannot write the output"* ]] || fail "$(<err)"
+}
+
+edits_do_as_they_say() {
+  : >file
+  # becomes TREE COMMAND ARGUMENT...: TREE as "LEVEL NAME SIZE", all on one line
+  becomes() {
+    local tree=$1 command=$2
+    shift 2
+    edit "$command" file "$@"
+    expect_equal "tree after $command $*" "$tree" "$(shown_tree file | xargs)"
+  }
+  becomes "0 RIFF:test 4" add RIFF:test
+  becomes "0 RIFF:test 18 1 a 5" add RIFF/a 12345
+  becomes "0 RIFF:test 30 1 a 5 1 LIST:x 4" add RIFF/LIST:x
+  becomes "0 RIFF:test 42 1 a 5 1 LIST:x 4 1 LIST:y 4" add RIFF:test/LIST:y
+  becomes "0 RIFF:test 50 1 a 5 1 LIST:x 4 1 LIST:y 12 2 b 0" add RIFF/LIST:y/b ""
+  becomes "0 RIFF:test 60 1 a 5 1 LIST:x 14 2 b 1 1 LIST:y 12 2 b 0" add "RIFF/LIST[1]/b" 1
+  becomes "0 RIFF:test 66 1 a 5 1 LIST:x 14 2 b 1 1 LIST:y 18 2 b 6" set "RIFF/LIST[2]/b" 123456
+  becomes "0 RIFF:test 64 1 a 4 1 LIST:x 14 2 b 1 1 LIST:y 18 2 b 6" set RIFF/a abcd
+  becomes "0 RIFF:test 64 1 JUNK 4 1 LIST:x 14 2 b 1 1 LIST:y 18 2 b 6" recycle RIFF/a
+  becomes "0 RIFF:test 64 1 JUNK 26 1 LIST:y 18 2 b 6" recycle RIFF/LIST:x
+  becomes "0 RIFF:test 64 1 c 3 1 JUNK 14 1 LIST:y 18 2 b 6" add RIFF/c 123
+  becomes "0 RIFF:test 64 1 c 3 1 d 13 1 LIST:y 18 2 b 6" add RIFF/d "fits exactly."
+  becomes "0 RIFF:test 42 1 c 3 1 LIST:y 18 2 b 6" remove RIFF/d
+  becomes "0 RIFF:test 16 1 c 3" remove RIFF:test/LIST:y
+  becomes "0 RIFF:test 16 1 c 3 0 RIFF:two 4" add RIFF:two
+  becomes "0 RIFF:test 16 1 c 3 0 RIFF:two 4 0 tail 2" add tail ab
+  becomes "0 RIFF:two 4 0 tail 2" remove "RIFF[1]"
+}
+
+values_are_stored_as_told() {
+  take tagged.wav
+  stored() { "$program" extract tagged.wav "$1" | od -An -v -tx1 | xargs; }
+  edit set tagged.wav RIFF/LIST/INAM "Hé" # text in LIST:INFO ends in a NUL
+  expect_equal text "48 c3 a9 00" "$(stored RIFF/LIST/INAM)"
+  bytes 31 00 32 >value
+  edit set tagged.wav RIFF/LIST/INAM @value
+  expect_equal file "31 00 32" "$(stored RIFF/LIST/INAM)"
+  edit set tagged.wav RIFF/LIST/INAM @@value
+  expect_equal @text "40 76 61 6c 75 65 00" "$(stored RIFF/LIST/INAM)"
+  "$program" set tagged.wav RIFF/LIST/INAM @- <value || fail "standard input"
+  expect_equal input "31 00 32" "$(stored RIFF/LIST/INAM)"
+  edit add tagged.wav RIFF/note "abc" # elsewhere nothing is added
+  expect_equal note "61 62 63" "$(stored RIFF/note)"
+  expect_equal "pad byte" "61 62 63 00" "$(tail -c 4 tagged.wav | od -An -tx1 | xargs)"
+  "$program" set -- tagged.wav RIFF/note -5 || fail "value with a dash"
+  expect_equal note "2d 35" "$(stored RIFF/note)"
+  "$program" extract tagged.wav RIFF/data -o samples || fail extract
+  tail -c +45 "$data/tone.wav" | cmp - samples || fail "samples"
+}
+
+verify_says_where() {
+  damaged() { # MESSAGE, file on standard input
+    cat >file
+    "$program" verify file >out 2>err
+    expect_equal "status for $1" 1 $?
+    expect_equal message "velmor-core: file: $1" "$(<err)"
+    [[ -s out ]] && fail "output for $1"
+  }
+  list() { printf 'LIST' && bytes "$1" 00 00 00 && printf 'grp '; }
+  leaf() { printf 'leaf' && bytes "$1" 00 00 00; }
+  damaged "the file ends inside a chunk header, 7 bytes into it (at offset 0)" < <(leaf 04 | head -c 7)
+  damaged "leaf ends 1 byte behind the end of the file (at offset 0)" < <(leaf 05 && printf abcd)
+  damaged "leaf lacks the pad byte behind its odd size (at offset 0)" < <(leaf 03 && printf abc)
+  damaged "LIST:grp/leaf lacks the pad byte behind its odd size (at offset 12)" < <(list 0f && leaf 03 && printf abc)
+  damaged "LIST:grp/leaf ends 2 bytes behind the end of its group (at offset 12)" < <(list 0e && leaf 04 && printf abcd)
+  damaged "the file ends 2 bytes before the end of LIST:grp (at offset 24)" < <(list 12 && leaf 04 && printf abcd)
+  damaged "4 bytes at the end of LIST:grp are too few for a chunk header (at offset 24)" < <(list 14 && leaf 04 && printf abcdefghijkl)
+  damaged "LIST:grp has the size 3, too small for its group id (at offset 0)" < <(list 03 && leaf 00)
+  damaged "the file ends inside a chunk header, 9 bytes into it (at offset 8)" < <(leaf 00 && list 04 | head -c 9)
+  damaged "LIST:grp/LIST:grp ends 12 bytes behind the end of its group (at offset 12)" < <(list 10 && list 10 && list 04)
+  damaged "leaf ends 4294967291 bytes behind the end of the file (at offset 0)" < <(printf leaf && bytes ff ff ff ff && printf abcd)
+  leaf 03 >file && printf 'abcx' >>file && : >empty
+  expect_equal sound "file: sound, 1 chunk
+empty: sound, 0 chunks" "$("$program" verify file empty)"
+}
+
+every_truncation_is_told() {
+  take alpha.webp
+  local size
+  for size in {1..160} {1000..1063}; do
+    head -c "$size" "$data/alpha.webp" >file
+    "$program" verify file >out 2>err && fail "verify at $size"
+    grep -q "^velmor-core: file: .* (at offset [0-9]*)$" err || fail "message at $size: $(<err)"
+    "$program" tree file >out 2>err
+    (($? < 2)) || fail "tree at $size"
+  done
+}
+
+# Deeper than a stack of 256 KiB is for anything that calls itself.
+depth_is_no_matter() {
+  local n=30000 i size text=
+  for ((i = n - 1; i >= 0; --i)); do
+    size=$((i * 12 + 4))
+    printf -v text '%sLIST\\x%x\\x%x\\x%x\\x00deep' "$text" $((size & 255)) $((size >> 8 & 255)) $((size >> 16))
+    if ((i % 100 == 0)); then
+      printf '%b' "$text"
+      text=
+    fi
+  done >deep
+  ulimit -s 256
+  expect_equal sound "deep: sound, $n chunks" "$("$program" verify deep)"
+  [[ $("$program" tree deep | tail -n 1) =~ ^\ +\($((n - 1))\)\ LIST:deep\ +4$ ]] || fail "tree"
+  "$program" set --dry-run deep LIST/LIST/abc x 2>err && fail "nothing there"
+  "$program" recycle deep LIST/LIST || fail recycle
+  expect_equal "after recycling" "0 LIST:deep $((n * 12 - 8)) 1 JUNK $((n * 12 - 20))" "$(shown_tree deep | xargs)"
+}
+
+main
