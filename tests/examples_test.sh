@@ -1,0 +1,42 @@
+# The example programs do what they say, as velmor-core sees it. See support/shell.sh for the first
+# arguments; the fourth is the folder with the examples.
+source "${BASH_SOURCE%/*}/support/shell.sh"
+examples=$(realpath "$4")
+
+readme_lists_the_chunks() {
+  expect_equal list "fmt  16
+LIST 72
+data 8000" "$("$examples/readme" "$data/tagged.wav")"
+  "$examples/readme" gone && fail "no file"
+  : >empty
+  expect_equal list "" "$("$examples/readme" empty)"
+}
+
+retag_wav_sets_and_adds_the_title() {
+  local file title
+  take tone.wav tagged.wav
+  for file in tone.wav tagged.wav; do
+    for title in "First title" "A longer title" "x" ""; do
+      "$examples/retag_wav" $file "$title" || fail "$file: $title"
+      expect_equal title "$title" "$("$program" extract $file RIFF:WAVE/LIST:INFO/INAM | tr -d '\0')"
+      "$program" verify $file >/dev/null || fail "$file is damaged by: $title"
+      "$program" extract $file RIFF/data | cmp - <(tail -c 8000 "$data/tone.wav") || fail samples
+    done
+  done
+  take card.webp
+  "$examples/retag_wav" card.webp Title 2>err && fail "no WAV"
+  cmp card.webp "$data/card.webp" || fail "a file that is no WAV"
+}
+
+build_riff_builds_a_wav() {
+  "$examples/build_riff" new.wav || fail build
+  expect_equal tree "new.wav  (16044 bytes, 3 chunks)
+  RIFF:WAVE   16036
+    fmt          16
+    data      16000" "$("$program" tree new.wav)"
+  if type soxi >/dev/null 2>&1; then
+    expect_equal sound "8000 1 8000" "$(soxi -r new.wav) $(soxi -c new.wav) $(soxi -s new.wav)"
+  fi
+}
+
+main
