@@ -37,13 +37,13 @@ shown_tree() {
 rejects() {
   local status=$1 message=$2 before after
   shift 2
-  before=$(cat ./* | sha256sum)
+  before=$(cat ./* 2>&1 | sha256sum)
   "$program" "$@" >out 2>err </dev/null
   expect_equal "status of $*" "$status" $?
   [[ $(<err) == "velmor-core: "*"$message"* ]] || fail "message of $*: $(<err)"
   [[ -s out ]] && fail "output of $*"
   rm out err
-  after=$(cat ./* | sha256sum)
+  after=$(cat ./* 2>&1 | sha256sum)
   expect_equal "files after $*" "$before" "$after"
 }
 
@@ -258,6 +258,48 @@ every_truncation_is_told() {
     "$program" tree file >out 2>err
     (($? < 2)) || fail "tree at $size"
   done
+}
+
+num_evaluates() {
+  expect_equal values "4k7
+  double    4700
+  signed    4700
+  unsigned  4700
+-1.5
+  double    -1.5
+  signed    -1
+  unsigned  18446744073709551615
+1e30
+  double    1e+30" "$("$program" num 4k7 -1.5 1e30)"
+  expect_equal "2^64 - 1" 18446744073709551615 "$("$program" num 18446744073709551615 | sed -n 's/  unsigned  //p')"
+  rejects 2 "number of arguments" num
+  "$program" num 1 nonsense 2 >out 2>err && fail "nonsense"
+  expect_equal rest "velmor-core: \"nonsense\" is no number 2" "$(<err) $(grep -c double out)"
+}
+
+uuid_makes_reads_and_compares() {
+  local a=00112233-4455-6677-8899-aabbccddeeff b=80112233-4455-6677-8899-aabbccddeeff
+  [[ $("$program" uuid) =~ ^[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}$ ]] || fail new
+  [[ $("$program" uuid new) == $("$program" uuid new) ]] && fail "twice the same"
+  expect_equal parsed $a "$("$program" uuid parse "{00112233-4455-6677-8899-AABBCCDDEEFF}")"
+  expect_equal relations "less greater equal" "$(for pair in "$a $b" "$b $a" "$a $a"; do "$program" uuid compare $pair; done | xargs)"
+  : >file
+  rejects 1 "is no UUID" uuid parse "$a "
+  rejects 1 "is no UUID" uuid compare $a x
+  rejects 2 "new, parse TEXT or compare" uuid $a
+}
+
+sha256_agrees_with_sha256sum() {
+  take clip.avi tone.wav
+  : >empty && echo odd >'a\b
+c'
+  "$program" sha256 clip.avi tone.wav empty a* >sums || fail sums
+  sha256sum --check --strict --quiet sums || fail check
+  expect_equal list "$(sha256sum clip.avi tone.wav empty a*)" "$(<sums)"
+  expect_equal pipe "$(sha256sum <clip.avi)" "$(cat clip.avi | "$program" sha256)"
+  expect_equal "mapped input" "$(sha256sum <clip.avi)" "$("$program" sha256 - <clip.avi)"
+  rejects 1 "gone: No such file" sha256 gone
+  rejects 1 "/: Is a directory" sha256 /
 }
 
 # Deeper than a stack of 256 KiB is for anything that calls itself.

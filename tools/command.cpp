@@ -1,23 +1,23 @@
 #include "command.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <iostream>
 
 #include "errors.h"
 
 namespace tool {
 
-Arguments::Arguments(std::span<const std::string> words, std::span<const Option> allowed) {
+Arguments::Arguments(std::span<const std::string> words, const Command& command) {
   bool optionsEnd = false;
   for (std::size_t i = 0; i < words.size(); ++i) {
     const std::string& word = words[i];
-    if (optionsEnd || word.size() < 2 || word[0] != '-') {
-      operands.push_back(word);
-    } else if (word == "--") {
+    if (word == "--" && !optionsEnd) {
       optionsEnd = true;
+    } else if (optionsEnd || command.dashesAreOperands || word.size() < 2 || word[0] != '-') {
+      operands.push_back(word);
     } else {
-      const auto option = std::ranges::find(allowed, word, &Option::name);
-      if (option == allowed.end()) {
+      const auto option = std::ranges::find(command.options, word, &Option::name);
+      if (option == command.options.end()) {
         throw UsageError("unknown option " + word + " (put -- before a value that begins with -)");
       }
       if (option->takesValue && i + 1 == words.size()) {
@@ -35,21 +35,21 @@ std::optional<std::string> Arguments::value(std::string_view option) const {
 }
 
 void complain(std::string_view message) {
-  std::fflush(stdout);
-  std::fprintf(stderr, "velmor-core: %.*s\n", static_cast<int>(message.size()), message.data());
+  std::cout.flush();
+  std::cerr << "velmor-core: " << message << '\n';
 }
 
-int forEachFile(const std::vector<std::string>& files, bool (*work)(const std::string& file)) {
-  bool good = true;
-  for (const std::string& file : files) {
+int forEach(const std::vector<std::string>& operands, void (*work)(const std::string& operand)) {
+  int status = 0;
+  for (const std::string& operand : operands) {
     try {
-      good = work(file) && good;
+      work(operand);
     } catch (const Failure& failure) {
       complain(failure.what());
-      good = false;
+      status = 1;
     }
   }
-  return good ? 0 : 1;
+  return status;
 }
 
 }  // namespace tool

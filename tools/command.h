@@ -18,12 +18,14 @@ struct Option {
   bool takesValue = false;
 };
 
+struct Command;
+
 // The words behind a command's name, sorted into options and operands. Options may stand anywhere;
 // behind "--" every word is an operand.
 class Arguments {
  public:
-  // Throws UsageError for an option that is not among those allowed or lacks its value.
-  Arguments(std::span<const std::string> words, std::span<const Option> allowed);
+  // Throws UsageError for an option that the command does not have or that lacks its value.
+  Arguments(std::span<const std::string> words, const Command& command);
 
   bool has(std::string_view option) const { return options.contains(option); }
   std::optional<std::string> value(std::string_view option) const;
@@ -48,6 +50,8 @@ struct Command {
   std::span<const Option> options;
   // Returns the exit status, 0 or 1; throws UsageError and Failure.
   int (*run)(const Arguments& arguments);
+  // For values such as -5: a word that begins with a dash is no option.
+  bool dashesAreOperands = false;
 };
 
 extern const Command TREE;
@@ -59,13 +63,16 @@ extern const Command RECYCLE;
 extern const Command VERIFY;
 extern const Command CPU;
 extern const Command VERSION;
+extern const Command NUM;
+extern const Command UUID;
+extern const Command SHA256;
 
 // Prints "velmor-core: " and the message on standard error, behind what has been printed so far.
 void complain(std::string_view message);
 
-// Runs work for each file; one that fails is complained of and does not keep the others from their
-// turn. Returns the exit status.
-int forEachFile(const std::vector<std::string>& files, bool (*work)(const std::string& file));
+// Runs work for each operand; one that fails is complained of and does not keep the others from
+// their turn. Returns the exit status.
+int forEach(const std::vector<std::string>& operands, void (*work)(const std::string& operand));
 
 // The text that "velmor-core --version" prints, with its line end.
 std::string versionText();

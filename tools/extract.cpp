@@ -1,10 +1,8 @@
 // velmor-core extract
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <iostream>
 #include <vector>
 
 #include "chunk_path.h"
@@ -45,8 +43,7 @@ void extract(const Chunk& chunk, const std::optional<std::string>& output) {
     file.close();
   } else {
     copyData(chunk, [](const char* bytes, uint32_t count) {
-      std::fwrite(bytes, 1, count, stdout);
-      if (std::ferror(stdout) != 0) throw Failure("cannot write the output: " + systemError());
+      if (!std::cout.write(bytes, count)) throw Failure("cannot write the output");
     });
   }
 }

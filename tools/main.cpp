@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <exception>
+#include <iomanip>
+#include <iostream>
 #include <new>
 
 #include "command.h"
@@ -25,22 +26,21 @@ Exit status: 0 done, 1 failed, 2 wrong use.
 "velmor-core COMMAND --help" tells more about a command.
 )";
 
-void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
-
 void printOverview() {
-  print("Look into RIFF files (WAV, AVI, WebP and others) and edit them in place.\n\n");
-  print("Usage: velmor-core COMMAND [ARGUMENT...]\n\nCommands:\n");
+  constexpr int NAME_WIDTH = 10;
+  std::cout << "Look into RIFF files (WAV, AVI, WebP and others) and edit them in place.\n\n"
+            << "Usage: velmor-core COMMAND [ARGUMENT...]\n\nCommands:\n";
   for (const Command* command : COMMANDS) {
-    std::string line = "  " + std::string(command->name);
-    line.resize(12, ' ');
-    print(line + std::string(command->summary) + "\n");
+    std::cout << "  " << std::left << std::setw(NAME_WIDTH) << command->name << command->summary
+              << '\n';
   }
-  print(OVERVIEW_TAIL);
+  std::cout << OVERVIEW_TAIL;
 }
 
 void printHelp(const Command& command) {
-  print("Usage: velmor-core " + std::string(command.name) + " " + std::string(command.synopsis) +
-        "\n\n" + std::string(command.summary) + ".\n" + std::string(command.help));
+  std::cout << "Usage: velmor-core " << command.name << ' ' << command.synopsis << "\n\n"
+            << command.summary << ".\n"
+            << command.help;
 }
 
 const Command& findCommand(std::string_view name) {
@@ -62,7 +62,7 @@ int runCommand(const Command& command, std::span<const std::string> words) {
     printHelp(command);
     return 0;
   }
-  const Arguments arguments(words, command.options);
+  const Arguments arguments(words, command);
   if (arguments.count() < command.minOperands || arguments.count() > command.maxOperands) {
     throw UsageError("wrong number of arguments: velmor-core " + std::string(command.name) + " " +
                      std::string(command.synopsis));
@@ -74,7 +74,7 @@ int run(std::span<const std::string> words) {
   if (words.empty()) throw UsageError("no command given");
   const std::string& first = words[0];
   if (first == "--version") {
-    print(versionText());
+    std::cout << versionText();
     return 0;
   }
   if (first == "--help" || first == "-h" || (first == "help" && words.size() == 1)) {
@@ -90,8 +90,8 @@ int run(std::span<const std::string> words) {
 
 // Output that cannot be delivered (a full disk, say) is a failure too.
 int finish(int status) {
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-  complain("cannot write the output: " + systemError());
+  if (std::cout.flush()) return status;
+  complain("cannot write the output");
   return 1;
 }
 
@@ -100,11 +100,12 @@ int finish(int status) {
 
 int main(int argc, char** argv) {
   try {
+    std::ios::sync_with_stdio(false);
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     return tool::finish(tool::run(words));
   } catch (const tool::UsageError& error) {
     tool::complain(error.what());
-    std::fputs("\"velmor-core --help\" tells how it is used.\n", stderr);
+    std::cerr << "\"velmor-core --help\" tells how it is used.\n";
     return 2;
   } catch (const std::bad_alloc&) {
     tool::complain("out of memory");

@@ -5,7 +5,7 @@
 #include <velmor_core/memory.h>
 
 #include <array>
-#include <cstdio>
+#include <iostream>
 #include <string>
 
 #include "command.h"
@@ -51,19 +51,19 @@ constexpr std::array FEATURES = {
 
 int runCpu(const Arguments& /*arguments*/) {
   velmor_core_init();
-  std::printf("processors: %u\n", velmor_core_cpu_get_count());
-  std::printf("memory:     %ju bytes\n", uintmax_t{velmor_core_memory_get_physical_size()});
-  std::printf("features:  ");
+  std::cout << "processors: " << velmor_core_cpu_get_count() << '\n'
+            << "memory:     " << velmor_core_memory_get_physical_size() << " bytes\n"
+            << "features:  ";
   for (const Feature& feature : FEATURES) {
-    if (feature.present()) std::printf(" %s", feature.name);
+    if (feature.present()) std::cout << ' ' << feature.name;
   }
-  std::printf("\n");
+  std::cout << '\n';
   velmor_core_fini();
   return 0;
 }
 
 int runVersion(const Arguments& /*arguments*/) {
-  std::fputs(versionText().c_str(), stdout);
+  std::cout << versionText();
   return 0;
 }
 

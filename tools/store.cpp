@@ -21,7 +21,7 @@ constexpr uint64_t GROUP_HEADER_SIZE = 12;
 
 Object openFile(const std::string& file, int32_t mode) {
   // Says why a file does not open; the store's own result has no room for reasons.
-  File(file, mode == VELMOR_CORE_RIFF_READ_ONLY ? File::READ : File::READ_WRITE);
+  const File probe(file, mode == VELMOR_CORE_RIFF_READ_ONLY ? File::READ : File::READ_WRITE);
   velmor_core_riff_object_t* object = nullptr;
   if (velmor_core_riff_open_file(file.c_str(), mode, &object) != VELMOR_CORE_SUCCESS) {
     throwRefused(file);
@@ -32,10 +32,10 @@ Object openFile(const std::string& file, int32_t mode) {
 Copy openCopy(const std::string& file, uint64_t room) {
   const File source(file, File::READ);
   const uint64_t size = source.size();
-  Copy copy{std::make_unique<char[]>(size + room), nullptr};
-  source.readAll(copy.bytes.get(), size, 0);
+  Copy copy{std::vector<char>(size + room), nullptr};
+  source.readAll(copy.bytes.data(), size, 0);
   velmor_core_riff_object_t* object = nullptr;
-  if (velmor_core_riff_open_buffer_rw(copy.bytes.get(), size, size + room, &object) !=
+  if (velmor_core_riff_open_buffer_rw(copy.bytes.data(), size, size + room, &object) !=
       VELMOR_CORE_SUCCESS) {
     throwRefused(file);
   }

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "chunk_id.h"
 
@@ -58,7 +59,7 @@ Object openFile(const std::string& file, int32_t mode);
 
 // A file's bytes in memory, open for editing. The file itself is left alone.
 struct Copy {
-  std::unique_ptr<char[]> bytes;  // outlives the object, which works in it
+  std::vector<char> bytes;  // outlives the object, which works in it
   Object object;
 };
 

@@ -1,7 +1,7 @@
 #include "tree.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <iostream>
 
 #include "command.h"
 #include "terminal.h"
@@ -55,11 +55,6 @@ std::string remark(const TreeWalk& walk, uint64_t objectSize) {
   return chunk.isFree() ? styled(Style::FREE, "free") : "";
 }
 
-void printLine(std::string line) {
-  line += '\n';
-  std::fwrite(line.data(), 1, line.size(), stdout);
-}
-
 void printLine(const TreeWalk& walk, const Layout& layout, uint64_t objectSize) {
   const std::string name = indentedName(walk);
   const std::string size = std::to_string(walk.chunk().dataSize());
@@ -70,23 +65,22 @@ void printLine(const TreeWalk& walk, const Layout& layout, uint64_t objectSize) 
   line.append(layout.nameWidth - name.size() + 2 + layout.sizeWidth - size.size(), ' ');
   line += size;
   if (!note.empty()) line.append("  ").append(note);
-  printLine(line);
+  std::cout << line << '\n';
 }
 
-bool showFile(const std::string& file) {
+void showFile(const std::string& file) {
   printTree(file, openFile(file, VELMOR_CORE_RIFF_READ_ONLY));
-  return true;
 }
 
-int runTree(const Arguments& arguments) { return forEachFile(arguments.all(), showFile); }
+int runTree(const Arguments& arguments) { return forEach(arguments.all(), showFile); }
 
 }  // namespace
 
 void printTree(std::string_view title, const Object& object) {
   const uint64_t size = velmor_core_riff_cache_get_size(object.get());
   const Layout layout(object);
-  printLine(styled(Style::TITLE, title) + "  (" + counted(size, "byte") + ", " +
-            counted(layout.chunks, "chunk") + ")");
+  std::cout << styled(Style::TITLE, title) << "  (" << counted(size, "byte") << ", "
+            << counted(layout.chunks, "chunk") << ")\n";
   for (TreeWalk walk(object); walk.next();) printLine(walk, layout, size);
 }
 

@@ -1,6 +1,6 @@
 // velmor-core verify
 
-#include <cstdio>
+#include <iostream>
 
 #include "command.h"
 #include "errors.h"
@@ -10,15 +10,14 @@ namespace tool {
 
 namespace {
 
-bool verifyFile(const std::string& file) {
+void verifyFile(const std::string& file) {
   const Survey survey = surveyFile(file);
   if (survey.finding) throw Failure(file, findingText(*survey.finding));
-  std::printf("%s: sound, %ju %s\n", file.c_str(), uintmax_t{survey.chunks},
-              survey.chunks == 1 ? "chunk" : "chunks");
-  return true;
+  std::cout << file << ": sound, " << survey.chunks << (survey.chunks == 1 ? " chunk" : " chunks")
+            << '\n';
 }
 
-int runVerify(const Arguments& arguments) { return forEachFile(arguments.all(), verifyFile); }
+int runVerify(const Arguments& arguments) { return forEach(arguments.all(), verifyFile); }
 
 }  // namespace
 
