@@ -201,6 +201,17 @@ edits_do_as_they_say() {
   becomes "0 RIFF:two 4 0 tail 2" remove "RIFF[1]"
 }
 
+# Many programs leave out the pad byte at the end of a file.
+missing_pad_byte_is_supplied() {
+  local change
+  for change in "set RIFF/c 12345" "set RIFF/c 1234567" "add RIFF/d 1" "add e 1" "recycle RIFF/c" "remove RIFF/c"; do
+    { printf RIFF && bytes 12 00 00 00 && printf 'testc   ' && bytes 05 00 00 00 && printf abcde; } >file
+    [[ $("$program" tree file) == *" 5  without its pad byte" ]] || fail tree
+    read -ra words <<<"$change"
+    edit "${words[0]}" file "${words[@]:1}"
+  done
+}
+
 values_are_stored_as_told() {
   take tagged.wav
   stored() { "$program" extract tagged.wav "$1" | od -An -v -tx1 | xargs; }

@@ -74,7 +74,7 @@ uint32_t parseId(std::string_view text) {
   if (count == 0 || count > ID_SIZE) {
     throw UsageError("\"" + std::string(text) + "\" is no id: an id has one to four characters");
   }
-  return makeId(bytes[0], bytes[1], bytes[2], bytes[3]);
+  return VELMOR_CORE_RIFF_ID(bytes[0], bytes[1], bytes[2], bytes[3]);
 }
 
 }  // namespace tool

@@ -2,21 +2,17 @@
 #ifndef VELMOR_CORE_TOOLS_CHUNK_ID_H
 #define VELMOR_CORE_TOOLS_CHUNK_ID_H
 
-#include <cstdint>
+#include <velmor_core/riff.h>
+
 #include <string>
 #include <string_view>
 
 namespace tool {
 
-// The id with these four bytes, the first of them in its low bits.
-constexpr uint32_t makeId(uint8_t c0, uint8_t c1, uint8_t c2, uint8_t c3) {
-  return c0 | uint32_t{c1} << 8 | uint32_t{c2} << 16 | uint32_t{c3} << 24;
-}
-
-constexpr uint32_t ID_RIFF = makeId('R', 'I', 'F', 'F');
-constexpr uint32_t ID_LIST = makeId('L', 'I', 'S', 'T');
-constexpr uint32_t ID_JUNK = makeId('J', 'U', 'N', 'K');
-constexpr uint32_t ID_INFO = makeId('I', 'N', 'F', 'O');
+constexpr uint32_t ID_RIFF = VELMOR_CORE_RIFF_ID('R', 'I', 'F', 'F');
+constexpr uint32_t ID_LIST = VELMOR_CORE_RIFF_ID('L', 'I', 'S', 'T');
+constexpr uint32_t ID_JUNK = VELMOR_CORE_RIFF_ID('J', 'U', 'N', 'K');
+constexpr uint32_t ID_INFO = VELMOR_CORE_RIFF_ID('I', 'N', 'F', 'O');
 
 // The ids under which a chunk is read as a group.
 constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }

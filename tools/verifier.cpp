@@ -27,7 +27,7 @@ struct RawChunk {
 };
 
 uint32_t littleEndian(const unsigned char* bytes) {
-  return makeId(bytes[0], bytes[1], bytes[2], bytes[3]);
+  return VELMOR_CORE_RIFF_ID(bytes[0], bytes[1], bytes[2], bytes[3]);
 }
 
 std::string bytesText(uint64_t number) {
