@@ -7,6 +7,7 @@ add_library(velmor-core-objects OBJECT
   api/hash.cpp
   api/memory.cpp
   api/riff.cpp
+  api/str_to.cpp
   api/uuid.cpp
   core/cpu_features.cpp
   core/platform.cpp
@@ -25,6 +26,10 @@ add_library(velmor-core-objects OBJECT
   riff/memory_object.cpp
   riff/object.cpp
   riff/virtual_root_chunk.cpp
+  strtonum/calc_node.cpp
+  strtonum/convert.cpp
+  strtonum/driver.cpp
+  strtonum/number_text.cpp
 )
 set_target_properties(velmor-core-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
 target_include_directories(velmor-core-objects
@@ -33,6 +38,7 @@ target_include_directories(velmor-core-objects
 )
 target_link_libraries(velmor-core-objects PRIVATE $<BUILD_INTERFACE:velmor_core_warnings>
                       $<BUILD_INTERFACE:Boost::headers>)
+include(cmake/strtonum.cmake)
 
 set(export_list ${PROJECT_SOURCE_DIR}/cmake/exports.map)
 add_library(velmor-core SHARED)

@@ -8,6 +8,7 @@
  *    riff.h     RIFF chunk trees in files, buffers and caches
  *    uuid.h     universally unique identifiers
  *    hash.h     SHA-256 digests
+ *    str_to.h   texts to numbers
  *
  *  These rules hold for all functions, unless the text of a function says otherwise:
  *
@@ -43,6 +44,7 @@
 #include <velmor_core/hash.h>
 #include <velmor_core/memory.h>
 #include <velmor_core/riff.h>
+#include <velmor_core/str_to.h>
 #include <velmor_core/uuid.h>
 
 #endif

@@ -1,0 +1,20 @@
+// Conversion of a text to a number. The text is a number or an expression, or lines of those, the
+// first of which counts.
+
+#ifndef STRTONUM_CONVERT_H
+#define STRTONUM_CONVERT_H
+
+#include <cstdint>
+#include <string>
+
+namespace StrToNum {
+
+// True if text is valid throughout and holds an expression; only then *value is written. Throws
+// std::exception where memory is exhausted or the text too long for the scanner.
+bool convert(const std::string& text, int64_t* value);
+bool convert(const std::string& text, uint64_t* value);
+bool convert(const std::string& text, double* value);
+
+}  // namespace StrToNum
+
+#endif

@@ -1,0 +1,199 @@
+// Reads number texts by hand. The scanner's patterns accept the same texts; they tell it where a
+// number ends before it asks here what the number is worth.
+
+#include "strtonum/number_text.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <system_error>
+
+namespace StrToNum {
+
+namespace {
+
+constexpr double TWO_TO_64 = 18446744073709551616.0;
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
+
+const char* skipDigits(const char* text, const char* end) {
+  while (text != end && isDigit(*text)) ++text;
+  return text;
+}
+
+// Reads digits, possibly none, and leaves text behind them.
+uint64_t readDigits(const char*& text, const char* end) {
+  constexpr uint64_t LARGEST = std::numeric_limits<uint64_t>::max();
+  uint64_t value = 0;
+  for (; text != end && isDigit(*text); ++text) {
+    const auto digit = static_cast<uint64_t>(*text - '0');
+    if (value > LARGEST / 10 || value * 10 > LARGEST - digit) {
+      text = skipDigits(text, end);
+      return LARGEST;
+    }
+    value = value * 10 + digit;
+  }
+  return value;
+}
+
+// The factor of an SI prefix letter, 0 for any other character.
+double prefixFactor(char letter) {
+  switch (letter) {
+    case 'p':
+      return 1e-12;
+    case 'n':
+      return 1e-9;
+    case 'u':
+      return 1e-6;
+    case 'm':
+      return 0.001;
+    case 'c':
+      return 0.01;
+    case 'd':
+      return 0.1;
+    case 'h':
+      return 100.0;
+    case 'k':
+      return 1000.0;
+    case 'M':
+      return 1e6;
+    case 'G':
+      return 1e9;
+    case 'T':
+      return 1e12;
+    default:
+      return 0.0;
+  }
+}
+
+// How far the multiplier of a binary prefix shifts, 0 for any other letter.
+int binaryShift(char letter) {
+  switch (letter) {
+    case 'K':
+      return 10;
+    case 'M':
+      return 20;
+    case 'G':
+      return 30;
+    case 'T':
+      return 40;
+    default:
+      return 0;
+  }
+}
+
+// The value of "digits[.digits][e[sign]digits]" where it leaves the range of a double. The first
+// digit that counts decides: left of the point the text is too large, right of it too small.
+double outOfRange(const char* text, const char* end) {
+  const char* point = skipDigits(text, end);
+  int64_t exponent = point - text;
+  const char* mantissa = text;
+  while (*mantissa == '0' || *mantissa == '.') {
+    if (*mantissa++ != '.') --exponent;
+  }
+  const char* mark = point != end && *point == '.' ? skipDigits(point + 1, end) : point;
+  if (mark != end) {
+    const bool negative = mark[1] == '-';
+    const char* digits = mark + (negative || mark[1] == '+' ? 2 : 1);
+    // More than the length of any text, and far from an overflow of the sum.
+    constexpr uint64_t LIMIT = uint64_t{1} << 62;
+    const uint64_t written = readDigits(digits, end);
+    const auto shift = static_cast<int64_t>(written < LIMIT ? written : LIMIT);
+    exponent += negative ? -shift : shift;
+  }
+  return exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+}
+
+// The value of "digits[.digits][e[sign]digits]".
+double toDouble(const char* text, const char* end) {
+  double value = 0.0;
+  const auto [last, error] = std::from_chars(text, end, value);
+  return error == std::errc::result_out_of_range ? outOfRange(text, end) : value;
+}
+
+Number integer(const char* end, uint64_t value) { return {end, true, value, 0.0}; }
+Number real(const char* end, double value) { return {end, false, 0, value}; }
+
+// "4Ki": exact while the product fits, in double precision beyond.
+Number withBinaryPrefix(const char* end, uint64_t value, int shift) {
+  const double product = static_cast<double>(value) * static_cast<double>(uint64_t{1} << shift);
+  return product < TWO_TO_64 ? integer(end, value << shift) : real(end, product);
+}
+
+// "4k7" and "4da7": the digits behind the prefix are the decimal fraction of the number in front.
+Number withPrefixAsPoint(uint64_t whole, const char* fraction, const char* end, double factor) {
+  const char* last = fraction;
+  const uint64_t digits = readDigits(last, end);
+  auto value = static_cast<double>(whole);
+  if (digits != 0) {
+    value += static_cast<double>(digits) / std::pow(10.0, static_cast<double>(last - fraction));
+  }
+  return real(last, value * factor);
+}
+
+// Behind the 'e' at mark: where the exponent ends, or mark if there are no digits.
+const char* skipExponent(const char* mark, const char* end) {
+  const char* digits = mark + 1;
+  if (digits != end && (*digits == '+' || *digits == '-')) ++digits;
+  const char* last = skipDigits(digits, end);
+  return last == digits ? mark : last;
+}
+
+// "1.", "1.5", "1.5e-3", "1.5k", "4.5da". An exponent or prefix needs a digit behind the point.
+Number readDecimal(const char* text, const char* point, const char* end) {
+  const char* last = skipDigits(point + 1, end);
+  if (last == end || last == point + 1) return real(last, toDouble(text, last));
+  if (*last == 'e') {
+    last = skipExponent(last, end);
+    return real(last, toDouble(text, last));
+  }
+  const double value = toDouble(text, last);
+  if (*last == 'd' && last + 1 != end && last[1] == 'a') return real(last + 2, value * 10.0);
+  const double factor = prefixFactor(*last);
+  return factor != 0.0 ? real(last + 1, value * factor) : real(last, value);
+}
+
+}  // namespace
+
+Number readNumber(const char* text, const char* end) {
+  const char* last = text;
+  const uint64_t value = readDigits(last, end);
+  if (last == end) return integer(last, value);
+  if (*last == '.') return readDecimal(text, last, end);
+  if (*last == 'e') {
+    const char* exponentEnd = skipExponent(last, end);
+    return exponentEnd == last ? integer(last, value)
+                               : real(exponentEnd, toDouble(text, exponentEnd));
+  }
+  const char following = last + 1 != end ? last[1] : '\0';
+  const int shift = binaryShift(*last);
+  if (shift != 0 && following == 'i') return withBinaryPrefix(last + 2, value, shift);
+  if (*last == 'd' && following == 'a' && last + 2 != end && isDigit(last[2])) {
+    return withPrefixAsPoint(value, last + 2, end, 10.0);
+  }
+  const double factor = prefixFactor(*last);
+  return factor != 0.0 ? withPrefixAsPoint(value, last + 1, end, factor) : integer(last, value);
+}
+
+std::optional<double> evaluateLoneNumber(std::string_view text) {
+  const char* first = text.data();
+  const char* end = first + text.size();
+  while (first != end && (isBlank(*first) || *first == '\n')) ++first;
+  if (first == end) return std::nullopt;
+  const char sign = *first;
+  if (sign == '+' || sign == '-') {
+    // A line end would leave the sign without a number.
+    do ++first;
+    while (first != end && isBlank(*first));
+  }
+  if (first == end || !isDigit(*first)) return std::nullopt;
+  const Number number = readNumber(first, end);
+  const char* last = number.end;
+  while (last != end && (isBlank(*last) || *last == '\n')) ++last;
+  if (last != end) return std::nullopt;
+  const double value = number.isInteger ? constantValue(number.integer) : number.real;
+  return sign == '-' ? -value : value;
+}
+
+}  // namespace StrToNum
