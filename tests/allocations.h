@@ -1,0 +1,24 @@
+// Memory that runs out on demand: this program's operator new, the library's and the standard
+// library's calls of it included, counts and fails as a test wishes.
+
+#ifndef TESTS_ALLOCATIONS_H
+#define TESTS_ALLOCATIONS_H
+
+#include <cstdint>
+
+// From construction to destruction `granted` allocations of this thread succeed and all later ones
+// fail.
+class LimitedMemory {
+ public:
+  explicit LimitedMemory(int64_t granted);
+  ~LimitedMemory();
+  LimitedMemory(const LimitedMemory&) = delete;
+  LimitedMemory& operator=(const LimitedMemory&) = delete;
+
+  bool hasRunOut() const;
+};
+
+// Blocks that this thread has allocated and not freed.
+int64_t countLiveAllocations();
+
+#endif
