@@ -81,11 +81,12 @@ void CalcNode::print(std::ostream& out, uint32_t depth) const {
 // A left operand that has operands itself is rotated to the top until the top has nothing on its
 // left and can go. Each rotation moves one node for good to the chain that hangs on the right, so
 // there are no more of them than nodes, and every node is deleted without operands.
-void CalcNode::dismantle(std::unique_ptr<CalcNode> tree) noexcept {
-  while (tree) {
-    const Operands top = tree->operands();
+void CalcNode::dismantleNodes(std::unique_ptr<CalcNode> tree) noexcept {
+  for (Operands top = tree->operands();;) {
     if (!top.left || !*top.left) {
       tree = top.right ? std::move(*top.right) : nullptr;
+      if (!tree) return;
+      top = tree->operands();
       continue;
     }
     const Operands below = (*top.left)->operands();
@@ -94,6 +95,7 @@ void CalcNode::dismantle(std::unique_ptr<CalcNode> tree) noexcept {
       *top.left = std::move(*below.right);
       *below.right = std::move(tree);
       tree = std::move(left);
+      top = below;
     } else {
       *top.left = below.left ? std::move(*below.left) : nullptr;
     }

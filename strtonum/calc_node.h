@@ -6,9 +6,13 @@
 #ifndef STRTONUM_CALC_NODE_H
 #define STRTONUM_CALC_NODE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
+#include <utility>
+
+#include "strtonum/node_pool.h"
 
 namespace StrToNum {
 
@@ -18,6 +22,11 @@ class CalcNode {
   CalcNode(const CalcNode&) = delete;
   CalcNode& operator=(const CalcNode&) = delete;
   virtual ~CalcNode() = default;
+
+  // Nodes are made in a pool, and deleted as usual.
+  static void* operator new(size_t /*size*/, NodePool& pool) { return pool.allocate(); }
+  static void operator delete(void* node) noexcept { NodePool::free(node); }
+  static void operator delete(void* node, NodePool& /*pool*/) noexcept { NodePool::free(node); }
 
   // The value in double precision. Operands are not checked; infinities and NaN go up the tree.
   // Throws std::bad_alloc alone, and that only where the tree is deep.
@@ -37,9 +46,13 @@ class CalcNode {
   CalcNode() = default;
 
   // Deletes a tree. Every operator's destructor calls this for its operands.
-  static void dismantle(std::unique_ptr<CalcNode> tree) noexcept;
+  static void dismantle(std::unique_ptr<CalcNode> tree) noexcept {
+    if (tree) dismantleNodes(std::move(tree));
+  }
 
  private:
+  static void dismantleNodes(std::unique_ptr<CalcNode> tree) noexcept;
+
   virtual Operands operands() noexcept = 0;
   // The node's value from those of its operands; the operand of a negation comes as right.
   virtual double apply(double left, double right) const noexcept = 0;

@@ -144,6 +144,9 @@ class CNSubtract final : public CalcNode {
   std::unique_ptr<CalcNode> right;
 };
 
+// All nodes have the sizes of these.
+static_assert(sizeof(CNConstant) <= NodePool::NODE_SIZE && sizeof(CNAdd) <= NodePool::NODE_SIZE);
+
 }  // namespace StrToNum
 
 #endif

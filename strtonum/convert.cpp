@@ -28,7 +28,6 @@ class Results {
 };
 
 std::optional<double> evaluate(const std::string& text) {
-  if (const auto value = evaluateLoneNumber(text)) return value;
   Results results;
   if (!Driver(results.roots).parse(text) || results.roots.empty()) return std::nullopt;
   return results.roots.front()->evaluate();
@@ -48,24 +47,32 @@ uint64_t toUint64(double value) {
   return static_cast<uint64_t>(toInt64(value));
 }
 
+void store(double result, int64_t* value) { *value = toInt64(result); }
+void store(double result, uint64_t* value) { *value = toUint64(result); }
+void store(double result, double* value) { *value = result; }
+
+template <typename Value>
+bool storeIfAny(const std::optional<double>& result, Value* value) {
+  if (result) store(*result, value);
+  return result.has_value();
+}
+
 }  // namespace
 
-bool convert(const std::string& text, int64_t* value) {
-  const auto result = evaluate(text);
-  if (result) *value = toInt64(*result);
-  return result.has_value();
+bool convert(const std::string& text, int64_t* value) { return storeIfAny(evaluate(text), value); }
+bool convert(const std::string& text, uint64_t* value) { return storeIfAny(evaluate(text), value); }
+bool convert(const std::string& text, double* value) { return storeIfAny(evaluate(text), value); }
+
+bool convertLoneNumber(std::string_view text, int64_t* value) noexcept {
+  return storeIfAny(evaluateLoneNumber(text), value);
 }
 
-bool convert(const std::string& text, uint64_t* value) {
-  const auto result = evaluate(text);
-  if (result) *value = toUint64(*result);
-  return result.has_value();
+bool convertLoneNumber(std::string_view text, uint64_t* value) noexcept {
+  return storeIfAny(evaluateLoneNumber(text), value);
 }
 
-bool convert(const std::string& text, double* value) {
-  const auto result = evaluate(text);
-  if (result) *value = *result;
-  return result.has_value();
+bool convertLoneNumber(std::string_view text, double* value) noexcept {
+  return storeIfAny(evaluateLoneNumber(text), value);
 }
 
 }  // namespace StrToNum

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace StrToNum {
 
@@ -14,6 +15,13 @@ namespace StrToNum {
 bool convert(const std::string& text, int64_t* value);
 bool convert(const std::string& text, uint64_t* value);
 bool convert(const std::string& text, double* value);
+
+// The short road for a text that is one number, perhaps with a sign in front and with blanks and
+// empty lines around: what convert() gives, without scanner, parser and memory. False for every
+// other text, valid or not.
+bool convertLoneNumber(std::string_view text, int64_t* value) noexcept;
+bool convertLoneNumber(std::string_view text, uint64_t* value) noexcept;
+bool convertLoneNumber(std::string_view text, double* value) noexcept;
 
 }  // namespace StrToNum
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "strtonum/node_pool.h"
 #include "strtonum/parser.h"
 
 namespace StrToNum {
@@ -28,6 +29,7 @@ class Driver {
   // For the parser.
   Scanner* scanner = nullptr;  // set while a parse runs, not to be used outside
   std::vector<CalcNode*>* results;
+  NodePool nodes;
 };
 
 }  // namespace StrToNum

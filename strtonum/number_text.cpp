@@ -3,8 +3,10 @@
 
 #include "strtonum/number_text.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <system_error>
 
@@ -121,13 +123,22 @@ Number withBinaryPrefix(const char* end, uint64_t value, int shift) {
   return product < TWO_TO_64 ? integer(end, value << shift) : real(end, product);
 }
 
+// pow(10, exponent). The first powers are doubles, which pow would not give faster.
+double powerOfTen(std::ptrdiff_t exponent) {
+  static constexpr std::array<double, 23> EXACT = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  const auto index = static_cast<size_t>(exponent);
+  return index < EXACT.size() ? EXACT[index] : std::pow(10.0, static_cast<double>(exponent));
+}
+
 // "4k7" and "4da7": the digits behind the prefix are the decimal fraction of the number in front.
 Number withPrefixAsPoint(uint64_t whole, const char* fraction, const char* end, double factor) {
   const char* last = fraction;
   const uint64_t digits = readDigits(last, end);
   auto value = static_cast<double>(whole);
   if (digits != 0) {
-    value += static_cast<double>(digits) / std::pow(10.0, static_cast<double>(last - fraction));
+    value += static_cast<double>(digits) / powerOfTen(last - fraction);
   }
   return real(last, value * factor);
 }
@@ -176,7 +187,7 @@ Number readNumber(const char* text, const char* end) {
   return factor != 0.0 ? withPrefixAsPoint(value, last + 1, end, factor) : integer(last, value);
 }
 
-std::optional<double> evaluateLoneNumber(std::string_view text) {
+std::optional<double> evaluateLoneNumber(std::string_view text) noexcept {
   const char* first = text.data();
   const char* end = first + text.size();
   while (first != end && (isBlank(*first) || *first == '\n')) ++first;

@@ -34,10 +34,9 @@ inline double constantValue(uint64_t integer) {
   return static_cast<double>(static_cast<int64_t>(integer));
 }
 
-// The short road for a text that is one number, perhaps with a sign in front and with blanks and
-// empty lines around: its value as the calculation of the whole text would give it. Nothing for
-// every other text, valid or not.
-std::optional<double> evaluateLoneNumber(std::string_view text);
+// The value of a text that is one number, perhaps with a sign in front and with blanks and empty
+// lines around: what the calculation of the whole text would give. Nothing for every other text.
+std::optional<double> evaluateLoneNumber(std::string_view text) noexcept;
 
 }  // namespace StrToNum
 

@@ -22,8 +22,10 @@ namespace StrToNum {
 // scanner's own buffers, whose allocation failures end the process.
 class Scanner : public StrToNumFlexLexer {
  public:
-  // Reads all of the stream, which is not needed any more afterwards. Throws std::length_error for
-  // a text of 2^31 - 1 bytes or more: the generated scanner, columns and lines count in int.
+  // Throws std::length_error for a text of 2^31 - 1 bytes or more: the generated scanner, columns
+  // and lines count in int.
+  explicit Scanner(std::string input);
+  // Reads all that the stream still holds; the stream is not needed any more afterwards.
   explicit Scanner(std::istream* input);
   ~Scanner() override;
 

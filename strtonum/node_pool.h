@@ -1,0 +1,67 @@
+// Memory for the nodes of one parse, in blocks: an allocation of its own for each node would take
+// longer than parsing it.
+//
+// A node is deleted like any object, and may outlive the pool. Each slot names its block, and
+// a block goes with the last of its nodes once the pool has no more use for it.
+
+#ifndef STRTONUM_NODE_POOL_H
+#define STRTONUM_NODE_POOL_H
+
+#include <array>
+#include <cstddef>
+
+namespace StrToNum {
+
+class NodePool {
+ public:
+  static constexpr size_t NODE_SIZE = 24;
+
+  NodePool() = default;
+  NodePool(const NodePool&) = delete;
+  NodePool& operator=(const NodePool&) = delete;
+  ~NodePool() {
+    if (block) release(block, SLOTS - taken);
+  }
+
+  // Room for one node. Throws std::bad_alloc.
+  void* allocate() {
+    if (taken == SLOTS) addBlock();
+    Slot& slot = block->slots[taken++];
+    slot.block = block;
+    return slot.node.data();
+  }
+
+  // Gives back what any pool allocated.
+  static void free(void* node) noexcept { release(static_cast<Block**>(node)[-1], 1); }
+
+ private:
+  // Keeps a block below 1,032 bytes, up to which malloc has a quick list for each thread.
+  static constexpr size_t SLOTS = 31;
+
+  struct Block;
+  struct Slot {
+    Block* block;
+    alignas(double) std::array<std::byte, NODE_SIZE> node;
+  };
+  struct Block {
+    size_t users = SLOTS;  // nodes that live, and slots that are not taken yet
+    std::array<Slot, SLOTS> slots;
+  };
+
+  void addBlock() {
+    block = new Block;
+    taken = 0;
+  }
+
+  static void release(Block* block, size_t count) noexcept {
+    block->users -= count;
+    if (block->users == 0) delete block;
+  }
+
+  Block* block = nullptr;
+  size_t taken = SLOTS;
+};
+
+}  // namespace StrToNum
+
+#endif
