@@ -92,7 +92,7 @@ void sideBySide(benchmark::State& state, const std::string& text, const Convert&
   const int calls = static_cast<int>(1 + 10'000 / text.size());
   double best = std::numeric_limits<double>::max();
   double peerBest = best;
-  for (auto _ : state) {
+  for ([[maybe_unused]] const auto round : state) {
     best = std::min(best, timeRound(ours, text, calls));
     peerBest = std::min(peerBest, timeRound(peer, text, calls));
   }

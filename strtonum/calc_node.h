@@ -25,6 +25,7 @@ class CalcNode {
 
   // Nodes are made in a pool, and deleted as usual.
   static void* operator new(size_t /*size*/, NodePool& pool) { return pool.allocate(); }
+  // NOLINTNEXTLINE(cert-dcl54-cpp): there is no new without a pool
   static void operator delete(void* node) noexcept { NodePool::free(node); }
   static void operator delete(void* node, NodePool& /*pool*/) noexcept { NodePool::free(node); }
 

@@ -20,7 +20,8 @@ class NodePool {
   NodePool(const NodePool&) = delete;
   NodePool& operator=(const NodePool&) = delete;
   ~NodePool() {
-    if (block) release(block, SLOTS - taken);
+    // A block without free slots belongs to its nodes alone and may be gone.
+    if (taken < SLOTS) release(block, SLOTS - taken);
   }
 
   // Room for one node. Throws std::bad_alloc.

@@ -6,11 +6,11 @@
 
 #include <cstdint>
 
-// From construction to destruction `granted` allocations of this thread succeed and all later ones
+// From construction to destruction `count` allocations of this thread succeed and all later ones
 // fail.
 class LimitedMemory {
  public:
-  explicit LimitedMemory(int64_t granted);
+  explicit LimitedMemory(int64_t count);
   ~LimitedMemory();
   LimitedMemory(const LimitedMemory&) = delete;
   LimitedMemory& operator=(const LimitedMemory&) = delete;

@@ -1,4 +1,4 @@
-// A second, slow reading of the expression language: numbers by a regular expression and by sscanf
+// A second, slow reading of the expression language: numbers by a regular expression and by strtoul
 // and strtod (in the C locale), the grammar by recursive descent. For short texts.
 
 #ifndef TESTS_EXPRESSION_MODEL_H
@@ -7,7 +7,6 @@
 #include <regex.h>
 
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -75,8 +74,7 @@ class ExpressionModel {
         {'K', 1UL << 10}, {'M', 1UL << 20}, {'G', 1UL << 30}, {'T', 1UL << 40}};
     const char* text = number.c_str();
     const size_t letter = number.find_first_of("pnumcdhkKMGTe");
-    unsigned long whole = 0;
-    std::sscanf(text, "%lu", &whole);
+    const unsigned long whole = std::strtoul(text, nullptr, 10);
     if (number.back() == 'i') {
       const unsigned long multiplier = multipliers.at(number[letter]);
       const double product = static_cast<double>(whole) * static_cast<double>(multiplier);
@@ -94,8 +92,7 @@ class ExpressionModel {
       return std::strtod(text, nullptr) * factors.at(prefix);
     double value = static_cast<double>(whole);
     if (digits != std::string::npos) {
-      unsigned long fraction = 0;
-      std::sscanf(text + digits, "%lu", &fraction);
+      const unsigned long fraction = std::strtoul(text + digits, nullptr, 10);
       if (fraction != 0) {
         value += static_cast<double>(fraction) /
                  std::pow(10.0, static_cast<double>(number.size() - digits));

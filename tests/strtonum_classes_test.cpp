@@ -257,7 +257,8 @@ TEST(ConvertTest, BothRoadsAgreeOnLoneNumbers) {
     for (const std::string sign : {"", "+", "-", "- ", "+\r", "--", "-\n", "\v"}) {
       for (const std::string& body : bodies) {
         for (const std::string back : {"", " ", "\n", "\r\n \n", "\v", "+"}) {
-          const std::string text = front + sign + body + back;
+          std::string text = front;
+          text.append(sign).append(body).append(back);
           double value = 0.0;
           if (!StrToNum::convertLoneNumber(text, &value)) continue;
           ++alone;
