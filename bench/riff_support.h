@@ -71,7 +71,7 @@ class ScratchFile {
   const char* path() const { return name.c_str(); }
 
  private:
-  std::string name = "velmor-core-bench-XXXXXX";
+  std::string name = "/tmp/velmor-core-bench-XXXXXX";
 };
 
 inline Object* openFile(const char* path) {
