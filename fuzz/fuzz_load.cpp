@@ -10,11 +10,14 @@ using namespace fuzzing;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const Bytes bytes(data, data + size);
   const Opened buffer = openBytes(bytes);
-  const MemoryFile memory(bytes);
-  const Opened file = memory.open();
-  require((buffer == nullptr) == (file == nullptr));
+  const std::vector<Node> tree = buffer ? describe(rootOf(buffer)) : std::vector<Node>();
+  if (size < 1024) {  // each header field of a file is two system calls
+    const MemoryFile memory(bytes);
+    const Opened file = memory.open();
+    require((buffer == nullptr) == (file == nullptr));
+    if (file) require(describe(rootOf(file)) == tree);
+  }
   if (!buffer) return 0;
-  require(describe(rootOf(buffer)) == describe(rootOf(file)));
 
   Bytes out(4096);
   walk(rootOf(buffer), [&](Chunk* c) {
