@@ -23,7 +23,7 @@ class Random {
   uint32_t id() { return idOf({0x61746164, 0x41414141, 0, JUNK, JUNK}); }
   // Small, so that free chunks fit now and then.
   uint32_t size() { return oneIn(30) ? below(300) : below(45); }
-  uint32_t hugeSize() { return 0xFFFFFFFF - below(20); }
+  uint32_t hugeSize() { return 0xFFFFFFFF - (oneIn(2) ? 0 : below(20)); }
   std::vector<uint8_t> bytes(size_t length) {
     std::vector<uint8_t> result(length);
     for (auto& byte : result) byte = static_cast<uint8_t>(engine());
@@ -225,7 +225,9 @@ class Lockstep {
     compareAdded(added, modelled([&] { return pair.model->addCache(group, *from.model); }));
   }
   void setDataSize(Pair& pair) {
-    Node& chunk = anyChunk(pair);
+    // Often a free chunk, which stays where it is in the free list until the next sort.
+    Node& likely = anyChunk(pair);
+    Node& chunk = likely.isFree() ? likely : anyChunk(pair);
     uint32_t size = random.size();
     if (random.oneIn(2)) size = chunk.size + random.below(5) - std::min(chunk.size, 2U);
     if (pair.kind == Kind::BUFFER && random.oneIn(60)) size = random.hugeSize();
