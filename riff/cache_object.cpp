@@ -11,7 +11,9 @@ namespace {
 uint64_t nextCapacity(uint64_t capacity, uint64_t n) {
   if (capacity == 0) return n;
   uint64_t grown = 0;
-  if (__builtin_mul_overflow(n / capacity + 1, capacity, &grown)) throw std::bad_alloc();
+  const bool overflows = __builtin_mul_overflow(n / capacity + 1, capacity, &grown);
+  // With a capacity of 1 the number of steps itself may wrap to 0.
+  if (overflows || grown <= n) throw std::bad_alloc();
   return grown;
 }
 

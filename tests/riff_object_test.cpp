@@ -94,6 +94,10 @@ TEST(CacheObjectTest, GrowsToTheNextMultipleAboveTheSize) {
   EXPECT_EQ(cache.getSize(), 8000U);
   EXPECT_EQ(cache.getCapacity(), 12'000U);
 
+  CacheObject small(1);  // 2^64 - 1 bytes are 2^64 steps of it
+  EXPECT_NE(failure([&] { small.resize(FAR); }), "");
+  EXPECT_EQ(small.getCapacity(), 1U);
+
   CacheObject empty(0);
   empty.resize(7);
   EXPECT_EQ(empty.getCapacity(), 7U);
