@@ -26,8 +26,9 @@
  *
  *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes is kept as
  *  its header tells; reading what is missing fails. If only the last pad byte is missing, an edit
- *  that needs it adds it first. If more is missing, an edit that needs it fails before it changes
- *  anything, and so does adding to the virtual root.
+ *  that needs it adds it first; it stays, even if there is no room for the rest of the edit. If
+ *  more is missing, an edit that needs it fails before it changes anything, and so does adding to
+ *  the virtual root.
  */
 #ifndef VELMOR_CORE_RIFF_H
 #define VELMOR_CORE_RIFF_H
@@ -92,7 +93,9 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_file(const char* path, int32_t mod
 /** Open a buffer for reading.
  *
  *  The buffer stays the caller's: it is never written or freed, and has to live, unchanged, as long
- *  as the object. Every edit of the object fails. Its capacity is 0.
+ *  as the object. Edits fail, but for those that have nothing to write: giving a chunk the size it
+ *  has, recycling a free chunk that has no free neighbour, and removing the only top-level chunk,
+ *  which leaves the object empty and the buffer as it is. Its capacity is 0.
  *
  *  In:   buffer  the bytes; may be null if size is 0
  *        size    their number
@@ -242,8 +245,9 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_get_data(velmor_core_riff_chunk_t
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk
- *    VELMOR_CORE_FAILURE     the range leaves the data, or the object is for reading only: nothing
- *                            is changed; the object cannot be written: the first bytes may be
+ *    VELMOR_CORE_FAILURE     the range leaves the data, or the object is for reading only or lacks
+ *                            bytes of the range: nothing is changed; the object cannot be written:
+ *                            the first bytes may be
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t* chunk,
                                                         const void* buffer, uint32_t size,
@@ -353,8 +357,10 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null
  *    VELMOR_CORE_FAILURE     the chunk is a virtual root, or a data chunk of 2^32 - 1 bytes without
- *                            a free neighbour: nothing is changed; the object cannot be written or
- *                            memory runs out: the tree may show a change that the bytes lack
+ *                            a free neighbour, or its pad byte, which would become free data, is
+ *                            missing with bytes in front of it: nothing is changed; the object is
+ *                            for reading only or cannot be written, or memory runs out: the tree
+ *                            may show a change that the bytes lack. Open the object anew then.
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t** chunk);
 
@@ -364,9 +370,9 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t*
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk is null
- *    VELMOR_CORE_FAILURE     chunk is a virtual root, the object is for reading only or lacks bytes
- *                            of the chunk: nothing is changed; it cannot be read or written: the
- *                            edit stops half-way
+ *    VELMOR_CORE_FAILURE     chunk is a virtual root, the object is for reading only (and holds
+ *                            more than the chunk) or lacks bytes of it: nothing is changed; it
+ *                            cannot be read or written: the edit stops half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_remove(velmor_core_riff_chunk_t* chunk);
 
