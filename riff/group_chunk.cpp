@@ -114,6 +114,7 @@ Chunk& GroupChunk::addChunk(Chunk& source) {
   } else if (source.end() > from.getSize()) {
     throw std::runtime_error("invalid read");
   }
+  if (source.offset < 0) throw std::runtime_error("invalid read");  // after a failed edit
 
   const uint64_t total = source.totalSize();
   uint64_t at = object->resizeChunk(*this, static_cast<int64_t>(total), nullptr);
