@@ -144,17 +144,6 @@ TEST_P(CutShortTest, MoreThanThePadByteMissingIsRefusedBeforeAnyChange) {
   EXPECT_EQ(tree(), "RIFF:g{ a:2 }");
 }
 
-TEST_P(CutShortTest, NothingIsAddedBesideAnOverrunningTopLevelChunk) {
-  openCut("JUNK:40 a:50", 20);
-  const Bytes before = store->content();
-  const Bytes one = bytesOf("d:2");
-  const Opened cache = openBytes(one);
-  EXPECT_EQ(addData(root(), "n", 2), nullptr);  // not even into free space
-  EXPECT_EQ(velmor_core_riff_chunk_add_cache(root(), cache.get()), nullptr);
-  EXPECT_EQ(velmor_core_riff_chunk_add_chunk(root(), chunk("JUNK")), nullptr);
-  EXPECT_EQ(store->content(), before);
-}
-
 // A free chunk that was cut short takes what fits into the bytes that are there.
 TEST_P(CutShortTest, FreeSpaceEndsWithTheBytes) {
   openCut("RIFF:g{ JUNK:100 }", 60);

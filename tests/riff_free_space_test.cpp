@@ -67,17 +67,6 @@ TEST_P(FreeSpaceTest, ANewChunkTakesTheBestFit) {
   }
 }
 
-TEST_P(FreeSpaceTest, WhatASplitLeavesIsUsedUpNext) {
-  open("RIFF:g{ JUNK:100 JUNK:20 }");
-  addData(chunk("g"), "a", 2);
-  EXPECT_EQ(tree(), "RIFF:g{ JUNK:100 a:2 JUNK:10 }");
-  addData(chunk("g"), "b", 1);
-  EXPECT_EQ(tree(), "RIFF:g{ JUNK:100 a:2 b:1 JUNK:0 }");
-  // The empty one has left the list; so the large one is taken, although 8 bytes would do.
-  addData(chunk("g"), "c", 40);
-  EXPECT_EQ(tree(), "RIFF:g{ c:40 JUNK:52 a:2 b:1 JUNK:0 }");
-}
-
 TEST_P(FreeSpaceTest, ACacheGoesInWholeAndInOrder) {
   const Bytes content = bytesOf("a:1 LIST:l{ JUNK:30 b:2 } JUNK:8 c:3");  // 10 + 60 + 16 + 12
   const Opened cache = openBytes(content);
@@ -151,27 +140,6 @@ TEST_P(FreeSpaceTest, ARecycledChunkIsJoinedWithItsNeighbours) {
       ASSERT_EQ(before[static_cast<size_t>(i)], after[static_cast<size_t>(i)]);
     }
   }
-}
-
-// Seven holes of growing size come and go; each search shows where the list has got to.
-TEST_P(FreeSpaceTest, TheListStaysInOrderThroughEdits) {
-  open("RIFF:g{ a:10 b:1 c:20 d:1 e:30 f:1 h:40 i:1 }");
-  Chunk* handles[] = {chunk("e"), chunk("a"), chunk("h"), chunk("c")};
-  for (Chunk*& handle : handles) velmor_core_riff_chunk_recycle(&handle);
-  EXPECT_EQ(tree(), "RIFF:g{ JUNK:10 b:1 JUNK:20 d:1 JUNK:30 f:1 JUNK:40 i:1 }");
-  Chunk* d = chunk("d");
-  velmor_core_riff_chunk_recycle(&d);  // 20 + 10 + 38: now the largest
-  EXPECT_EQ(d, handles[3]);
-  EXPECT_EQ(tree(), "RIFF:g{ JUNK:10 b:1 JUNK:68 f:1 JUNK:40 i:1 }");
-  addData(chunk("g"), "n", 30);
-  EXPECT_EQ(tree(), "RIFF:g{ JUNK:10 b:1 JUNK:68 f:1 n:30 JUNK:2 i:1 }");
-  // A resized free chunk keeps its place, the last one, until the list is next sorted.
-  velmor_core_riff_chunk_set_data_size(chunk("JUNK", 0), 30);
-  velmor_core_riff_chunk_set_data_size(chunk("JUNK", 1), 20);
-  addData(chunk("g"), "o", 4);
-  EXPECT_EQ(tree(), "RIFF:g{ o:4 JUNK:18 b:1 JUNK:20 f:1 n:30 JUNK:2 i:1 }");
-  addData(chunk("g"), "p", 4);
-  EXPECT_EQ(tree(), "RIFF:g{ o:4 p:4 JUNK:6 b:1 JUNK:20 f:1 n:30 JUNK:2 i:1 }");
 }
 
 // Which chunk trails changes with every edit at the end of the object; the list follows when it is

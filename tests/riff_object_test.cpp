@@ -137,37 +137,5 @@ TEST(FileObjectTest, TheEndOfTheFileDecides) {
   EXPECT_EQ(failure([] { FileObject("/missing/file", 0); }), "open failed");
 }
 
-// Overlapping in both directions, and longer than the pieces in which a file moves.
-class MoveTest : public testing::TestWithParam<std::array<uint64_t, 3>> {};
-
-TEST_P(MoveTest, IsAsIfThroughASeparateBuffer) {
-  const auto [source, destination, length] = GetParam();
-  Bytes before(300'000);
-  std::iota(before.begin(), before.end(), uint8_t{0});
-  for (size_t i = 0; i < before.size(); i += 251) before[i] = static_cast<uint8_t>(i / 251);
-  Bytes after = before;
-  const Bytes moved(before.begin() + static_cast<long>(source),
-                    before.begin() + static_cast<long>(source + length));
-  std::copy(moved.begin(), moved.end(), after.begin() + static_cast<long>(destination));
-
-  const TemporaryFile file(Bytes(8, 0));  // loads; then gets its content
-  FileObject object(file.path(), FileObject::READ_WRITE);
-  object.write(0, before.data(), before.size());
-  object.move(source, destination, length);
-  EXPECT_EQ(file.content(), after);
-
-  CacheObject cache(before.size());
-  cache.write(0, before.data(), before.size());
-  cache.move(source, destination, length);
-  EXPECT_EQ(memcmp(cache.getBuffer(), after.data(), after.size()), 0);
-}
-INSTANTIATE_TEST_SUITE_P(Overlapping, MoveTest,
-                         testing::Values(std::array<uint64_t, 3>{0, 10, 200'000},
-                                         std::array<uint64_t, 3>{10, 0, 200'000},
-                                         std::array<uint64_t, 3>{0, 65'536, 131'072},
-                                         std::array<uint64_t, 3>{65'537, 0, 65'536},
-                                         std::array<uint64_t, 3>{5, 5, 1000},
-                                         std::array<uint64_t, 3>{7, 200, 0}));
-
 }  // namespace
 }  // namespace RIFF
