@@ -2,9 +2,7 @@
 
 #include "strtonum/calc_node.h"
 
-#include <array>
 #include <cstddef>
-#include <memory_resource>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -14,24 +12,8 @@ namespace StrToNum {
 
 namespace {
 
-// The stack of a walk. Trees of ordinary depth need no memory from the heap.
-template <typename Entry>
-class WalkStack {
- public:
-  WalkStack() { entries.reserve(ROOM); }
-
-  bool isEmpty() const { return entries.empty(); }
-  Entry& top() { return entries.back(); }
-  void push(const Entry& entry) { entries.push_back(entry); }
-  void pop() { entries.pop_back(); }
-
- private:
-  static constexpr size_t ROOM = 32;
-
-  alignas(Entry) std::array<std::byte, ROOM * sizeof(Entry)> room;
-  std::pmr::monotonic_buffer_resource memory{room.data(), room.size()};
-  std::pmr::vector<Entry> entries{&memory};
-};
+// Enough for the walk through a tree of ordinary depth.
+constexpr size_t USUAL_DEPTH = 32;
 
 }  // namespace
 
@@ -41,21 +23,22 @@ double CalcNode::evaluate() const {
     const CalcNode* right;  // still to be evaluated once left is known
     double left;
   };
-  WalkStack<Pending> pending;
+  std::vector<Pending> pending;
+  pending.reserve(USUAL_DEPTH);
   const CalcNode* node = this;
   for (;;) {
     for (Operands below = node->operandsToRead(); below.left; below = node->operandsToRead()) {
-      pending.push({node, below.right ? below.right->get() : nullptr, 0.0});
+      pending.push_back({node, below.right ? below.right->get() : nullptr, 0.0});
       node = below.left->get();
     }
     double value = node->apply(0.0, 0.0);
-    while (!pending.isEmpty() && !pending.top().right) {
-      value = pending.top().node->apply(pending.top().left, value);
-      pending.pop();
+    while (!pending.empty() && !pending.back().right) {
+      value = pending.back().node->apply(pending.back().left, value);
+      pending.pop_back();
     }
-    if (pending.isEmpty()) return value;
-    pending.top().left = value;
-    node = std::exchange(pending.top().right, nullptr);
+    if (pending.empty()) return value;
+    pending.back().left = value;
+    node = std::exchange(pending.back().right, nullptr);
   }
 }
 
@@ -64,17 +47,18 @@ void CalcNode::print(std::ostream& out, uint32_t depth) const {
     const CalcNode* node;
     uint32_t depth;
   };
-  WalkStack<Line> lines;
-  lines.push({this, depth});
-  while (!lines.isEmpty()) {
-    const Line line = lines.top();
-    lines.pop();
+  std::vector<Line> lines;
+  lines.reserve(USUAL_DEPTH);
+  lines.push_back({this, depth});
+  while (!lines.empty()) {
+    const Line line = lines.back();
+    lines.pop_back();
     out << std::string(size_t{2} * line.depth, ' ');
     line.node->printLabel(out);
     out << std::endl;
     const Operands below = line.node->operandsToRead();
-    if (below.right) lines.push({below.right->get(), line.depth + 1});
-    if (below.left) lines.push({below.left->get(), line.depth + 1});
+    if (below.right) lines.push_back({below.right->get(), line.depth + 1});
+    if (below.left) lines.push_back({below.left->get(), line.depth + 1});
   }
 }
 

@@ -30,7 +30,7 @@ class CalcNode {
   static void operator delete(void* node, NodePool& /*pool*/) noexcept { NodePool::free(node); }
 
   // The value in double precision. Operands are not checked; infinities and NaN go up the tree.
-  // Throws std::bad_alloc alone, and that only where the tree is deep.
+  // Throws std::bad_alloc alone.
   virtual double evaluate() const;
 
   // Writes a line for each node, an operator in front of its operands and those one level (two

@@ -1,8 +1,10 @@
 #include "allocations.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
+#include <memory>
 #include <new>
 
 namespace {
@@ -39,6 +41,13 @@ LimitedMemory::LimitedMemory(int64_t count) {
 }
 LimitedMemory::~LimitedMemory() { granted = UNLIMITED; }
 bool LimitedMemory::hasRunOut() const { return ranOut; }
+
+bool LimitedMemory::isInForce() {
+  const int64_t before = live;
+  const auto block = std::make_unique<std::array<char, 64>>();
+  const volatile char* memory = block->data();
+  return memory && live == before + 1;
+}
 
 int64_t countLiveAllocations() { return live; }
 

@@ -16,6 +16,9 @@ class LimitedMemory {
   LimitedMemory& operator=(const LimitedMemory&) = delete;
 
   bool hasRunOut() const;
+
+  // False where something else has put its operator new before this one, as valgrind does.
+  static bool isInForce();
 };
 
 // Blocks that this thread has allocated and not freed.
