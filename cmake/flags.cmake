@@ -14,6 +14,12 @@ if(VELMOR_CORE_WERROR)
   target_compile_options(velmor_core_warnings INTERFACE -Werror)
 endif()
 
+# The same bytes from every folder: no path of it gets into what is built. Debug builds keep the
+# paths, for debuggers and coverage.
+target_compile_options(velmor_core_warnings INTERFACE $<$<NOT:$<CONFIG:Debug>>:
+                       -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+                       -ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
+
 if(VELMOR_CORE_SANITIZE)
   add_compile_options(-fsanitize=${VELMOR_CORE_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)

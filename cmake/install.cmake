@@ -1,5 +1,6 @@
 # What an installed tree holds: headers, library, pkg-config file and CMake package. All paths in
-# them are relative to where they lie, so the tree may be moved.
+# them are relative to where they lie, so the tree may be moved. The target uninstall takes back what
+# was installed last.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS velmor-core EXPORT velmor-core-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -20,3 +21,8 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
            OUTPUT_VARIABLE prefix_from_pkgconfig)
 configure_file(cmake/velmor-core.pc.in velmor-core.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/velmor-core.pc DESTINATION ${pkgconfig_dir})
+
+if(PROJECT_IS_TOP_LEVEL)
+  add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake
+                    WORKING_DIRECTORY ${PROJECT_BINARY_DIR} VERBATIM)
+endif()

@@ -1,14 +1,24 @@
 #!/usr/bin/env bash
-# Installs a build, moves the tree, and lets C and C++ consumers find it there, by CMake and by
-# pkg-config; then each header alone, in both languages.
+# Installs a build and uninstalls it again; installs it, moves the tree, and lets C and C++ consumers
+# find it there, by CMake and by pkg-config; then each header alone, in both languages.
 #   install_test.sh SOURCE BUILD CC CXX
 set -euo pipefail
 source=$1 build=$2 cc=$3 cxx=$4
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+manifest=$build/install_manifest.txt  # of the user's own installation: put back in the end
+[ ! -e "$manifest" ] || cp "$manifest" "$work/manifest"
+trap 'rm -f "$manifest"; [ ! -e "$work/manifest" ] || cp "$work/manifest" "$manifest"; rm -rf "$work"' EXIT
 expected='data 3, version 0x1000000100000'
 
-cmake --install "$build" --prefix "$work/first" >"$work/log"
+mkdir -p "$work/bare/share/man/man1"
+touch "$work/bare/share/man/man1/other.1"
+cmake --install "$build" --prefix "$work/bare" >"$work/log"
+cmake --build "$build" --target uninstall >>"$work/log"
+left=$(cd "$work/bare" && find . -not -path './share*' | tr '\n' ' ')
+[ "$left" = ". " ] || { echo "uninstall leaves $left" >&2; exit 1; }
+[ -e "$work/bare/share/man/man1/other.1" ] || { echo "uninstall takes what is another's" >&2; exit 1; }
+
+cmake --install "$build" --prefix "$work/first" >>"$work/log"
 mkdir "$work/moved"
 mv "$work/first" "$work/moved/prefix"
 prefix=$work/moved/prefix

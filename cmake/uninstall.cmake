@@ -1,0 +1,36 @@
+# Run in a build folder: removes the files that "cmake --install" put down last, and the folders that
+# are empty then.
+set(manifest install_manifest.txt)
+if(NOT EXISTS ${CMAKE_CURRENT_BINARY_DIR}/${manifest})
+  message(FATAL_ERROR "There is nothing to uninstall: no ${manifest} here.")
+endif()
+file(STRINGS ${CMAKE_CURRENT_BINARY_DIR}/${manifest} files)
+
+# The prefix is the folder that holds them all.
+list(GET files 0 prefix)
+foreach(file IN LISTS files)
+  cmake_path(IS_PREFIX prefix "${file}" is_inside)
+  while(NOT is_inside)
+    cmake_path(GET prefix PARENT_PATH prefix)
+    cmake_path(IS_PREFIX prefix "${file}" is_inside)
+  endwhile()
+endforeach()
+
+foreach(file IN LISTS files)
+  message(STATUS "Removing $ENV{DESTDIR}${file}")
+  file(REMOVE "$ENV{DESTDIR}${file}")
+  cmake_path(GET file PARENT_PATH folder)
+  while(NOT folder STREQUAL prefix)
+    # Empty folders of the system stay, such as /usr/local/lib.
+    if(prefix MATCHES "^/usr(/local)?$" AND NOT folder MATCHES "/velmor[-_]core")
+      break()
+    endif()
+    file(GLOB rest LIST_DIRECTORIES true "$ENV{DESTDIR}${folder}/*" "$ENV{DESTDIR}${folder}/.*")
+    if(rest)
+      break()
+    endif()
+    file(REMOVE_RECURSE "$ENV{DESTDIR}${folder}")
+    cmake_path(GET folder PARENT_PATH folder)
+  endwhile()
+endforeach()
+file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/${manifest})

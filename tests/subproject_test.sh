@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Another project takes the sources in, by add_subdirectory and by FetchContent: it gets the library
+# alone (no program, no tests, nothing installed), and a program of its own that works.
+#   subproject_test.sh SOURCE CC CXX
+set -euo pipefail
+shopt -s extglob
+source=$1 cc=$2 cxx=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+mkdir "$work/project"
+cp "$source/tests/consumer/consumer.c" "$work/project"
+cat >"$work/project/CMakeLists.txt" <<'EOF'
+cmake_minimum_required(VERSION 3.25)
+project(app LANGUAGES C CXX)
+if(FETCH)
+  include(FetchContent)
+  FetchContent_Declare(velmor-core SOURCE_DIR ${VELMOR_CORE})
+  FetchContent_MakeAvailable(velmor-core)
+else()
+  add_subdirectory(${VELMOR_CORE} velmor-core)
+endif()
+add_executable(app consumer.c)
+target_link_libraries(app PRIVATE velmor::core)
+EOF
+
+run() { "$@" >"$work/log" 2>&1 || { tail -n 40 "$work/log" >&2; exit 1; }; }
+
+for fetch in OFF ON; do
+  out=$work/fetch-$fetch
+  run cmake -S "$work/project" -B "$out" -G Ninja -DFETCH=$fetch -DVELMOR_CORE="$source" \
+    -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx"
+  linked=$(ninja -C "$out" -t targets all | sed -nE 's|^([^:]*/)?([^:/]*): .*_LINKER__.*|\2|p' |
+    sort | tr '\n' ' ')
+  case $linked in
+    "app libvelmor-core.so.0."*([0-9.])" ") ;;
+    *) echo "built with FETCH=$fetch: $linked" >&2; exit 1 ;;
+  esac
+done
+
+# One of the two is enough to be built: CMake does the same with both.
+run cmake --build "$out" -j 2
+got=$("$out/app")
+[ "$got" = 'data 3, version 0x1000000100000' ] || { echo "app prints '$got'" >&2; exit 1; }
+run cmake --install "$out" --prefix "$work/prefix"
+[ ! -e "$work/prefix" ] || { echo "installed: $(find "$work/prefix")" >&2; exit 1; }
