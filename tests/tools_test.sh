@@ -253,7 +253,7 @@ verify_says_where() {
   damaged "LIST:grp has the size 3, too small for its group id (at offset 0)" < <(list 03 && leaf 00)
   damaged "the file ends inside a chunk header, 9 bytes into it (at offset 8)" < <(leaf 00 && list 04 | head -c 9)
   damaged "LIST:grp/LIST:grp ends 12 bytes behind the end of its group (at offset 12)" < <(list 10 && list 10 && list 04)
-  damaged "leaf ends 4294967291 bytes behind the end of the file (at offset 0)" < <(printf leaf && bytes ff ff ff ff && printf abcd)
+  damaged "leaf has the size 0xFFFFFFFF of an unfinished stream, and 4 bytes (at offset 0)" < <(printf leaf && bytes ff ff ff ff && printf abcd)
   leaf 03 >file && printf 'abcx' >>file && : >empty
   expect_equal sound "file: sound, 1 chunk
 empty: sound, 0 chunks" "$("$program" verify file empty)"

@@ -48,7 +48,7 @@ struct Command {
   std::size_t minOperands;
   std::size_t maxOperands;
   std::span<const Option> options;
-  // Returns the exit status, 0 or 1; throws UsageError and Failure.
+  // Returns the exit status: 0 or 1, or 3 of "check"; throws UsageError and Failure.
   int (*run)(const Arguments& arguments);
   // For values such as -5: a word that begins with a dash is no option.
   bool dashesAreOperands = false;
@@ -60,7 +60,9 @@ extern const Command SET;
 extern const Command ADD;
 extern const Command REMOVE;
 extern const Command RECYCLE;
+extern const Command CHECK;
 extern const Command VERIFY;
+extern const Command REPAIR;
 extern const Command CPU;
 extern const Command VERSION;
 extern const Command NUM;

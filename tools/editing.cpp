@@ -5,8 +5,8 @@
 
 #include "errors.h"
 #include "file.h"
+#include "survey.h"
 #include "tree.h"
-#include "verifier.h"
 
 namespace tool {
 
@@ -104,9 +104,8 @@ void applyTo(const std::string& file, const Object& object, const Change& change
   try {
     change(virtualRoot(object));
   } catch (const Refused& refused) {
-    const Survey survey = surveyFile(file);
-    const std::string reason =
-        survey.finding ? findingText(*survey.finding) : "the file cannot be changed";
+    const std::optional<Finding> damage = firstDamage(file);
+    const std::string reason = damage ? findingText(*damage) : "the file cannot be changed";
     throw Failure(file, refused.what() + (": " + reason));
   } catch (const Failure& failure) {
     throw Failure(file, failure.what());

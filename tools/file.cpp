@@ -14,6 +14,7 @@ constexpr mode_t PERMISSIONS = 0644;
 
 int openFlags(File::Mode mode) {
   if (mode == File::CREATE) return O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+  if (mode == File::CREATE_NEW) return O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
   return (mode == File::READ ? O_RDONLY : O_RDWR) | O_CLOEXEC;
 }
 
@@ -28,7 +29,7 @@ void requireRegular(const std::string& name) {
 }  // namespace
 
 File::File(const std::string& name, Mode mode) : name(name), descriptor(-1) {
-  if (mode != CREATE) requireRegular(name);
+  if (mode == READ || mode == READ_WRITE) requireRegular(name);
   descriptor = ::open(name.c_str(), openFlags(mode), PERMISSIONS);
   if (descriptor == -1) throw Failure(name, systemError());
 }
@@ -73,6 +74,22 @@ void File::write(const void* bytes, uint64_t length) const {
     if (count == -1 && errno == EINTR) continue;
     if (count == -1) throw Failure(name, "cannot be written: " + systemError());
     done += static_cast<uint64_t>(count);
+  }
+}
+
+void File::writeAt(const void* bytes, uint64_t length, uint64_t offset) const {
+  for (uint64_t done = 0; done < length;) {
+    const ssize_t count = ::pwrite(descriptor, static_cast<const char*>(bytes) + done,
+                                   length - done, static_cast<off_t>(offset + done));
+    if (count == -1 && errno == EINTR) continue;
+    if (count == -1) throw Failure(name, "cannot be written: " + systemError());
+    done += static_cast<uint64_t>(count);
+  }
+}
+
+void File::resize(uint64_t length) const {
+  if (::ftruncate(descriptor, static_cast<off_t>(length)) == -1) {
+    throw Failure(name, "cannot be written: " + systemError());
   }
 }
 

@@ -10,10 +10,10 @@ namespace tool {
 // An open descriptor, closed by its owner. Every failure throws Failure with the file's name.
 class File {
  public:
-  enum Mode { READ, READ_WRITE, CREATE };
+  enum Mode { READ, READ_WRITE, CREATE, CREATE_NEW };
 
   // READ and READ_WRITE want an existing regular file; CREATE takes anything that can be written
-  // and empties it.
+  // and empties it; CREATE_NEW fails if the file exists, and reads and writes.
   File(const std::string& name, Mode mode);
   File(const File&) = delete;
   File& operator=(const File&) = delete;
@@ -25,6 +25,8 @@ class File {
   // The same, but all of them have to be there.
   void readAll(void* bytes, uint64_t length, uint64_t offset) const;
   void write(const void* bytes, uint64_t length) const;
+  void writeAt(const void* bytes, uint64_t length, uint64_t offset) const;
+  void resize(uint64_t length) const;
   // Reports what only shows when a file is closed (a full network disk, say).
   void close();
 

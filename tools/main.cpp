@@ -13,8 +13,8 @@
 namespace tool {
 namespace {
 
-constexpr std::array COMMANDS = {&TREE,   &EXTRACT, &SET,  &ADD,    &REMOVE, &RECYCLE,
-                                 &VERIFY, &NUM,     &UUID, &SHA256, &CPU,    &VERSION};
+constexpr std::array COMMANDS = {&TREE,   &EXTRACT, &SET, &ADD,  &REMOVE, &RECYCLE, &CHECK,
+                                 &VERIFY, &REPAIR,  &NUM, &UUID, &SHA256, &CPU,     &VERSION};
 
 constexpr std::string_view OVERVIEW_TAIL = R"(
 A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a
@@ -22,7 +22,7 @@ chunk id, for groups also with the group id behind a colon. Ids shorter than fou
 padded with spaces ("fmt" is "fmt "). Where several chunks fit a step, a number picks one of them,
 counted from 1: RIFF/LIST[2]/data. In an id, \xHH stands for the byte with that hexadecimal value.
 
-Exit status: 0 done, 1 failed, 2 wrong use.
+Exit status: 0 done, 1 failed, 2 wrong use; of "check" also 3, a file that cannot be read.
 "velmor-core COMMAND --help" tells more about a command.
 )";
 

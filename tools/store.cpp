@@ -2,7 +2,7 @@
 
 #include "errors.h"
 #include "file.h"
-#include "verifier.h"
+#include "survey.h"
 
 namespace tool {
 
@@ -12,8 +12,7 @@ constexpr uint64_t GROUP_HEADER_SIZE = 12;
 
 // Why the store refuses a file that can be opened and read.
 [[noreturn]] void throwRefused(const std::string& file) {
-  const Survey survey = surveyFile(file);
-  if (survey.finding) throw Failure(file, findingText(*survey.finding));
+  if (const auto damage = firstDamage(file)) throw Failure(file, findingText(*damage));
   throw Failure(file, "cannot be read");
 }
 
