@@ -32,8 +32,8 @@ SHA_EXTENSIONS inline __m128i load(const void* words) {
 // load across two of them would wait until they have reached the cache.
 SHA_EXTENSIONS inline __m128i loadBigEndian(const uint8_t* bytes) {
   const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
-  const __m128d both =
-      _mm_loadh_pd(_mm_castsi128_pd(low), reinterpret_cast<const double*>(bytes + 8));
+  const __m128d both = _mm_loadh_pd(
+      _mm_castsi128_pd(low), static_cast<const double*>(static_cast<const void*>(bytes + 8)));
   const __m128i swapBytes = _mm_set_epi64x(0x0C0D0E0F08090A0B, 0x0405060700010203);
   return _mm_shuffle_epi8(_mm_castpd_si128(both), swapBytes);
 }

@@ -1,6 +1,7 @@
 #include "riff/cache_object.h"
 
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 namespace RIFF {
@@ -28,11 +29,14 @@ void CacheObject::resize(uint64_t newSize) {
   size = newSize;
 }
 
-// Keeps all bytes of the old buffer; on failure, the old buffer itself.
+// Keeps all bytes of the old buffer; on failure, the old buffer itself. What is won is cleared: pad
+// bytes are never written, and must not carry what the memory held before into a file.
 void CacheObject::reallocate(uint64_t newCapacity) {
   if (newCapacity > PTRDIFF_MAX) throw std::bad_alloc();
-  auto* grown = static_cast<std::byte*>(std::realloc(storage.get(), newCapacity));
-  if (!grown) throw std::bad_alloc();
+  void* memory = storage ? std::realloc(storage.get(), newCapacity) : std::calloc(newCapacity, 1);
+  if (!memory) throw std::bad_alloc();
+  auto* grown = static_cast<std::byte*>(memory);
+  if (storage) std::memset(grown + capacity, 0, newCapacity - capacity);
   static_cast<void>(storage.release());  // realloc has freed or kept it
   storage.reset(grown);
   buffer = grown;

@@ -18,7 +18,7 @@ class CacheObject final : public MemoryObject {
   explicit CacheObject(uint64_t capacity);
 
   // Grows the capacity to its next multiple above newSize, at least doubling it; never gives memory
-  // back. std::bad_alloc where there is none, with nothing changed. The bytes won are not cleared.
+  // back. std::bad_alloc where there is none, with nothing changed.
   void resize(uint64_t newSize) override;
 
  private:

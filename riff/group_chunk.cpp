@@ -175,22 +175,21 @@ Chunk* GroupChunk::addCache(MemoryObject& cache) {
     writeRest(reuse);
     loadChunks(*this, start, n, added);
     makeRoom(added.size());
-    Chunk* first = added.front().get();
     placeAdded(reuse, added);
-    return first;
+    return children[reuse.index];
   }
   const uint64_t at = object->resizeChunk(*this, static_cast<int64_t>(n), nullptr);
   object->write(at, cache.getBuffer(), n);
   loadChunks(*this, at, n, added);
   makeRoom(added.size());
-  Chunk* first = added.front().get();
+  const std::size_t first = children.size();
   bool anyFree = false;
   for (ChunkPointer& chunk : added) {
     anyFree |= isFree(*chunk);
     attachUnsorted(std::move(chunk));
   }
   if (anyFree) sortAttached();
-  return first;
+  return children[first];
 }
 
 DataChunk* GroupChunk::findFreeChunk(uint64_t n) {

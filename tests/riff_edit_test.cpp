@@ -1,6 +1,7 @@
 // Edits in place on all kinds of object: trees, bytes, handles and refusals.
 
-#include <numeric>
+#include <thread>
+#include <vector>
 
 #include "support/riff_support.h"
 
@@ -170,6 +171,24 @@ TEST(LargeFileTest, OffsetsPastFourGigabytesAreKept) {
   EXPECT_EQ(pictureOf(object), "RIFF:x{ last:3 }");
   velmor_core_riff_close(object);
   EXPECT_EQ(file.content().size(), 24U);
+}
+
+TEST(ThreadsTest, ObjectsOnDistinctThreadsDoNotMeet) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([] {
+      for (const Kind kind : {Kind::BUFFER, Kind::CACHE, Kind::FILE}) {
+        const Store store(kind, bytesOf("RIFF:g{ a:2 JUNK:40 }"));
+        Chunk* g = velmor_core_riff_object_get_root_chunk(store.object());
+        for (int n = 0; n < 50; ++n) {
+          Chunk* added = velmor_core_riff_chunk_add_data_chunk(g, idOf("new"), "abc", 3);
+          EXPECT_EQ(velmor_core_riff_chunk_recycle(&added), VELMOR_CORE_SUCCESS);
+        }
+        EXPECT_EQ(pictureOf(store.object()), "RIFF:g{ a:2 JUNK:40 }");
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace
