@@ -115,6 +115,10 @@ void* __libc_realloc(void* memory, size_t size);
 void* realloc(void* memory, size_t size) {
   return strikes(Call::REALLOC) ? nullptr : __libc_realloc(memory, size);
 }
+void* __libc_calloc(size_t count, size_t size);
+void* calloc(size_t count, size_t size) {
+  return strikes(Call::REALLOC) ? nullptr : __libc_calloc(count, size);
+}
 #endif
 
 int open(const char* path, int flags, ...) {
