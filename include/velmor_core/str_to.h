@@ -21,7 +21,7 @@
  *  Blanks.  Spaces, tabs and carriage returns may stand between numbers and operators, and around.
  *
  *  Lines.  A text may have several lines, separated by newlines; empty ones do not count. Every
- * line has to be one valid expression, and the first is the result.
+ *  line has to be one valid expression, and the first is the result.
  *
  *  Calculation.  Everything is computed in IEEE 754 double precision; only the result is converted.
  *  Above 2^53 integers are thus rounded. Integers of 2^63 and more, written out or with a binary

@@ -16,6 +16,7 @@ extern "C" {
  *  comparisons. All 0 is the null UUID.
  */
 typedef struct {
+  /** The 16 bytes, in the order of the text form. */
   uint8_t bytes[16];
 } velmor_core_uuid_t;
 

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Every C program in the README and the manual builds without a warning, runs, and prints the output
+# that stands below it. One without any is run on a real file and has to print something.
+#   snippets_test.sh SOURCE LIBRARY CC
+set -euo pipefail
+source=$1 library=$2 cc=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# N.c holds a program, N.output what it prints.
+awk -v work="$work" '
+  /^```c$/ { ++n; file = work "/" n ".c"; print FILENAME >(work "/" n ".from"); next }
+  /^```output$/ { file = work "/" n ".output"; next }
+  /^```/ { file = ""; next }
+  file { print >file }
+' "$source/README.md" "$source"/docs/*.md
+
+for program in "$work"/*.c; do
+  name=${program%.c}
+  "$cc" -std=c99 -Wall -Wextra -Wpedantic -Werror -I"$source/include" "$program" "$library" \
+    -Wl,-rpath,"$(dirname "$library")" -o "$name"
+  "$name" "$source/examples/data/tagged.wav" >"$name.printed"
+  if [ -e "$name.output" ]; then
+    diff "$name.output" "$name.printed" || { echo "in $(cat "$name.from")" >&2; exit 1; }
+  else
+    [ -s "$name.printed" ] || { echo "in $(cat "$name.from"): no output" >&2; exit 1; }
+  fi
+done
