@@ -33,3 +33,5 @@ build_packages=(g++ cmake ninja-build flex bison libboost-dev)
 test_packages=("${build_packages[@]}" libgtest-dev pkg-config)
 # Programs that judge the files which the tests write; tests without them are skipped.
 judge_packages=(ffmpeg sox webp)
+packaging_packages=(build-essential debhelper doxygen dpkg-dev fakeroot lintian "${build_packages[@]}"
+  pkgconf)

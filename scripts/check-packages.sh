@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Builds the Debian packages, has lintian judge them, and follows the README with what they hold,
+# unpacked to a folder of its own.
+#   scripts/check-packages.sh [--install]   --install, as root: installs them instead, and shows
+#                                           that nothing remains when they are purged
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. scripts/packages.sh
+need_packages "the packages" "${packaging_packages[@]}"
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+source=$work/velmor-core
+mkdir "$source"
+git ls-files -z | tar --null -T - -c | tar -C "$source" -x
+(cd "$source" && DEB_BUILD_OPTIONS="nocheck parallel=2" dpkg-buildpackage -us -uc) >"$work/log" 2>&1 ||
+  { tail -n 40 "$work/log" >&2; exit 1; }
+lintian --fail-on warning "$work"/*.changes
+debs=("$work"/libvelmor-core0_*.deb "$work"/libvelmor-core-dev_*.deb "$work"/velmor-core-tools_*.deb)
+
+if [ "${1:-}" = --install ]; then
+  list() { find / -xdev -name '*velmor[-_]core*' -not -path '/tmp/*' -not -path "$PWD/*" | sort; }
+  list >"$work/before"
+  apt-get install -q -y "${debs[@]}" >"$work/log"
+  (cd "$source" && debian/tests/readme)
+  apt-get purge -q -y libvelmor-core0 libvelmor-core-dev velmor-core-tools >"$work/log"
+  list | diff "$work/before" -
+else
+  for deb in "${debs[@]}"; do dpkg-deb -x "$deb" "$work/root"; done
+  lib=$(dirname "$work"/root/usr/lib/*/libvelmor-core.so)
+  cd "$source"
+  PATH=$work/root/usr/bin:$PATH LD_LIBRARY_PATH=$lib PKG_CONFIG_PATH=$lib/pkgconfig \
+    CMAKE_PREFIX_PATH=$work/root/usr debian/tests/readme
+fi
+echo "The packages are sound."
