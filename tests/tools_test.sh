@@ -26,9 +26,9 @@ read_tree() {
 # What "tree" shows of a file, in the form of read_tree.
 shown_tree() {
   local line
-  "$program" tree "$1" | tail -n +2 | while IFS= read -r line; do
-    [[ $line =~ ^(\ +)(.*[^ ])\ +([0-9]+)(\ \ .*)?$ ]] || fail "odd line: $line"
-    echo "$((${#BASH_REMATCH[1]} / 2 - 1)) ${BASH_REMATCH[2]} ${BASH_REMATCH[3]}"
+  "$program" tree "$1" | tail -n +3 | while IFS= read -r line; do
+    [[ $line =~ ^\ +[0-9]+\ \ (\ *)(.*[^ ])\ +([0-9,]+)\ +[0-9,]+(\ \ .*)?$ ]] || fail "odd line: $line"
+    echo "$((${#BASH_REMATCH[1]} / 2)) ${BASH_REMATCH[2]} ${BASH_REMATCH[3]//,/}"
   done
 }
 
@@ -77,21 +77,46 @@ tree_is_pleasant_to_read() {
   take tagged.wav
   edit recycle tagged.wav RIFF/LIST/ICMT
   truncate -s -100 tagged.wav
-  expect_equal tree "tagged.wav  (8024 bytes, 7 chunks)
-  RIFF:WAVE    8116
-    fmt          16
-    LIST:INFO    72
-      IART        7
-      JUNK       22  free
-      INAM       14
-    data       8000  cut short by 100 bytes" "$("$program" tree tagged.wav)"
+  expect_equal tree "tagged.wav  (8,024 bytes, 7 chunks)
+  offset  chunk        data size  total
+       0  RIFF:WAVE        8,116  8,124
+      12    fmt               16     24
+      36    LIST:INFO         72     80
+      48      IART             7     16  pad
+      64      JUNK            22     30  free
+      94      INAM            14     22
+     116    data           8,000  8,008  cut short by 100 bytes" "$("$program" tree tagged.wav)"
+  expect_equal part "$("$program" tree tagged.wav | sed -n '2p;5,8p')" \
+    "$("$program" tree --path RIFF/LIST tagged.wav | tail -n +2)"
+  expect_equal leaf "$("$program" tree tagged.wav | tail -n 1 | xargs)" \
+    "$("$program" tree tagged.wav --path RIFF/data | tail -n 1 | xargs)"
+}
+
+tree_speaks_json() {
+  type python3 >/dev/null || return 77
+  { bytes 22 5c 09 ff && bytes 05 00 00 00 && printf 12345 && bytes 00 && printf LIST && bytes 04 00 00 00 && printf 'grp '; } \
+    >$'na"me\n\xc3\xa9\xff'
+  cat >read.py <<'END'
+import json, sys
+tree = json.loads(sys.stdin.buffer.read().decode("utf-8"))
+print(ascii(tree["file"]), tree["size"])
+for c in tree["chunks"]:
+    print(c["offset"], c["level"], c["id"], c.get("groupId"), c["dataSize"], c["totalSize"], c["pad"], c["free"], c["missing"])
+END
+  expect_equal tree "'na\"me\\n\\xe9\\ufffd' 26
+0 0 \"\\x5c\\x09\\xff None 5 14 1 False 0
+14 0 LIST grp 4 12 0 False 0" "$("$program" tree --json na* | python3 read.py)"
+  take clip.avi
+  expect_equal clip "$(read_tree clip.avi)" "$("$program" tree --json clip.avi | python3 read.py | tail -n +2 |
+    awk '{ print $2, $3 ($4 == "None" ? "" : ":" $4), $5 }')"
 }
 
 tree_escapes_what_does_not_print() {
   { bytes 1b 5b 33 6d && bytes 01 00 00 00 && bytes 00 00 && printf ' a/ ' && bytes 00 00 00 00; } >odd
   expect_equal tree "odd  (18 bytes, 2 chunks)
-  \\x1b\\x5b3m  1
-  \\x20a\\x2f   0" "$("$program" tree odd)"
+  offset  chunk       data size  total
+       0  \\x1b\\x5b3m          1     10  pad
+      10  \\x20a\\x2f           0      8" "$("$program" tree odd)"
   "$program" set odd '\x1b\x5b\x33m' abc || fail "what is shown cannot be typed"
   expect_equal data abc "$("$program" extract odd '\x1b\x5b3m')"
 }
@@ -101,7 +126,7 @@ colour_is_for_terminals_that_want_it() {
   type script >/dev/null || return 77
   [[ $("$program" tree tone.wav) == *$'\e'* ]] && fail "colour without terminal"
   local on_terminal="script -qec '$program tree tone.wav' /dev/null"
-  [[ $(TERM=xterm NO_COLOR= bash -c "$on_terminal") == *$'\e[1;34m  RIFF:WAVE\e[0m'* ]] || fail "no colour"
+  [[ $(TERM=xterm NO_COLOR= bash -c "$on_terminal") == *$'\e[1;34mRIFF:WAVE\e[0m'* ]] || fail "no colour"
   [[ $(TERM=xterm NO_COLOR=1 bash -c "$on_terminal") == *$'\e'* ]] && fail "NO_COLOR"
   [[ $(TERM=dumb NO_COLOR= bash -c "$on_terminal") == *$'\e'* ]] && fail "dumb terminal"
   return 0
@@ -206,7 +231,7 @@ missing_pad_byte_is_supplied() {
   local change
   for change in "set RIFF/c 12345" "set RIFF/c 1234567" "add RIFF/d 1" "add e 1" "recycle RIFF/c" "remove RIFF/c"; do
     { printf RIFF && bytes 12 00 00 00 && printf 'testc   ' && bytes 05 00 00 00 && printf abcde; } >file
-    [[ $("$program" tree file) == *" 5  without its pad byte" ]] || fail tree
+    [[ $("$program" tree file) == *" 5 "*"  without its pad byte" ]] || fail tree
     read -ra words <<<"$change"
     edit "${words[0]}" file "${words[@]:1}"
   done
@@ -326,7 +351,7 @@ depth_is_no_matter() {
   done >deep
   ulimit -s 256
   expect_equal sound "deep: sound, $n chunks" "$("$program" verify deep)"
-  [[ $("$program" tree deep | tail -n 1) =~ ^\ +\($((n - 1))\)\ LIST:deep\ +4$ ]] || fail "tree"
+  [[ $("$program" tree deep | tail -n 1) =~ ^\ +[0-9]+\ +\($((n - 1))\)\ LIST:deep\ +4\ +12$ ]] || fail "tree"
   "$program" set --dry-run deep LIST/LIST/abc x 2>err && fail "nothing there"
   "$program" recycle deep LIST/LIST || fail recycle
   expect_equal "after recycling" "0 LIST:deep $((n * 12 - 8)) 1 JUNK $((n * 12 - 20))" "$(shown_tree deep | xargs)"

@@ -39,7 +39,8 @@ void complain(std::string_view message) {
   std::cerr << "velmor-core: " << message << '\n';
 }
 
-int forEach(const std::vector<std::string>& operands, void (*work)(const std::string& operand)) {
+int forEach(const std::vector<std::string>& operands,
+            const std::function<void(const std::string& operand)>& work) {
   int status = 0;
   for (const std::string& operand : operands) {
     try {

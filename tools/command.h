@@ -3,6 +3,7 @@
 #define VELMOR_CORE_TOOLS_COMMAND_H
 
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <map>
 #include <optional>
@@ -74,7 +75,8 @@ void complain(std::string_view message);
 
 // Runs work for each operand; one that fails is complained of and does not keep the others from
 // their turn. Returns the exit status.
-int forEach(const std::vector<std::string>& operands, void (*work)(const std::string& operand));
+int forEach(const std::vector<std::string>& operands,
+            const std::function<void(const std::string& operand)>& work);
 
 // The text that "velmor-core --version" prints, with its line end.
 std::string versionText();

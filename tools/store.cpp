@@ -42,7 +42,20 @@ Copy openCopy(const std::string& file, uint64_t room) {
   return copy;
 }
 
+TreeWalk::TreeWalk(const Object& object, const Chunk& start)
+    : first(start), current(virtualRoot(object)) {}
+
 bool TreeWalk::next() {
+  while (!isInside && first) {
+    if (!advance()) return false;
+    isInside = current == first;
+    firstDepth = depth;
+    if (isInside) return true;
+  }
+  return advance() && (!first || depth > firstDepth);
+}
+
+bool TreeWalk::advance() {
   Chunk following = current.firstChild();
   if (following) {
     ++depth;

@@ -70,7 +70,8 @@ Copy openCopy(const std::string& file, uint64_t room);
 // recurses nor allocates, however deep the tree goes. Call next() before the first chunk.
 class TreeWalk {
  public:
-  explicit TreeWalk(const Object& object) : current(virtualRoot(object)) {}
+  // Goes through the whole object, or through a chunk and what it holds.
+  explicit TreeWalk(const Object& object, const Chunk& start = Chunk());
 
   // Goes on to the next chunk; false behind the last one.
   bool next();
@@ -79,8 +80,19 @@ class TreeWalk {
   uint64_t level() const { return depth - 1; }
   // Of the chunk's header, from the object's first byte.
   uint64_t offset() const { return start; }
+  // Bytes of the chunk, pad byte included, that an object of this size lacks. Groups lack none:
+  // what is missing belongs to the last chunk in them.
+  uint64_t missing(uint64_t objectSize) const {
+    const uint64_t chunkEnd = offset() + current.totalSize();
+    return current.isGroup() || chunkEnd <= objectSize ? 0 : chunkEnd - objectSize;
+  }
 
  private:
+  bool advance();
+
+  Chunk first;  // where the walk begins, if not at the top
+  bool isInside = false;
+  uint64_t firstDepth = 0;
   Chunk current;
   uint64_t depth = 0;
   uint64_t start = 0;
