@@ -75,7 +75,7 @@ Chunk& GroupChunk::attachUnsorted(ChunkPointer child) {
   return isFree(*child) ? attachFree(std::move(child), &FreeList::append) : link(std::move(child));
 }
 
-Chunk& GroupChunk::attachFree(ChunkPointer child, EnterFreeList enter) {
+Chunk& GroupChunk::attachFree(ChunkPointer&& child, EnterFreeList enter) {
   FreeList::Entry entry;
   auto& attached = static_cast<DataChunk&>(link(std::move(child)));
   (freeList.*enter)(std::move(entry), attached);
@@ -83,8 +83,8 @@ Chunk& GroupChunk::attachFree(ChunkPointer child, EnterFreeList enter) {
 }
 
 // All memory is taken before the first link changes.
-Chunk& GroupChunk::link(ChunkPointer child) {
-  makeRoom(1);
+Chunk& GroupChunk::link(ChunkPointer&& child) {
+  if (children.size() == children.capacity()) growChildren(1);
   if (Chunk* last = getLastChild()) {
     // A trailing free chunk is one no longer, and belongs among the others when next sorted.
     if (isFree(*last) && isTrailing(*last)) freeList.noteDisorder();
@@ -332,7 +332,10 @@ std::size_t GroupChunk::indexOf(const Chunk& child) const {
 // not run out of it half-way.
 void GroupChunk::makeRoom(std::size_t count) {
   object->getPool().reserveNode();
-  if (children.capacity() - children.size() >= count) return;
+  if (children.capacity() - children.size() < count) growChildren(count);
+}
+
+void GroupChunk::growChildren(std::size_t count) {
   children.reserve(std::max(children.size() + count, 2 * children.capacity()));
 }
 

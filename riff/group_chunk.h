@@ -98,8 +98,9 @@ class GroupChunk : public Chunk {
 
   std::size_t indexOf(const Chunk& child) const;
   void makeRoom(std::size_t count);
-  Chunk& attachFree(ChunkPointer child, EnterFreeList enter);
-  Chunk& link(ChunkPointer child);
+  void growChildren(std::size_t count);
+  Chunk& attachFree(ChunkPointer&& child, EnterFreeList enter);
+  Chunk& link(ChunkPointer&& child);
   void dropChildren(std::size_t index, std::size_t count);
 
   Reuse planReuse(DataChunk& free, uint64_t n, uint64_t written);
