@@ -1,6 +1,7 @@
 #include "editing.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 
 #include "errors.h"
@@ -66,8 +67,6 @@ void require(bool done, const std::string& what) {
   if (!done) throw Refused("cannot " + what);
 }
 
-bool succeeded(int32_t status) { return status == VELMOR_CORE_SUCCESS; }
-
 // The store leaves pad bytes as they are. So data of odd size is laid down with a 0 behind it, in
 // a size that counts it, and the size is put right afterwards, which moves nothing.
 std::string withPadByte(std::string bytes) {
@@ -76,8 +75,7 @@ std::string withPadByte(std::string bytes) {
 }
 
 bool takeBackPadByte(const Chunk& chunk, std::size_t size) {
-  return size % 2 == 0 || succeeded(velmor_core_riff_chunk_set_data_size(
-                              chunk.handle(), static_cast<uint32_t>(size)));
+  return size % 2 == 0 || chunk.resize(static_cast<uint32_t>(size), std::nothrow);
 }
 
 }  // namespace
@@ -133,8 +131,7 @@ void setBytes(const Chunk& chunk, const std::string& bytes) {
   const uint64_t before = padded(chunk.dataSize());
   if (stored.size() > before) requireRoom(chunk.parent(), stored.size() - before);
   const auto size = static_cast<uint32_t>(stored.size());
-  require(succeeded(velmor_core_riff_chunk_set_data_size(chunk.handle(), size)) &&
-              succeeded(velmor_core_riff_chunk_set_data(chunk.handle(), stored.data(), size, 0)) &&
+  require(chunk.resize(size, std::nothrow) && chunk.write(stored, 0, std::nothrow) &&
               takeBackPadByte(chunk, bytes.size()),
           "set " + chunk.name());
 }
@@ -143,32 +140,30 @@ void addBytes(const Chunk& group, uint32_t id, const std::string& bytes) {
   requireSize(bytes.size());
   const std::string stored = withPadByte(bytes);
   requireGrowingGroup(group, HEADER_SIZE + stored.size());
-  const Chunk added(velmor_core_riff_chunk_add_data_chunk(group.handle(), id, stored.data(),
-                                                          static_cast<uint32_t>(stored.size())));
+  const Chunk added(group.addData(id, stored, std::nothrow));
   require(added && takeBackPadByte(added, bytes.size()), "add " + idText(id));
 }
 
 void addGroup(const Chunk& group, uint32_t id, uint32_t groupId) {
   requireGrowingGroup(group, GROUP_HEADER_SIZE);
-  require(velmor_core_riff_chunk_add_group_chunk(group.handle(), id, groupId) != nullptr,
+  require(static_cast<bool>(group.addGroup(id, groupId, std::nothrow)),
           "add " + nameText(id, groupId));
 }
 
 void removeChunk(const Chunk& chunk) {
   const std::string name = chunk.name();
-  require(succeeded(velmor_core_riff_chunk_remove(chunk.handle())), "remove " + name);
+  require(chunk.remove(std::nothrow), "remove " + name);
 }
 
 void recycleChunk(const Chunk& chunk) {
   const std::string name = chunk.name();
-  velmor_core_riff_chunk_t* handle = chunk.handle();
-  require(succeeded(velmor_core_riff_chunk_recycle(&handle)), "recycle " + name);
+  Chunk recycled = chunk;
+  require(recycled.recycle(std::nothrow), "recycle " + name);
 }
 
 void requireAllBytes(const Chunk& chunk) {
-  char last = 0;
-  if (chunk.dataSize() > 0 &&
-      !succeeded(velmor_core_riff_chunk_get_data(chunk.handle(), &last, 1, chunk.dataSize() - 1))) {
+  std::array<char, 1> last{};
+  if (chunk.dataSize() > 0 && !chunk.read(last, chunk.dataSize() - 1, std::nothrow)) {
     throw Refused(chunk.name() + " cannot be read to its end");
   }
 }

@@ -10,6 +10,7 @@
 #include "editing.h"
 #include "errors.h"
 #include "file.h"
+#include "progress.h"
 
 namespace tool {
 
@@ -22,6 +23,7 @@ constexpr std::array OPTIONS = {OUTPUT};
 // Hands a chunk's data, piece by piece, to write(bytes, count).
 template <typename Write>
 void copyData(const Chunk& chunk, Write write) {
+  Progress progress("extracting " + chunk.name(), chunk.dataSize());
   std::vector<char> block(std::min(chunk.dataSize(), BLOCK));
   for (uint32_t done = 0; done < chunk.dataSize();) {
     const uint32_t piece = std::min(chunk.dataSize() - done, BLOCK);
@@ -31,6 +33,7 @@ void copyData(const Chunk& chunk, Write write) {
     }
     write(block.data(), piece);
     done += piece;
+    progress.at(done);
   }
 }
 

@@ -21,24 +21,18 @@ constexpr uint64_t GROUP_HEADER_SIZE = 12;
 Object openFile(const std::string& file, int32_t mode) {
   // Says why a file does not open; the store's own result has no room for reasons.
   const File probe(file, mode == VELMOR_CORE_RIFF_READ_ONLY ? File::READ : File::READ_WRITE);
-  velmor_core_riff_object_t* object = nullptr;
-  if (velmor_core_riff_open_file(file.c_str(), mode, &object) != VELMOR_CORE_SUCCESS) {
-    throwRefused(file);
-  }
-  return Object(object);
+  Object object = Object::openFile(file, static_cast<velmor_core::OpenMode>(mode), std::nothrow);
+  if (!object) throwRefused(file);
+  return object;
 }
 
 Copy openCopy(const std::string& file, uint64_t room) {
   const File source(file, File::READ);
   const uint64_t size = source.size();
-  Copy copy{std::vector<char>(size + room), nullptr};
+  Copy copy{std::vector<char>(size + room), Object()};
   source.readAll(copy.bytes.data(), size, 0);
-  velmor_core_riff_object_t* object = nullptr;
-  if (velmor_core_riff_open_buffer_rw(copy.bytes.data(), size, size + room, &object) !=
-      VELMOR_CORE_SUCCESS) {
-    throwRefused(file);
-  }
-  copy.object.reset(object);
+  copy.object = Object::openBuffer(copy.bytes, size, std::nothrow);
+  if (!copy.object) throwRefused(file);
   return copy;
 }
 

@@ -1,57 +1,36 @@
-// The store's handles for C++: an object that is closed by its owner, and a chunk as a value.
+// Objects and chunks as the commands use them: opened with reasons, walked in the order of bytes.
 #ifndef VELMOR_CORE_TOOLS_STORE_H
 #define VELMOR_CORE_TOOLS_STORE_H
 
-#include <velmor_core/riff.h>
-
-#include <memory>
 #include <string>
 #include <vector>
+#include <velmor_core/velmor_core.hpp>
 
 #include "chunk_id.h"
 
 namespace tool {
 
-struct CloseObject {
-  void operator()(velmor_core_riff_object_t* object) const { velmor_core_riff_close(object); }
-};
-using Object = std::unique_ptr<velmor_core_riff_object_t, CloseObject>;
+using velmor_core::Object;
 
-// A chunk of an open object, or none. Valid as long as the handle that it holds.
-class Chunk {
+// A chunk of an open object, or none, with what the commands ask of it beside.
+class Chunk : public velmor_core::Chunk {
  public:
   Chunk() = default;
-  explicit Chunk(velmor_core_riff_chunk_t* chunk) : chunk(chunk) {}
+  explicit Chunk(velmor_core::Chunk chunk) : velmor_core::Chunk(chunk) {}
+  explicit Chunk(velmor_core_riff_chunk_t* chunk) : velmor_core::Chunk(chunk) {}
 
-  explicit operator bool() const { return chunk != nullptr; }
-  bool operator==(const Chunk&) const = default;
-  velmor_core_riff_chunk_t* handle() const { return chunk; }
-
-  uint32_t id() const { return velmor_core_riff_chunk_get_id(chunk); }
-  uint32_t groupId() const { return velmor_core_riff_chunk_get_group_id(chunk); }
   std::string name() const { return nameText(id(), groupId()); }
   // Holds for chunks as they are loaded, and the tool creates groups under these ids alone.
   bool isGroup() const { return isVirtualRoot() || isGroupId(id()); }
   bool isFree() const { return id() == ID_JUNK; }
   bool isVirtualRoot() const { return !parent(); }
-  uint32_t dataSize() const { return velmor_core_riff_chunk_get_data_size(chunk); }
-  // With header and pad byte.
-  uint64_t totalSize() const {
-    const uint64_t size = dataSize();
-    return 8 + size + size % 2;
-  }
 
-  Chunk parent() const { return Chunk(velmor_core_riff_chunk_get_parent(chunk)); }
-  Chunk next() const { return Chunk(velmor_core_riff_chunk_get_next(chunk)); }
-  Chunk firstChild() const { return Chunk(velmor_core_riff_chunk_get_child(chunk, 0)); }
-
- private:
-  velmor_core_riff_chunk_t* chunk = nullptr;
+  Chunk parent() const { return Chunk(velmor_core::Chunk::parent()); }
+  Chunk next() const { return Chunk(velmor_core::Chunk::next()); }
+  Chunk firstChild() const { return Chunk(child(0)); }
 };
 
-inline Chunk virtualRoot(const Object& object) {
-  return Chunk(velmor_core_riff_object_get_virtual_root_chunk(object.get()));
-}
+inline Chunk virtualRoot(const Object& object) { return Chunk(object.root()); }
 
 // Opens a file that has to exist and be a regular file. Throws Failure with the reason, and for
 // bytes that are no chunks with the offset where they are not.

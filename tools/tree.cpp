@@ -122,7 +122,7 @@ int runTree(const Arguments& arguments) {
 }  // namespace
 
 void printTree(std::string_view title, const Object& object, const Chunk& start) {
-  const uint64_t size = velmor_core_riff_cache_get_size(object.get());
+  const uint64_t size = object.size();
   const Layout layout(object, start);
   std::cout << styled(Style::TITLE, title) << "  (" << grouped(size)
             << (size == 1 ? " byte, " : " bytes, ") << counted(layout.chunks, "chunk") << ")\n";

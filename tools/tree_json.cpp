@@ -45,7 +45,7 @@ std::string quoted(std::string_view text) {
 }  // namespace
 
 void printJson(std::string_view file, const Object& object, const Chunk& start) {
-  const uint64_t size = velmor_core_riff_cache_get_size(object.get());
+  const uint64_t size = object.size();
   std::cout << "{\"file\":" << quoted(file) << ",\"size\":" << size << ",\"chunks\":[";
   std::string_view separator;
   for (TreeWalk walk(object, start); walk.next(); separator = ",") {

@@ -10,6 +10,8 @@
  *    hash.h     SHA-256 digests
  *    str_to.h   texts to numbers
  *
+ *  For C++17 and later velmor_core.hpp lays types over it.
+ *
  *  These rules hold for all functions, unless the text of a function says otherwise:
  *
  *  Results.  A function has one kind of result: a status (VELMOR_CORE_SUCCESS and the other
