@@ -264,7 +264,7 @@ class Children {
       at = at.next();
       return *this;
     }
-    iterator operator++(int) noexcept {
+    iterator operator++(int) noexcept {  // NOLINT(cert-dcl21-cpp): as the iterators of C++ have it
       const iterator before = *this;
       ++*this;
       return before;
