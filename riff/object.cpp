@@ -4,8 +4,8 @@
 //   group        | id 4 | size 4 | group id 4 | child | child … | pad byte if size is odd |
 //
 // Top-level chunks lie back to back from offset 0 until the object's size is reached. "RIFF" and
-// "LIST" are groups, every other id is data. The format is Microsoft's and IBM's "Multimedia
-// Programming Interface and Data Specifications 1.0" (1991), chapter 2.
+// "LIST" are groups, every other id is data. The format is RIFF, the Resource
+// Interchange File Format of Microsoft and IBM (1991).
 
 #include "riff/object.h"
 

@@ -30,10 +30,11 @@ retag_wav_sets_and_adds_the_title() {
 
 build_riff_builds_a_wav() {
   "$examples/build_riff" new.wav || fail build
-  expect_equal tree "new.wav  (16044 bytes, 3 chunks)
-  RIFF:WAVE   16036
-    fmt          16
-    data      16000" "$("$program" tree new.wav)"
+  expect_equal tree "new.wav  (16,044 bytes, 3 chunks)
+  offset  chunk      data size   total
+       0  RIFF:WAVE     16,036  16,044
+      12    fmt             16      24
+      36    data        16,000  16,008" "$("$program" tree new.wav)"
   if type soxi >/dev/null 2>&1; then
     expect_equal sound "8000 1 8000" "$(soxi -r new.wav) $(soxi -c new.wav) $(soxi -s new.wav)"
   fi

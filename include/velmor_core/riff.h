@@ -1,8 +1,8 @@
 /** RIFF chunk trees: open, walk, read, write and edit in place.
  *
  *  An object is a store of bytes (a file, a buffer of the caller's, a growing cache) together with
- *  the tree of chunks that is read from them when it is opened. The format is RIFF ("Multimedia
- *  Programming Interface and Data Specifications 1.0", 1991): a chunk is an id of four bytes, a
+ *  the tree of chunks that is read from them when it is opened. The format is RIFF (Resource
+ *  Interchange File Format, Microsoft and IBM, 1991): a chunk is an id of four bytes, a
  *  little-endian 32-bit data size, that many bytes of data and a pad byte if the size is odd.
  *  Chunks with the id "RIFF" or "LIST" are groups: their data is a group id of four bytes and, back
  *  to back, further chunks. Every other chunk is a data chunk. An object holds any number of
