@@ -29,7 +29,8 @@ need_packages() {
   }
 }
 
-build_packages=(g++ cmake ninja-build flex bison libboost-dev)
+# flex recommends its header, FlexLexer.h, which is in libfl-dev, without installing it.
+build_packages=(g++ cmake ninja-build flex libfl-dev bison libboost-dev)
 test_packages=("${build_packages[@]}" libgtest-dev pkg-config)
 # Programs that judge the files which the tests write; tests without them are skipped.
 judge_packages=(ffmpeg sox webp)
