@@ -6,6 +6,7 @@
 #include <cstring>
 
 namespace core {
+
 void Sha256Hasher::update(std::span<const uint8_t> bytes) {
   length.add(bytes.size());
   if (pendingSize > 0) {
@@ -41,19 +42,18 @@ void Sha256Hasher::finish() {
   std::memcpy(pending.data() + pendingSize, &mark, sizeof mark);
   if (pendingSize >= lengthOffset) compressPending();
   std::memcpy(pending.data() + lengthOffset, &bits, sizeof bits);
-  compressPending();
+  compress(state, pending.data(), 1);
 }
 
+// Straight into the range where all has room in it: a copy would wait for the words to be stored.
 void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
+  std::array<uint8_t, 32> spare;
+  uint8_t* const bytes = digest.size() < spare.size() ? spare.data() : digest.data();
   for (uint64_t i = 0; i < state.size(); ++i) {
     const uint32_t word = __builtin_bswap32(static_cast<uint32_t>(state[i]));
-    const uint64_t offset = i * sizeof word;
-    if (digest.size() >= offset + sizeof word) {
-      std::memcpy(&digest[offset], &word, sizeof word);
-    } else if (digest.size() > offset) {
-      std::memcpy(&digest[offset], &word, digest.size() - offset);
-    }
+    std::memcpy(bytes + i * sizeof word, &word, sizeof word);
   }
+  if (bytes == spare.data()) std::copy_n(bytes, digest.size(), digest.data());
 }
 
 }  // namespace core
