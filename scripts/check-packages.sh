@@ -19,7 +19,7 @@ lintian --fail-on warning "$work"/*.changes
 debs=("$work"/libvelmor-core0_*.deb "$work"/libvelmor-core-dev_*.deb "$work"/velmor-core-tools_*.deb)
 
 if [ "${1:-}" = --install ]; then
-  list() { find / -xdev -name '*velmor[-_]core*' -not -path '/tmp/*' -not -path "$PWD/*" | sort; }
+  list() { find /usr /etc /var/lib -name '*velmor[-_]core*' | sort; }
   list >"$work/before"
   apt-get install -q -y "${debs[@]}" >"$work/log"
   (cd "$source" && debian/tests/readme)
