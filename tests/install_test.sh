@@ -29,7 +29,8 @@ expect() { # COMMAND prints the expected line
   [ "$got" = "$expected" ] || { echo "$*: '$got'" >&2; exit 1; }
 }
 
-CC=$cc CXX=$cxx cmake -S "$source/tests/consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" >>"$work/log"
+CC=$cc CXX=$cxx cmake -G Ninja -S "$source/tests/consumer" -B "$work/cmake" \
+  -DCMAKE_PREFIX_PATH="$prefix" >>"$work/log"
 cmake --build "$work/cmake" >>"$work/log"
 expect "$work/cmake/consumer_c"
 expect "$work/cmake/consumer_cpp"

@@ -123,7 +123,7 @@ tree_escapes_what_does_not_print() {
 
 colour_is_for_terminals_that_want_it() {
   take tone.wav
-  type script >/dev/null || return 77
+  script -qec true /dev/null >/dev/null || return 77 # no pseudo-terminals here
   [[ $("$program" tree tone.wav) == *$'\e'* ]] && fail "colour without terminal"
   local on_terminal="script -qec '$program tree tone.wav' /dev/null"
   [[ $(TERM=xterm NO_COLOR= bash -c "$on_terminal") == *$'\e[1;34mRIFF:WAVE\e[0m'* ]] || fail "no colour"
