@@ -22,9 +22,13 @@ constexpr bool POOLED = true;
 
 void ReturnChunk::operator()(Chunk* chunk) const {
   ChunkPool& pool = chunk->getObject().getPool();
-  const std::size_t size = isDataChunk(*chunk) ? sizeof(DataChunk) : sizeof(GroupChunk);
-  chunk->~Chunk();
-  pool.release(chunk, size);
+  if (isDataChunk(*chunk)) {
+    static_cast<DataChunk*>(chunk)->~DataChunk();
+    pool.release(chunk, sizeof(DataChunk));
+  } else {
+    static_cast<GroupChunk*>(chunk)->~GroupChunk();
+    pool.release(chunk, sizeof(GroupChunk));
+  }
 }
 
 void* ChunkPool::allocate(std::size_t size) {

@@ -27,7 +27,9 @@ class DataChunk final : public Chunk {
   void checkRange(uint32_t length, uint32_t offset) const;
 };
 
-inline bool isDataChunk(const Chunk& chunk) { return typeid(chunk) == typeid(DataChunk); }
+// By the address of the type: it is known inside this library only, where there is one of it, and
+// comparing types would compare their names wherever the answer is no.
+inline bool isDataChunk(const Chunk& chunk) { return &typeid(chunk) == &typeid(DataChunk); }
 
 // "JUNK" data: space that new chunks may take. A group under that id holds chunks and is not free.
 inline bool isFree(const Chunk& chunk) { return chunk.getId() == JUNK_ID && isDataChunk(chunk); }
