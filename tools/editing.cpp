@@ -6,6 +6,7 @@
 
 #include "errors.h"
 #include "file.h"
+#include "progress.h"
 #include "survey.h"
 #include "tree.h"
 
@@ -117,6 +118,7 @@ int editFile(const Arguments& arguments, uint64_t room, const Change& change) {
     applyTo(file, copy.object, change);
     printTree(file + ", as it would be", copy.object);
   } else {
+    const Waiting waiting("editing " + file);
     const Object object = openFile(file, VELMOR_CORE_RIFF_READ_WRITE);
     applyTo(file, object, change);
   }

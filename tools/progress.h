@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <thread>
 
 namespace tool {
 
@@ -32,6 +33,15 @@ class Progress {
   bool watched;
   bool shown = false;
   std::chrono::steady_clock::time_point next;  // when the line is due again
+};
+
+// The same for a single long call, which cannot tell how far it is: "hashing song.wav: 3 s".
+class Waiting {
+ public:
+  explicit Waiting(const std::string& what);
+
+ private:
+  std::jthread thread;  // none where nobody watches; ends with this
 };
 
 }  // namespace tool

@@ -11,6 +11,7 @@
 
 #include "command.h"
 #include "errors.h"
+#include "progress.h"
 
 namespace tool {
 
@@ -29,6 +30,7 @@ class Input {
       const auto length = static_cast<std::size_t>(status.st_size);
       void* address = ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, descriptor, 0);
       if (address == MAP_FAILED) throw Failure(name, systemError());
+      ::madvise(address, length, MADV_SEQUENTIAL);  // read ahead further
       mapped = address;
       size = length;
     } else {
@@ -101,14 +103,19 @@ void printLine(std::string_view digits, const std::string& name) {
   std::cout << digits << "  " << shown << '\n';
 }
 
+std::array<uint8_t, VELMOR_CORE_HASH_SHA256_SIZE> digestOf(const std::string& name) {
+  const Source source(name);
+  const Waiting waiting("hashing " + name);
+  const Input input(source.get(), name);
+  std::array<uint8_t, VELMOR_CORE_HASH_SHA256_SIZE> digest{};
+  velmor_core_hash_sha256(input.data(), input.length(), digest.data());
+  return digest;
+}
+
 void hashFile(const std::string& name) {
   constexpr std::string_view DIGITS = "0123456789abcdef";
-  const Source source(name);
-  const Input input(source.get(), name);
-  std::array<uint8_t, 32> digest{};
-  velmor_core_hash_sha256(input.data(), input.length(), digest.data());
   std::string text;
-  for (const uint8_t byte : digest) {
+  for (const uint8_t byte : digestOf(name)) {
     text += DIGITS[byte >> 4];
     text += DIGITS[byte & 15];
   }
