@@ -2,27 +2,18 @@
 //
 // The chunks are gathered in a cache, in memory, and go to the file in one piece.
 
-#include <velmor_core/velmor_core.h>
-
+#include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
-#include <utility>
+#include <exception>
+#include <iostream>
 #include <vector>
+#include <velmor_core/velmor_core.hpp>
 
 namespace {
 
-struct Close {
-  void operator()(velmor_core_riff_object_t* object) const { velmor_core_riff_close(object); }
-};
-using Object = std::unique_ptr<velmor_core_riff_object_t, Close>;
-
-constexpr uint32_t id(const char (&text)[5]) {
-  uint32_t value = 0;
-  for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<uint8_t>(text[i]);
-  return value;
-}
+using namespace velmor_core::literals;
+using velmor_core::Object;
 
 constexpr uint32_t SAMPLE_RATE = 8000;
 
@@ -46,41 +37,27 @@ std::vector<int16_t> makeTone() {
   return samples;
 }
 
-Object gatherChunks() {
-  velmor_core_riff_object_t* opened = nullptr;
-  if (velmor_core_riff_open_cache(4096, &opened) != VELMOR_CORE_SUCCESS) return nullptr;
-  Object cache(opened);
-  auto* root = velmor_core_riff_object_get_virtual_root_chunk(cache.get());
-  const Format format;
-  const std::vector<int16_t> tone = makeTone();
-  const auto size = static_cast<uint32_t>(tone.size() * sizeof tone[0]);
-  const bool added =
-      velmor_core_riff_chunk_add_data_chunk(root, id("fmt "), &format, sizeof format) != nullptr &&
-      velmor_core_riff_chunk_add_data_chunk(root, id("data"), tone.data(), size) != nullptr;
-  return added ? std::move(cache) : nullptr;
-}
+void build(const char* path) {
+  const Object chunks = Object::openCache();
+  chunks.root().addData("fmt "_id, std::array{Format()});
+  chunks.root().addData("data"_id, makeTone());
 
-bool build(const char* path) {
-  const Object chunks = gatherChunks();
-  velmor_core_riff_object_t* opened = nullptr;
-  if (!chunks ||
-      velmor_core_riff_open_file(path, VELMOR_CORE_RIFF_CREATE, &opened) != VELMOR_CORE_SUCCESS) {
-    return false;
-  }
-  const Object file(opened);
-  auto* root = velmor_core_riff_object_get_virtual_root_chunk(file.get());
-  auto* wave = velmor_core_riff_chunk_add_group_chunk(root, id("RIFF"), id("WAVE"));
-  return velmor_core_riff_chunk_add_cache(wave, chunks.get()) != nullptr;
+  const Object file = Object::openFile(path, velmor_core::CREATE);
+  chunks.pourInto(file.root().addGroup("RIFF"_id, "WAVE"_id));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 2) {
-    std::fputs("usage: build_riff FILE\n", stderr);
+    std::cerr << "usage: build_riff FILE\n";
     return 2;
   }
-  if (build(argv[1])) return 0;
-  std::fprintf(stderr, "%s: cannot be built\n", argv[1]);
-  return 1;
+  try {
+    build(argv[1]);
+    return 0;
+  } catch (const std::exception& failure) {
+    std::cerr << argv[1] << ": " << failure.what() << '\n';
+    return 1;
+  }
 }
