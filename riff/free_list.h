@@ -29,7 +29,7 @@ class FreeList {
   // A list entry without its chunk, taken before an edit begins so that nothing fails at its end.
   class Entry {
    public:
-    Entry() : node(1) {}
+    explicit Entry(bool needed = true) : node(needed ? 1 : 0) {}
 
    private:
     friend class FreeList;

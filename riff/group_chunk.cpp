@@ -137,6 +137,7 @@ void GroupChunk::remove(Chunk& child) {
 DataChunk& GroupChunk::addDataChunk(FourCC newId, const void* data, uint32_t dataSize) {
   if (!parent) object->requireComplete();
   makeRoom(1);
+  FreeList::Entry entry(newId == JUNK_ID);
   const uint64_t n = CHUNK_HEADER_SIZE + padded(dataSize);
   DataChunk* free = dataSize > 0 ? findFreeChunk(n) : nullptr;
   if (free) {
@@ -154,7 +155,9 @@ DataChunk& GroupChunk::addDataChunk(FourCC newId, const void* data, uint32_t dat
   object->writeChunkHeader(at, newId, dataSize);
   ChunkPointer chunk = object->makeChunk<DataChunk>(static_cast<int64_t>(at), *this);
   if (data && dataSize > 0) static_cast<DataChunk&>(*chunk).setData(data, dataSize, 0);
-  return static_cast<DataChunk&>(attach(std::move(chunk)));
+  auto& added = static_cast<DataChunk&>(link(std::move(chunk)));
+  if (isFree(added)) freeList.insert(std::move(entry), added);
+  return added;
 }
 
 Chunk* GroupChunk::addCache(MemoryObject& cache) {
