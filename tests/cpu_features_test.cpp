@@ -3,11 +3,11 @@
 #include "core/cpu_features.h"
 
 #include <gtest/gtest.h>
+#include <velmor_core/cpu.h>
 
 #include <array>
 #include <bit>
 #include <map>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -49,65 +49,53 @@ RecordedProcessor fullProcessor(uint32_t highestLeaf, uint32_t xcr0) {
   return processor;
 }
 
-CpuFeatures allDetectable() {
-  CpuFeatures all;
-  for (bool CpuFeatures::*flag : {&CpuFeatures::sse,
-                                  &CpuFeatures::sse2,
-                                  &CpuFeatures::sse3,
-                                  &CpuFeatures::ssse3,
-                                  &CpuFeatures::sse41,
-                                  &CpuFeatures::sse42,
-                                  &CpuFeatures::avx,
-                                  &CpuFeatures::avx2,
-                                  &CpuFeatures::avx512f,
-                                  &CpuFeatures::avx512dq,
-                                  &CpuFeatures::avx512ifma,
-                                  &CpuFeatures::avx512pf,
-                                  &CpuFeatures::avx512er,
-                                  &CpuFeatures::avx512cd,
-                                  &CpuFeatures::avx512bw,
-                                  &CpuFeatures::avx512vl,
-                                  &CpuFeatures::avx5124nniw,
-                                  &CpuFeatures::avx5124fmaps,
-                                  &CpuFeatures::avx512vbmi,
-                                  &CpuFeatures::avx512vbmi2,
-                                  &CpuFeatures::avx512vnni,
-                                  &CpuFeatures::avx512bitalg,
-                                  &CpuFeatures::avx512vpopcntdq,
-                                  &CpuFeatures::avx512bf16,
-                                  &CpuFeatures::fma3}) {
-    all.*flag = true;
-  }
-  return all;
-}
+using R = CpuidResult;
+using F = CpuFeatures;
 
 struct FeatureBit {
   uint32_t leaf, subleaf;
-  uint32_t CpuidResult::*field;
+  uint32_t R::*field;
   unsigned bit;
-  bool CpuFeatures::*flag;
+  bool F::*flag;
+  bool (*query)();
 };
 
-TEST(CpuFeaturesTest, EachFlagHasItsBit) {
-  using R = CpuidResult;
-  using F = CpuFeatures;
-  const std::vector<FeatureBit> bits = {
-      {1, 0, &R::edx, 25, &F::sse},          {1, 0, &R::edx, 26, &F::sse2},
-      {1, 0, &R::ecx, 0, &F::sse3},          {1, 0, &R::ecx, 9, &F::ssse3},
-      {1, 0, &R::ecx, 12, &F::fma3},         {1, 0, &R::ecx, 19, &F::sse41},
-      {1, 0, &R::ecx, 20, &F::sse42},        {1, 0, &R::ecx, 28, &F::avx},
-      {7, 0, &R::ebx, 5, &F::avx2},          {7, 0, &R::ebx, 16, &F::avx512f},
-      {7, 0, &R::ebx, 17, &F::avx512dq},     {7, 0, &R::ebx, 21, &F::avx512ifma},
-      {7, 0, &R::ebx, 26, &F::avx512pf},     {7, 0, &R::ebx, 27, &F::avx512er},
-      {7, 0, &R::ebx, 28, &F::avx512cd},     {7, 0, &R::ebx, 30, &F::avx512bw},
-      {7, 0, &R::ebx, 31, &F::avx512vl},     {7, 0, &R::edx, 2, &F::avx5124nniw},
-      {7, 0, &R::edx, 3, &F::avx5124fmaps},  {7, 0, &R::ecx, 1, &F::avx512vbmi},
-      {7, 0, &R::ecx, 6, &F::avx512vbmi2},   {7, 0, &R::ecx, 11, &F::avx512vnni},
-      {7, 0, &R::ecx, 12, &F::avx512bitalg}, {7, 0, &R::ecx, 14, &F::avx512vpopcntdq},
-      {7, 1, &R::eax, 5, &F::avx512bf16},
-  };
-  for (const FeatureBit& feature : bits) {
-    SCOPED_TRACE(testing::Message() << "leaf " << feature.leaf << " bit " << feature.bit);
+const std::vector<FeatureBit> BITS = {
+    {1, 0, &R::edx, 25, &F::sse, velmor_core_cpu_has_sse},
+    {1, 0, &R::edx, 26, &F::sse2, velmor_core_cpu_has_sse2},
+    {1, 0, &R::ecx, 0, &F::sse3, velmor_core_cpu_has_sse3},
+    {1, 0, &R::ecx, 9, &F::ssse3, velmor_core_cpu_has_ssse3},
+    {1, 0, &R::ecx, 12, &F::fma3, velmor_core_cpu_has_fma3},
+    {1, 0, &R::ecx, 19, &F::sse41, velmor_core_cpu_has_sse41},
+    {1, 0, &R::ecx, 20, &F::sse42, velmor_core_cpu_has_sse42},
+    {1, 0, &R::ecx, 28, &F::avx, velmor_core_cpu_has_avx},
+    {7, 0, &R::ebx, 5, &F::avx2, velmor_core_cpu_has_avx2},
+    {7, 0, &R::ebx, 16, &F::avx512f, velmor_core_cpu_has_avx512f},
+    {7, 0, &R::ebx, 17, &F::avx512dq, velmor_core_cpu_has_avx512dq},
+    {7, 0, &R::ebx, 21, &F::avx512ifma, velmor_core_cpu_has_avx512ifma},
+    {7, 0, &R::ebx, 26, &F::avx512pf, velmor_core_cpu_has_avx512pf},
+    {7, 0, &R::ebx, 27, &F::avx512er, velmor_core_cpu_has_avx512er},
+    {7, 0, &R::ebx, 28, &F::avx512cd, velmor_core_cpu_has_avx512cd},
+    {7, 0, &R::ebx, 30, &F::avx512bw, velmor_core_cpu_has_avx512bw},
+    {7, 0, &R::ebx, 31, &F::avx512vl, velmor_core_cpu_has_avx512vl},
+    {7, 0, &R::edx, 2, &F::avx5124nniw, velmor_core_cpu_has_avx5124nniw},
+    {7, 0, &R::edx, 3, &F::avx5124fmaps, velmor_core_cpu_has_avx5124fmaps},
+    {7, 0, &R::ecx, 1, &F::avx512vbmi, velmor_core_cpu_has_avx512vbmi},
+    {7, 0, &R::ecx, 6, &F::avx512vbmi2, velmor_core_cpu_has_avx512vbmi2},
+    {7, 0, &R::ecx, 11, &F::avx512vnni, velmor_core_cpu_has_avx512vnni},
+    {7, 0, &R::ecx, 12, &F::avx512bitalg, velmor_core_cpu_has_avx512bitalg},
+    {7, 0, &R::ecx, 14, &F::avx512vpopcntdq, velmor_core_cpu_has_avx512vpopcntdq},
+    {7, 1, &R::eax, 5, &F::avx512bf16, velmor_core_cpu_has_avx512bf16},
+};
+
+CpuFeatures allDetectable() {
+  CpuFeatures all;
+  for (const FeatureBit& feature : BITS) all.*feature.flag = true;
+  return all;
+}
+
+TEST(CpuFeaturesTest, EachFlagHasItsBitAndItsQuery) {
+  for (const FeatureBit& feature : BITS) {
     RecordedProcessor processor;
     processor.xcr0 = ALL;
     processor.leaves[{0, 0}].eax = 7;
@@ -115,7 +103,10 @@ TEST(CpuFeaturesTest, EachFlagHasItsBit) {
     processor.leaves[{feature.leaf, feature.subleaf}].*feature.field |= 1U << feature.bit;
     CpuFeatures expected;
     expected.*feature.flag = true;
-    EXPECT_EQ(detectCpuFeatures({}, processor), expected);
+    EXPECT_EQ(detectCpuFeatures({}, processor), expected)
+        << "leaf " << feature.leaf << " bit " << feature.bit;
+    cpuFeatures = expected;
+    for (const FeatureBit& other : BITS) EXPECT_EQ(other.query(), &other == &feature);
   }
 }
 
@@ -125,14 +116,14 @@ TEST(CpuFeaturesTest, SystemSupportDecidesOnTheWideRegisters) {
   noZmm.avx512f = noZmm.avx512bw = noZmm.avx512dq = false;
   CpuFeatures noYmm = noZmm;
   noYmm.avx = noYmm.avx2 = noYmm.fma3 = false;
-
   EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xE6)), all);
   EXPECT_EQ(detectCpuFeatures({}, fullProcessor(32, 0xE7)), all);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0x06)), noZmm);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xC6)), noZmm);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xE2)), noYmm);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xE4)), noYmm);
-
+  for (const uint32_t xcr0 : {0x06, 0x66, 0xA6, 0xC6}) {
+    EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, xcr0)), noZmm) << xcr0;
+  }
+  for (const uint32_t xcr0 : {0xE2, 0xE4}) {
+    EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, xcr0)), noYmm) << xcr0;
+  }
   RecordedProcessor withoutOsxsave = fullProcessor(7, ALL);
   withoutOsxsave.leaves[{1, 0}].ecx &= ~OSXSAVE;
   EXPECT_EQ(detectCpuFeatures({}, withoutOsxsave), noYmm);
@@ -140,7 +131,7 @@ TEST(CpuFeaturesTest, SystemSupportDecidesOnTheWideRegisters) {
 
 TEST(CpuFeaturesTest, MissingLeavesLeaveTheirFlagsAsTheyWere) {
   EXPECT_EQ(detectCpuFeatures({}, fullProcessor(0, ALL)), CpuFeatures{});
-  EXPECT_EQ(detectCpuFeatures(allDetectable(), fullProcessor(0, ALL)), allDetectable());
+  EXPECT_EQ(detectCpuFeatures(allDetectable(), fullProcessor(0, 0)), allDetectable());
   const CpuFeatures old = detectCpuFeatures({}, fullProcessor(6, ALL));
   EXPECT_TRUE(old.avx && old.fma3);
   EXPECT_FALSE(old.avx2 || old.avx512f || old.avx512bf16);
