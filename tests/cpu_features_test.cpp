@@ -9,7 +9,8 @@
 #include <bit>
 #include <map>
 #include <utility>
-#include <vector>
+
+#include "core/sha256_compress.h"
 
 namespace core {
 
@@ -49,44 +50,30 @@ RecordedProcessor fullProcessor(uint32_t highestLeaf, uint32_t xcr0) {
   return processor;
 }
 
-using R = CpuidResult;
-using F = CpuFeatures;
-
 struct FeatureBit {
   uint32_t leaf, subleaf;
-  uint32_t R::*field;
+  uint32_t CpuidResult::*field;
   unsigned bit;
-  bool F::*flag;
+  bool CpuFeatures::*flag;
   bool (*query)();
 };
 
-const std::vector<FeatureBit> BITS = {
-    {1, 0, &R::edx, 25, &F::sse, velmor_core_cpu_has_sse},
-    {1, 0, &R::edx, 26, &F::sse2, velmor_core_cpu_has_sse2},
-    {1, 0, &R::ecx, 0, &F::sse3, velmor_core_cpu_has_sse3},
-    {1, 0, &R::ecx, 9, &F::ssse3, velmor_core_cpu_has_ssse3},
-    {1, 0, &R::ecx, 12, &F::fma3, velmor_core_cpu_has_fma3},
-    {1, 0, &R::ecx, 19, &F::sse41, velmor_core_cpu_has_sse41},
-    {1, 0, &R::ecx, 20, &F::sse42, velmor_core_cpu_has_sse42},
-    {1, 0, &R::ecx, 28, &F::avx, velmor_core_cpu_has_avx},
-    {7, 0, &R::ebx, 5, &F::avx2, velmor_core_cpu_has_avx2},
-    {7, 0, &R::ebx, 16, &F::avx512f, velmor_core_cpu_has_avx512f},
-    {7, 0, &R::ebx, 17, &F::avx512dq, velmor_core_cpu_has_avx512dq},
-    {7, 0, &R::ebx, 21, &F::avx512ifma, velmor_core_cpu_has_avx512ifma},
-    {7, 0, &R::ebx, 26, &F::avx512pf, velmor_core_cpu_has_avx512pf},
-    {7, 0, &R::ebx, 27, &F::avx512er, velmor_core_cpu_has_avx512er},
-    {7, 0, &R::ebx, 28, &F::avx512cd, velmor_core_cpu_has_avx512cd},
-    {7, 0, &R::ebx, 30, &F::avx512bw, velmor_core_cpu_has_avx512bw},
-    {7, 0, &R::ebx, 31, &F::avx512vl, velmor_core_cpu_has_avx512vl},
-    {7, 0, &R::edx, 2, &F::avx5124nniw, velmor_core_cpu_has_avx5124nniw},
-    {7, 0, &R::edx, 3, &F::avx5124fmaps, velmor_core_cpu_has_avx5124fmaps},
-    {7, 0, &R::ecx, 1, &F::avx512vbmi, velmor_core_cpu_has_avx512vbmi},
-    {7, 0, &R::ecx, 6, &F::avx512vbmi2, velmor_core_cpu_has_avx512vbmi2},
-    {7, 0, &R::ecx, 11, &F::avx512vnni, velmor_core_cpu_has_avx512vnni},
-    {7, 0, &R::ecx, 12, &F::avx512bitalg, velmor_core_cpu_has_avx512bitalg},
-    {7, 0, &R::ecx, 14, &F::avx512vpopcntdq, velmor_core_cpu_has_avx512vpopcntdq},
-    {7, 1, &R::eax, 5, &F::avx512bf16, velmor_core_cpu_has_avx512bf16},
-};
+#define FEATURE(leaf, subleaf, field, bit, name) \
+  { leaf, subleaf, &CpuidResult::field, bit, &CpuFeatures::name, velmor_core_cpu_has_##name }
+const FeatureBit BITS[] = {
+    FEATURE(1, 0, edx, 25, sse),          FEATURE(1, 0, edx, 26, sse2),
+    FEATURE(1, 0, ecx, 0, sse3),          FEATURE(1, 0, ecx, 9, ssse3),
+    FEATURE(1, 0, ecx, 12, fma3),         FEATURE(1, 0, ecx, 19, sse41),
+    FEATURE(1, 0, ecx, 20, sse42),        FEATURE(1, 0, ecx, 28, avx),
+    FEATURE(7, 0, ebx, 5, avx2),          FEATURE(7, 0, ebx, 16, avx512f),
+    FEATURE(7, 0, ebx, 17, avx512dq),     FEATURE(7, 0, ebx, 21, avx512ifma),
+    FEATURE(7, 0, ebx, 26, avx512pf),     FEATURE(7, 0, ebx, 27, avx512er),
+    FEATURE(7, 0, ebx, 28, avx512cd),     FEATURE(7, 0, ebx, 30, avx512bw),
+    FEATURE(7, 0, ebx, 31, avx512vl),     FEATURE(7, 0, edx, 2, avx5124nniw),
+    FEATURE(7, 0, edx, 3, avx5124fmaps),  FEATURE(7, 0, ecx, 1, avx512vbmi),
+    FEATURE(7, 0, ecx, 6, avx512vbmi2),   FEATURE(7, 0, ecx, 11, avx512vnni),
+    FEATURE(7, 0, ecx, 12, avx512bitalg), FEATURE(7, 0, ecx, 14, avx512vpopcntdq),
+    FEATURE(7, 1, eax, 5, avx512bf16)};
 
 CpuFeatures allDetectable() {
   CpuFeatures all;
@@ -136,6 +123,20 @@ TEST(CpuFeaturesTest, MissingLeavesLeaveTheirFlagsAsTheyWere) {
   EXPECT_TRUE(old.avx && old.fma3);
   EXPECT_FALSE(old.avx2 || old.avx512f || old.avx512bf16);
   EXPECT_EQ(detectCpuFeatures(allDetectable(), fullProcessor(6, ALL)), allDetectable());
+}
+
+TEST(ShaExtensionsTest, NeedThreeFeatures) {
+  EXPECT_TRUE(hasShaExtensions(fullProcessor(7, 0)));
+  EXPECT_FALSE(hasShaExtensions(fullProcessor(6, 0)));
+  RecordedProcessor processor = fullProcessor(7, 0);
+  for (auto [field, bit] : {std::pair(&processor.leaves[{1, 0}].ecx, 9),
+                            {&processor.leaves[{1, 0}].ecx, 19},
+                            {&processor.leaves[{7, 0}].ebx, 29}}) {
+    *field = ~(1U << bit);
+    EXPECT_FALSE(hasShaExtensions(processor)) << bit;
+    *field = 1U << 9 | 1U << 19 | 1U << 29;
+    EXPECT_TRUE(hasShaExtensions(processor)) << bit;
+  }
 }
 
 }  // namespace

@@ -49,16 +49,10 @@ std::string tokens(const std::string& text, bool withLocations = false) {
 
 TEST(ScannerTest, CutsTextsIntoTheLongestTokens) {
   const Rows rows = {
-      {" 12\r", "i12 end"},          {"4K", "i4 K end"},
-      {"4ki", "d4000 i end"},        {"1.5k7", "d1500 i7 end"},
-      {"4h5i", "d450 i end"},        {"4da", "d0.4 a end"},
-      {"4d7a", "d0.47 a end"},       {"4.5da7", "d45 i7 end"},
-      {"4.5dk", "d0.45 k end"},      {"1.5Ki", "d1.5 K i end"},
-      {"1E3", "i1 E i3 end"},        {"1e+", "i1 e + end"},
-      {"1.5e-", "d1.5 e - end"},     {"1.k", "d1 k end"},
-      {"1.e3", "d1 e i3 end"},       {".5", ". i5 end"},
-      {"1.5.3", "d1.5 . i3 end"},    {"0x10", "i0 x i10 end"},
-      {"\xC2\xFF", "\xC2 \xFF end"},
+      {"4K", "i4 K end"},       {"4ki", "d4000 i end"},   {"4da", "d0.4 a end"},
+      {"4.5da7", "d45 i7 end"}, {"4.5dk", "d0.45 k end"}, {"1.5Ki", "d1.5 K i end"},
+      {"1E3", "i1 E i3 end"},   {"1e+", "i1 e + end"},    {"1.5e-", "d1.5 e - end"},
+      {"1.k", "d1 k end"},      {"1.e3", "d1 e i3 end"},  {"\xC2\xFF.5", "\xC2 \xFF . i5 end"},
   };
   for (const auto& [text, expected] : rows) {
     EXPECT_EQ(tokens(text), expected) << text;
@@ -93,29 +87,16 @@ struct Results {
 };
 
 TEST(ParserTest, ListsATreeForEachLineAlsoInFrontOfARejectedOne) {
-  for (const auto& [text, expected] : Rows{{"12", "12;|"},
-                                           {"+((5))", "5;|"},
-                                           {"2^3^2", "^ power;  2;  ^ power;    3;    2;|"},
-                                           {"-2^2", "- negate;  ^ power;    2;    2;|"},
-                                           {"2*-3", "* multiply;  2;  - negate;    3;|"},
-                                           {"2--3", "- subtract;  2;  - negate;    3;|"},
-                                           {"7%3", "% modulo;  7;  3;|"},
-                                           {"8/2/2", "/ divide;  / divide;    8;    2;  2;|"},
-                                           {"1-2+3", "+ add;  - subtract;    1;    2;  3;|"},
-                                           {"1+2*3", "+ add;  1;  * multiply;    2;    3;|"},
-                                           {"18446744073709551615", "-1;|"},
-                                           {"1.23456789", "1.23457;|"},
-                                           {"\n \n", ""},
-                                           {"\n1\n\n2", "1;|2;|"},
-                                           {"1\n2\n3 4", "1;|2;|rejected"},
-                                           {"(1+2", "rejected"}}) {
+  const Rows rows = {{"\n \n", ""},
+                     {"\n1\n\n+(2)", "1;2;"},
+                     {"1\n2\n3 4", "1;2;rejected"},
+                     {"(1+2", "rejected"},
+                     {"1-2", "- subtract;  1;  2;"}};
+  for (const auto& [text, expected] : rows) {
     Results results;
     const bool accepted = Driver(results.list).parse(text);
     std::ostringstream out;
-    for (const CalcNode* root : results.list) {
-      root->print(out, 0);
-      out << '|';
-    }
+    for (const CalcNode* root : results.list) root->print(out, 0);
     std::string trees = out.str() + (accepted ? "" : "rejected");
     std::ranges::replace(trees, '\n', ';');
     EXPECT_EQ(trees, expected) << text;
@@ -124,14 +105,17 @@ TEST(ParserTest, ListsATreeForEachLineAlsoInFrontOfARejectedOne) {
 
 TEST(ParserTest, TreesArePrintedAndEvaluatedAnyNumberOfTimes) {
   Results results;
-  ASSERT_TRUE(Driver(results.list).parse("(1.25+2)*4"));
+  ASSERT_TRUE(Driver(results.list).parse("-(1-2)*3.25/4%(5^18446744073709551615)+7"));
   std::ostringstream out;
   out.precision(2);
   for (int i = 0; i < 2; ++i) {
     results.list[0]->print(out, 1);
-    EXPECT_EQ(results.list[0]->evaluate(), 13.0);
+    EXPECT_EQ(results.list[0]->evaluate(), 7.0125);
   }
-  const std::string once = "  * multiply\n    + add\n      1.2\n      2\n    4\n";
+  const std::string once =
+      "  + add\n    % modulo\n      / divide\n        * multiply\n          - negate\n"
+      "            - subtract\n              1\n              2\n          3.2\n        4\n"
+      "      ^ power\n        5\n        -1\n    7\n";
   EXPECT_EQ(out.str(), once + once);
 }
 
