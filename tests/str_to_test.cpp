@@ -225,6 +225,7 @@ TEST(DeepTextTest, DepthIsBoundByMemoryAlone) {
         << sign;
   }
   EXPECT_EQ(worth(repeat("-(", DEPTH) + "5" + repeat(")", DEPTH)), exact(5.0));
+  EXPECT_EQ(worth(repeat("(1-(", DEPTH) + "1" + repeat("-1))", DEPTH)), exact(1.0));
   EXPECT_EQ(worth("1"s + repeat("+1", 1'000'000)), exact(1'000'001.0));
   EXPECT_EQ(worth(repeat("1+2\n", DEPTH)), exact(3.0));
   EXPECT_EQ(worth(repeat("1+(2*", DEPTH) + ")"), "rejected");
@@ -236,6 +237,8 @@ TEST(DeepTextTest, OneTokenMayHaveMillionsOfDigits) {
   EXPECT_EQ(worth("1+" + zeros + "5"), exact(6.0));
   EXPECT_EQ(worth("0+1" + zeros), exact(-1.0));
   EXPECT_EQ(worth("0+0." + zeros + "1e3000001"), exact(1.0));
+  EXPECT_EQ(worth("00." + zeros + "1e9"), exact(0.0));
+  EXPECT_EQ(worth("1" + zeros + ".5e-9"), exact(INF));
   EXPECT_EQ(worth("1k" + zeros + "1"), exact(1000.0));
   EXPECT_EQ(worth("(1)" + repeat(" ", 3'000'000) + "+1"), exact(2.0));
 }
