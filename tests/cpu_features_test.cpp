@@ -4,10 +4,12 @@
 
 #include <gtest/gtest.h>
 #include <velmor_core/cpu.h>
+#include <velmor_core/frame.h>
 
 #include <array>
 #include <bit>
 #include <map>
+#include <thread>
 #include <utility>
 
 #include "core/sha256_compress.h"
@@ -122,6 +124,29 @@ TEST(CpuFeaturesTest, MissingLeavesLeaveTheirFlagsAsTheyWere) {
   EXPECT_TRUE(old.avx && old.fma3);
   EXPECT_FALSE(old.avx2 || old.avx512f || old.avx512bf16);
   EXPECT_EQ(detectCpuFeatures(allDetectable(), fullProcessor(6, ALL)), allDetectable());
+}
+
+TEST(InitTest, DetectsFeaturesWhenTheCountLeavesZeroAndOnlyThen) {
+  const auto detects = [] {
+    cpuFeatures = {};
+    velmor_core_init();
+    return cpuFeatures.sse2;
+  };
+  EXPECT_TRUE(detects());
+  EXPECT_FALSE(detects());
+  const auto use = [] {
+    for (int i = 0; i < 5'000'000; ++i) velmor_core_init();
+    for (int i = 0; i < 5'000'000; ++i) velmor_core_fini();
+  };
+  std::thread other(use);
+  use();
+  other.join();
+  velmor_core_fini();
+  velmor_core_fini();
+  EXPECT_TRUE(detects()) << "calls have been lost";
+  velmor_core_fini();
+  velmor_core_fini();  // one too many: -1
+  EXPECT_FALSE(detects());
 }
 
 TEST(ShaExtensionsTest, NeedThreeFeatures) {

@@ -4,15 +4,14 @@
 #include <gtest/gtest.h>
 #include <velmor_core/velmor_core.h>
 
-#include <array>
 #include <clocale>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <optional>
 #include <random>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -30,9 +29,9 @@ constexpr double INF = HUGE_VAL;
 // To the last bit; all NaN are one.
 std::string exact(std::optional<double> value) {
   if (!value) return "rejected";
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%a", std::isnan(*value) ? NAN : *value);
-  return text.data();
+  std::ostringstream text;
+  text << std::hexfloat << (std::isnan(*value) ? NAN : *value);
+  return text.str();
 }
 
 // What a text is worth as a double. As an integer it is what the processor's conversion makes of
@@ -246,6 +245,7 @@ TEST(DeepTextTest, OneTokenMayHaveMillionsOfDigits) {
 
 TEST(StrToTest, ThreadsDoNotMeet) {
   std::vector<std::jthread> threads;
+  threads.reserve(8);
   for (int i = 0; i < 8; ++i) {
     threads.emplace_back([i] {
       const std::string digit = std::to_string(i);
