@@ -33,9 +33,8 @@ extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void* buffer
   script.pop_front();
   asked.push_back(length);
   errno = static_cast<int>(std::max<ssize_t>(-answer, 0));
-  for (ssize_t i = 0; i < answer; ++i) {
-    static_cast<uint8_t*>(buffer)[i] = static_cast<uint8_t>(0xF0 + 16 - length + i);
-  }
+  auto value = static_cast<uint8_t>(0xF0 + 16 - length);
+  for (ssize_t i = 0; i < answer; ++i) static_cast<uint8_t*>(buffer)[i] = value++;
   return std::max<ssize_t>(answer, -1);
 }
 
