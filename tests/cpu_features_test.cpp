@@ -107,10 +107,10 @@ TEST(CpuFeaturesTest, SystemSupportDecidesOnTheWideRegisters) {
   noYmm.avx = noYmm.avx2 = noYmm.fma3 = false;
   EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xE6)), all);
   EXPECT_EQ(detectCpuFeatures({}, fullProcessor(32, 0xE7)), all);
-  for (const uint32_t xcr0 : {0x06, 0x66, 0xA6, 0xC6}) {
+  for (const uint32_t xcr0 : {0x06U, 0x66U, 0xA6U, 0xC6U}) {
     EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, xcr0)), noZmm) << xcr0;
   }
-  for (const uint32_t xcr0 : {0xE2, 0xE4}) {
+  for (const uint32_t xcr0 : {0xE2U, 0xE4U}) {
     EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, xcr0)), noYmm) << xcr0;
   }
   RecordedProcessor withoutOsxsave = fullProcessor(7, ALL);

@@ -65,7 +65,7 @@ TEST(ScannerTest, LocatesTokensByLineAndColumn) {
 }
 
 TEST(ScannerTest, ReadsAllOfTheStream) {
-  for (const size_t size : {4'095, 4'096, 10'000}) {
+  for (const size_t size : {4'095U, 4'096U, 10'000U}) {
     EXPECT_EQ(tokens(std::string(size, '+')).size(), 2 * size + 3);
   }
 }
