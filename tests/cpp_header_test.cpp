@@ -68,10 +68,7 @@ TEST(CppHeader, BuffersOfAnyKindAreOpened) {
 TEST(CppHeader, FailuresThrowOrNotAsTheCallerChooses) {
   EXPECT_THROW(Object::openFile("/nonexistent"), velmor_core::Error);
   EXPECT_FALSE(Object::openFile("/nonexistent", velmor_core::READ_ONLY, std::nothrow));
-  const string_view cut(
-      "data\xff\xff\xff\xff"
-      "abc",
-      11);
+  const string_view cut("data\xff\xff\xff\xffxyz", 11);
   const Object object = Object::openBuffer(cut);
   const Chunk data = object.first();
   EXPECT_THROW(data.data<std::string>(), velmor_core::Error);

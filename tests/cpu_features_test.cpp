@@ -3,13 +3,16 @@
 #include "core/cpu_features.h"
 
 #include <gtest/gtest.h>
+#include <velmor_core/cpu.h>
+#include <velmor_core/frame.h>
 
 #include <array>
 #include <bit>
 #include <map>
-#include <string>
+#include <thread>
 #include <utility>
-#include <vector>
+
+#include "core/sha256_compress.h"
 
 namespace core {
 
@@ -49,65 +52,39 @@ RecordedProcessor fullProcessor(uint32_t highestLeaf, uint32_t xcr0) {
   return processor;
 }
 
-CpuFeatures allDetectable() {
-  CpuFeatures all;
-  for (bool CpuFeatures::*flag : {&CpuFeatures::sse,
-                                  &CpuFeatures::sse2,
-                                  &CpuFeatures::sse3,
-                                  &CpuFeatures::ssse3,
-                                  &CpuFeatures::sse41,
-                                  &CpuFeatures::sse42,
-                                  &CpuFeatures::avx,
-                                  &CpuFeatures::avx2,
-                                  &CpuFeatures::avx512f,
-                                  &CpuFeatures::avx512dq,
-                                  &CpuFeatures::avx512ifma,
-                                  &CpuFeatures::avx512pf,
-                                  &CpuFeatures::avx512er,
-                                  &CpuFeatures::avx512cd,
-                                  &CpuFeatures::avx512bw,
-                                  &CpuFeatures::avx512vl,
-                                  &CpuFeatures::avx5124nniw,
-                                  &CpuFeatures::avx5124fmaps,
-                                  &CpuFeatures::avx512vbmi,
-                                  &CpuFeatures::avx512vbmi2,
-                                  &CpuFeatures::avx512vnni,
-                                  &CpuFeatures::avx512bitalg,
-                                  &CpuFeatures::avx512vpopcntdq,
-                                  &CpuFeatures::avx512bf16,
-                                  &CpuFeatures::fma3}) {
-    all.*flag = true;
-  }
-  return all;
-}
-
 struct FeatureBit {
   uint32_t leaf, subleaf;
   uint32_t CpuidResult::*field;
   unsigned bit;
   bool CpuFeatures::*flag;
+  bool (*query)();
 };
 
-TEST(CpuFeaturesTest, EachFlagHasItsBit) {
-  using R = CpuidResult;
-  using F = CpuFeatures;
-  const std::vector<FeatureBit> bits = {
-      {1, 0, &R::edx, 25, &F::sse},          {1, 0, &R::edx, 26, &F::sse2},
-      {1, 0, &R::ecx, 0, &F::sse3},          {1, 0, &R::ecx, 9, &F::ssse3},
-      {1, 0, &R::ecx, 12, &F::fma3},         {1, 0, &R::ecx, 19, &F::sse41},
-      {1, 0, &R::ecx, 20, &F::sse42},        {1, 0, &R::ecx, 28, &F::avx},
-      {7, 0, &R::ebx, 5, &F::avx2},          {7, 0, &R::ebx, 16, &F::avx512f},
-      {7, 0, &R::ebx, 17, &F::avx512dq},     {7, 0, &R::ebx, 21, &F::avx512ifma},
-      {7, 0, &R::ebx, 26, &F::avx512pf},     {7, 0, &R::ebx, 27, &F::avx512er},
-      {7, 0, &R::ebx, 28, &F::avx512cd},     {7, 0, &R::ebx, 30, &F::avx512bw},
-      {7, 0, &R::ebx, 31, &F::avx512vl},     {7, 0, &R::edx, 2, &F::avx5124nniw},
-      {7, 0, &R::edx, 3, &F::avx5124fmaps},  {7, 0, &R::ecx, 1, &F::avx512vbmi},
-      {7, 0, &R::ecx, 6, &F::avx512vbmi2},   {7, 0, &R::ecx, 11, &F::avx512vnni},
-      {7, 0, &R::ecx, 12, &F::avx512bitalg}, {7, 0, &R::ecx, 14, &F::avx512vpopcntdq},
-      {7, 1, &R::eax, 5, &F::avx512bf16},
-  };
-  for (const FeatureBit& feature : bits) {
-    SCOPED_TRACE(testing::Message() << "leaf " << feature.leaf << " bit " << feature.bit);
+#define FEATURE(leaf, subleaf, field, bit, name) \
+  { leaf, subleaf, &CpuidResult::field, bit, &CpuFeatures::name, velmor_core_cpu_has_##name }
+const FeatureBit BITS[] = {
+    FEATURE(1, 0, edx, 25, sse),          FEATURE(1, 0, edx, 26, sse2),
+    FEATURE(1, 0, ecx, 0, sse3),          FEATURE(1, 0, ecx, 9, ssse3),
+    FEATURE(1, 0, ecx, 12, fma3),         FEATURE(1, 0, ecx, 19, sse41),
+    FEATURE(1, 0, ecx, 20, sse42),        FEATURE(1, 0, ecx, 28, avx),
+    FEATURE(7, 0, ebx, 5, avx2),          FEATURE(7, 0, ebx, 16, avx512f),
+    FEATURE(7, 0, ebx, 17, avx512dq),     FEATURE(7, 0, ebx, 21, avx512ifma),
+    FEATURE(7, 0, ebx, 26, avx512pf),     FEATURE(7, 0, ebx, 27, avx512er),
+    FEATURE(7, 0, ebx, 28, avx512cd),     FEATURE(7, 0, ebx, 30, avx512bw),
+    FEATURE(7, 0, ebx, 31, avx512vl),     FEATURE(7, 0, edx, 2, avx5124nniw),
+    FEATURE(7, 0, edx, 3, avx5124fmaps),  FEATURE(7, 0, ecx, 1, avx512vbmi),
+    FEATURE(7, 0, ecx, 6, avx512vbmi2),   FEATURE(7, 0, ecx, 11, avx512vnni),
+    FEATURE(7, 0, ecx, 12, avx512bitalg), FEATURE(7, 0, ecx, 14, avx512vpopcntdq),
+    FEATURE(7, 1, eax, 5, avx512bf16)};
+
+CpuFeatures allDetectable() {
+  CpuFeatures all;
+  for (const FeatureBit& feature : BITS) all.*feature.flag = true;
+  return all;
+}
+
+TEST(CpuFeaturesTest, EachFlagHasItsBitAndItsQuery) {
+  for (const FeatureBit& feature : BITS) {
     RecordedProcessor processor;
     processor.xcr0 = ALL;
     processor.leaves[{0, 0}].eax = 7;
@@ -115,7 +92,10 @@ TEST(CpuFeaturesTest, EachFlagHasItsBit) {
     processor.leaves[{feature.leaf, feature.subleaf}].*feature.field |= 1U << feature.bit;
     CpuFeatures expected;
     expected.*feature.flag = true;
-    EXPECT_EQ(detectCpuFeatures({}, processor), expected);
+    EXPECT_EQ(detectCpuFeatures({}, processor), expected)
+        << "leaf " << feature.leaf << " bit " << feature.bit;
+    cpuFeatures = expected;
+    for (const FeatureBit& other : BITS) EXPECT_EQ(other.query(), &other == &feature);
   }
 }
 
@@ -125,26 +105,62 @@ TEST(CpuFeaturesTest, SystemSupportDecidesOnTheWideRegisters) {
   noZmm.avx512f = noZmm.avx512bw = noZmm.avx512dq = false;
   CpuFeatures noYmm = noZmm;
   noYmm.avx = noYmm.avx2 = noYmm.fma3 = false;
-
   EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xE6)), all);
   EXPECT_EQ(detectCpuFeatures({}, fullProcessor(32, 0xE7)), all);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0x06)), noZmm);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xC6)), noZmm);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xE2)), noYmm);
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, 0xE4)), noYmm);
-
+  for (const uint32_t xcr0 : {0x06U, 0x66U, 0xA6U, 0xC6U}) {
+    EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, xcr0)), noZmm) << xcr0;
+  }
+  for (const uint32_t xcr0 : {0xE2U, 0xE4U}) {
+    EXPECT_EQ(detectCpuFeatures({}, fullProcessor(7, xcr0)), noYmm) << xcr0;
+  }
   RecordedProcessor withoutOsxsave = fullProcessor(7, ALL);
   withoutOsxsave.leaves[{1, 0}].ecx &= ~OSXSAVE;
   EXPECT_EQ(detectCpuFeatures({}, withoutOsxsave), noYmm);
 }
 
 TEST(CpuFeaturesTest, MissingLeavesLeaveTheirFlagsAsTheyWere) {
-  EXPECT_EQ(detectCpuFeatures({}, fullProcessor(0, ALL)), CpuFeatures{});
-  EXPECT_EQ(detectCpuFeatures(allDetectable(), fullProcessor(0, ALL)), allDetectable());
+  EXPECT_EQ(detectCpuFeatures(allDetectable(), fullProcessor(0, 0)), allDetectable());
   const CpuFeatures old = detectCpuFeatures({}, fullProcessor(6, ALL));
   EXPECT_TRUE(old.avx && old.fma3);
   EXPECT_FALSE(old.avx2 || old.avx512f || old.avx512bf16);
   EXPECT_EQ(detectCpuFeatures(allDetectable(), fullProcessor(6, ALL)), allDetectable());
+}
+
+TEST(InitTest, DetectsFeaturesWhenTheCountLeavesZeroAndOnlyThen) {
+  const auto detects = [] {
+    cpuFeatures = {};
+    velmor_core_init();
+    return cpuFeatures.sse2;
+  };
+  EXPECT_TRUE(detects());
+  EXPECT_FALSE(detects());
+  const auto use = [] {
+    for (int i = 0; i < 5'000'000; ++i) velmor_core_init();
+    for (int i = 0; i < 5'000'000; ++i) velmor_core_fini();
+  };
+  std::thread other(use);
+  use();
+  other.join();
+  velmor_core_fini();
+  velmor_core_fini();
+  EXPECT_TRUE(detects()) << "calls have been lost";
+  velmor_core_fini();
+  velmor_core_fini();  // one too many: -1
+  EXPECT_FALSE(detects());
+}
+
+TEST(ShaExtensionsTest, NeedThreeFeatures) {
+  EXPECT_TRUE(hasShaExtensions(fullProcessor(7, 0)));
+  EXPECT_FALSE(hasShaExtensions(fullProcessor(6, 0)));
+  RecordedProcessor processor = fullProcessor(7, 0);
+  for (auto [field, bit] : {std::pair(&processor.leaves[{1, 0}].ecx, 9),
+                            {&processor.leaves[{1, 0}].ecx, 19},
+                            {&processor.leaves[{7, 0}].ebx, 29}}) {
+    *field = ~(1U << bit);
+    EXPECT_FALSE(hasShaExtensions(processor)) << bit;
+    *field = 1U << 9 | 1U << 19 | 1U << 29;
+    EXPECT_TRUE(hasShaExtensions(processor)) << bit;
+  }
 }
 
 }  // namespace

@@ -5,9 +5,6 @@
 #include <unistd.h>
 #include <velmor_core/velmor_core.h>
 
-#include <thread>
-#include <vector>
-
 namespace {
 
 TEST(VersionTest, IsOneConstantRecord) {
@@ -17,34 +14,15 @@ TEST(VersionTest, IsOneConstantRecord) {
   EXPECT_EQ(velmor_core_get_version(), version);
 }
 
-// Every x86-64 processor has SSE2, so its flag shows whether detection has run. ctest runs each
-// test in a process of its own; the flags and the count are those of a freshly loaded library.
-TEST(InitTest, DetectsFeaturesWhenTheCountLeavesZero) {
-  EXPECT_FALSE(velmor_core_cpu_has_sse2());
-  velmor_core_fini();  // one too many: -1
-  velmor_core_init();  // back to 0, nothing is detected
+// Every x86-64 processor has SSE2. ctest runs each test in a process of its own, so the flags are
+// those of a freshly loaded library.
+TEST(InitTest, DetectsFeaturesForGood) {
   EXPECT_FALSE(velmor_core_cpu_has_sse2());
   velmor_core_init();
   EXPECT_TRUE(velmor_core_cpu_has_sse2());
-  EXPECT_FALSE(velmor_core_cpu_has_neon());
-  EXPECT_FALSE(velmor_core_cpu_has_avx512fp16());
+  EXPECT_FALSE(velmor_core_cpu_has_neon() || velmor_core_cpu_has_avx512fp16());
   velmor_core_fini();
   EXPECT_TRUE(velmor_core_cpu_has_sse2());
-}
-
-TEST(InitTest, CountsUsersOfManyThreads) {
-  std::vector<std::thread> threads;
-  velmor_core_init();
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([] {
-      for (int n = 0; n < 10'000; ++n) {
-        velmor_core_init();
-        EXPECT_TRUE(velmor_core_cpu_has_sse());
-        velmor_core_fini();
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(PlatformTest, TellsWhatTheSystemTells) {
@@ -52,13 +30,6 @@ TEST(PlatformTest, TellsWhatTheSystemTells) {
   struct sysinfo info = {};
   ASSERT_EQ(sysinfo(&info), 0);
   EXPECT_EQ(velmor_core_memory_get_physical_size(), uint64_t{info.totalram} * info.mem_unit);
-}
-
-TEST(AssetTest, NamingAManagerDoesNothing) {
-  int dummy = 1;
-  velmor_core_set_asset_manager(&dummy);
-  velmor_core_set_asset_manager(nullptr);
-  EXPECT_EQ(dummy, 1);
 }
 
 }  // namespace
