@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <velmor_core/hash.h>
+#include <velmor_core/uuid.h>
 
 #include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -59,6 +61,25 @@ TEST(Sha256Test, AgreesWithSha256sum) {
   // NOLINTNEXTLINE(cert-env33-c): a command of our own
   EXPECT_EQ(std::system(command.c_str()), 0);
   std::filesystem::remove_all(folder);
+}
+
+TEST(ThreadsTest, DigestsAndUuidsDoNotMeet) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([i] {
+      const std::string message(1000, static_cast<char>('a' + i));
+      const std::string digest = sha256(message.data(), message.size());
+      velmor_core_uuid_t last = {};
+      for (int n = 0; n < 500; ++n) {
+        EXPECT_EQ(sha256(message.data(), message.size()), digest);
+        velmor_core_uuid_t next = {};
+        velmor_core_uuid_generate_random(&next);
+        EXPECT_FALSE(velmor_core_uuid_compare_eq(&last, &next));
+        last = next;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(Sha256Test, DigestMayOverlapTheData) {
