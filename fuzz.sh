@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 . scripts/packages.sh
 
 seconds=${1:-20}
-need_packages "fuzzing" "${build_packages[@]}" clang-14 libclang-rt-14-dev
+need_packages "fuzzing" "${build_packages[@]}" libgtest-dev clang-14 libclang-rt-14-dev
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
 
@@ -16,7 +16,7 @@ run() {
   mkdir -p "$corpus" build/fuzz/findings
   # Deep expressions and large refusals are slow under sanitizers, not endless.
   build/fuzz/fuzz/"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 \
-    -malloc_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$findings" \
+    -malloc_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$findings" "${@:2}" \
     "$corpus" examples/data >build/fuzz/"$target".log 2>&1 || {
     tail -n 40 build/fuzz/"$target".log
     echo "$target: FAILED, see $findings*"
@@ -27,8 +27,9 @@ run() {
 }
 
 failed=0
-run fuzz_load & first=$!
-run fuzz_edit & second=$!
+# Files are read header by header, and compared byte by byte.
+run fuzz_load -max_len=4096 & first=$!
+run fuzz_edit -max_len=4096 & second=$!
 wait $first || failed=1
 wait $second || failed=1
 run fuzz_number & first=$!

@@ -1,28 +1,22 @@
 #include "allocations.h"
 
-#include <cstddef>
 #include <cstdlib>
-#include <limits>
 #include <new>
 
 namespace {
 
-constexpr int64_t UNLIMITED = std::numeric_limits<int64_t>::max();
-
-thread_local int64_t granted = UNLIMITED;
-thread_local bool ranOut = false;
 thread_local int64_t live = 0;
 
-void* allocate(size_t size, size_t alignment) {
-  if (granted == 0) {
-    ranOut = true;
-    throw std::bad_alloc();
-  }
-  if (granted != UNLIMITED) --granted;
+void* allocate(size_t size, size_t alignment = alignof(std::max_align_t)) noexcept {
+  if (faults::strikes(faults::Call::NEW)) return nullptr;
   const size_t rounded = (size + alignment - 1) / alignment * alignment;
   void* block = std::aligned_alloc(alignment, rounded == 0 ? alignment : rounded);
+  if (block) ++live;
+  return block;
+}
+
+void* orThrow(void* block) {
   if (!block) throw std::bad_alloc();
-  ++live;
   return block;
 }
 
@@ -32,13 +26,6 @@ void release(void* block) noexcept {
 }
 
 }  // namespace
-
-LimitedMemory::LimitedMemory(int64_t count) {
-  granted = count;
-  ranOut = false;
-}
-LimitedMemory::~LimitedMemory() { granted = UNLIMITED; }
-bool LimitedMemory::hasRunOut() const { return ranOut; }
 
 // Called as the library calls it: by address, so that nothing here is inlined.
 bool LimitedMemory::isInForce() {
@@ -52,9 +39,11 @@ bool LimitedMemory::isInForce() {
 
 int64_t countLiveAllocations() { return live; }
 
-void* operator new(size_t size) { return allocate(size, alignof(std::max_align_t)); }
+// The forms for arrays come down to these.
+void* operator new(size_t size) { return orThrow(allocate(size)); }
+void* operator new(size_t size, const std::nothrow_t& /*tag*/) noexcept { return allocate(size); }
 void* operator new(size_t size, std::align_val_t alignment) {
-  return allocate(size, static_cast<size_t>(alignment));
+  return orThrow(allocate(size, static_cast<size_t>(alignment)));
 }
 void operator delete(void* block) noexcept { release(block); }
 void operator delete(void* block, size_t /*size*/) noexcept { release(block); }

@@ -6,16 +6,20 @@
 
 #include <cstdint>
 
+#include "support/faults.h"
+
 // From construction to destruction `count` allocations of this thread succeed and all later ones
 // fail.
 class LimitedMemory {
  public:
-  explicit LimitedMemory(int64_t count);
-  ~LimitedMemory();
+  explicit LimitedMemory(int64_t count) {
+    faults::arm(faults::Call::NEW, static_cast<size_t>(count), faults::How::FAIL_FROM_HERE_ON);
+  }
+  ~LimitedMemory() { faults::disarm(); }
   LimitedMemory(const LimitedMemory&) = delete;
   LimitedMemory& operator=(const LimitedMemory&) = delete;
 
-  bool hasRunOut() const;
+  bool hasRunOut() const { return faults::armed.fired; }
 
   // False where something else has put its operator new before this one, as valgrind does.
   static bool isInForce();

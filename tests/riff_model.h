@@ -9,9 +9,12 @@
 #include <utility>
 #include <vector>
 
-#include "file_calls.h"
+#include "support/faults.h"
+#include "support/riff_support.h"
 
 namespace riff_model {
+
+using faults::note;
 
 struct Failed {};  // the operation fails; what it did before stays done
 
@@ -67,17 +70,15 @@ struct Node {
   }
 };
 
-enum class Kind { READ_ONLY, BUFFER, CACHE, FILE };
-
 struct Object {
   Kind kind;
   Bytes bytes;  // of a buffer or cache all of its memory, of a file what is on disk
   uint64_t size;
   int file;
-  std::vector<FileCall>& calls;  // made on the file
+  std::string& calls;  // made on the file
   Node root;
 
-  Object(Kind ofKind, Bytes content, uint64_t length, int fd, std::vector<FileCall>& log)
+  Object(Kind ofKind, Bytes content, uint64_t length, int fd, std::string& log)
       : kind(ofKind), bytes(std::move(content)), size(length), file(fd), calls(log) {
     root.isGroup = true;
     for (uint64_t offset = 0; offset < size;) root.attach(load(offset, root));
@@ -94,7 +95,7 @@ struct Object {
   }
   void resize(uint64_t n) {
     if (kind == Kind::FILE) {
-      calls.push_back({'t', file, n});
+      note(calls, 't', file, n);
       bytes.resize(n, 0);
     } else if (n > capacity()) {
       if (kind != Kind::CACHE) throw Failed{};
@@ -105,11 +106,10 @@ struct Object {
   Bytes read(uint64_t offset, uint64_t length) {
     const uint64_t last = kind == Kind::FILE ? bytes.size() : size;
     if (kind == Kind::FILE) {
-      calls.push_back({'s', file, offset});
+      note(calls, 's', file, offset);
       if (length == 0) return {};
-      calls.push_back({'r', file, length});
-      if (offset < last && offset + length > last)
-        calls.push_back({'r', file, offset + length - last});
+      note(calls, 'r', file, length);
+      if (offset < last && offset + length > last) note(calls, 'r', file, offset + length - last);
     }
     if (offset + length > last) throw Failed{};
     return {bytes.data() + offset, bytes.data() + offset + length};
@@ -117,8 +117,8 @@ struct Object {
   void write(uint64_t offset, const Bytes& data) {
     const uint64_t end = offset + data.size();
     if (kind == Kind::FILE) {
-      calls.push_back({'s', file, offset});
-      if (!data.empty()) calls.push_back({'w', file, data.size()});
+      note(calls, 's', file, offset);
+      if (!data.empty()) note(calls, 'w', file, data.size());
       bytes.resize(std::max(bytes.size(), end), 0);
     } else {
       if (end > capacity()) throw Failed{};

@@ -1,21 +1,12 @@
-// One object of the library beside the model of it, and the memory or file below it.
+// One object of the library beside the model of it.
 #ifndef TESTS_RIFF_MODEL_PAIR_H
 #define TESTS_RIFF_MODEL_PAIR_H
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#include <velmor_core/velmor_core.h>
-
 #include <set>
-#include <string>
 
 #include "riff_model.h"
 
 namespace riff_model {
-
-using Chunk = velmor_core_riff_chunk_t;
 
 inline Chunk* handle(const Node& node) { return static_cast<Chunk*>(node.handle); }
 
@@ -26,46 +17,49 @@ inline void compareKnown(const std::vector<uint8_t>& actual, const Bytes& known)
       FAIL() << "byte " << i << " is " << int{actual[i]} << ", not " << known[i];
 }
 
+// The library's half of a step, with its calls on files noted.
+template <typename Body>
+auto noted(Body body) {
+  faults::fileCalls.clear();
+  faults::recording = true;
+  const auto result = body();
+  faults::recording = false;
+  return result;
+}
+
 class Pair {
  public:
   explicit Pair(Kind ofKind) : kind(ofKind) {}
   Pair(const Pair&) = delete;
   Pair& operator=(const Pair&) = delete;
-  ~Pair() {
-    velmor_core_riff_close(object);
-    if (!path.empty()) unlink(path.c_str());
-  }
+  ~Pair() { close(); }
 
   // Both read `content`; false if they refuse it. A buffer has `room` more bytes; a cache starts
   // empty, with that capacity.
-  bool open(const std::vector<uint8_t>& content, size_t room) {
+  bool open(std::vector<uint8_t> content, size_t room) {
     close();
-    fileCalls.clear();
+    if (kind == Kind::CACHE) content.clear();
+    store = std::make_unique<Store>(kind, content, room);
     expectedCalls.clear();
-    if (kind == Kind::FILE) store(content);
-    memory = content;
-    if (kind == Kind::BUFFER) memory.resize(content.size() + room, 0xEE);
-    memory.shrink_to_fit();  // so that the address sanitizer guards its end
-    recordFileCalls = true;
-    const int32_t status = openObject(content.size(), room);
-    recordFileCalls = false;
-
-    const int file = kind == Kind::FILE ? lastOpenedFile : -1;
-    if (kind == Kind::FILE) expectedCalls.push_back({'e', file, 0});
+    const int32_t status = noted([&] { return store->open(); });
+    const int file = faults::lastOpenedFile;
+    if (kind == Kind::FILE) note(expectedCalls, 'e', file, 0);
+    const std::vector<uint8_t> memory = store->memory();
     Bytes bytes(memory.begin(), memory.end());
     if (kind == Kind::CACHE) bytes.assign(room, UNWRITTEN);
     try {
-      model = std::make_unique<Object>(
-          kind, std::move(bytes), kind == Kind::CACHE ? 0 : content.size(), file, expectedCalls);
+      model = std::make_unique<Object>(kind, std::move(bytes), content.size(), file, expectedCalls);
     } catch (const Failed&) {
-      if (kind == Kind::FILE) expectedCalls.push_back({'c', file, 0});
+      if (kind == Kind::FILE) note(expectedCalls, 'c', file, 0);
     }
     EXPECT_EQ(status, model ? VELMOR_CORE_SUCCESS : VELMOR_CORE_FAILURE);
-    EXPECT_EQ(text(fileCalls), text(expectedCalls));
-    if (!model || !object) return false;
-    model->root.handle = velmor_core_riff_object_get_virtual_root_chunk(object);
+    compareCalls();
+    if (!model || !object()) return false;
+    model->root.handle = rootOf(object());
     return true;
   }
+
+  velmor_core_riff_object_t* object() const { return store->object(); }
 
   // What the object holds; bytes that nobody has written as 0.
   std::vector<uint8_t> content() const {
@@ -76,63 +70,33 @@ class Pair {
   }
 
   void compare() {
-    EXPECT_EQ(velmor_core_riff_cache_get_size(object), model->size);
-    EXPECT_EQ(velmor_core_riff_cache_get_capacity(object), model->capacity());
-    EXPECT_EQ(velmor_core_riff_object_get_virtual_root_chunk(object), model->root.handle);
+    EXPECT_EQ(velmor_core_riff_cache_get_size(object()), model->size);
+    EXPECT_EQ(velmor_core_riff_cache_get_capacity(object()), model->capacity());
+    EXPECT_EQ(rootOf(object()), model->root.handle);
     std::set<void*> old;
     collect(model->root, old);
     compareChunk(model->root, old);
-    if (kind == Kind::FILE) readBack();
-    if (kind != Kind::CACHE) compareKnown(memory, model->bytes);
+    EXPECT_EQ(velmor_core_riff_object_get_root_chunk(object()),
+              velmor_core_riff_chunk_get_child(rootOf(object()), 0));
+    if (kind != Kind::CACHE) compareKnown(store->memory(), model->bytes);
   }
+  static void compareCalls() { EXPECT_EQ(faults::fileCalls, expectedCalls); }
 
   const Kind kind;
-  velmor_core_riff_object_t* object = nullptr;
   std::unique_ptr<Object> model;
-  inline static std::vector<FileCall> expectedCalls;  // by the models of all pairs
+  inline static std::string expectedCalls;  // by the models of all pairs
 
  private:
-  int32_t openObject(size_t size, size_t room) {
-    switch (kind) {
-      case Kind::READ_ONLY:
-        return velmor_core_riff_open_buffer_ro(memory.data(), size, &object);
-      case Kind::BUFFER:
-        return velmor_core_riff_open_buffer_rw(memory.data(), size, memory.size(), &object);
-      case Kind::CACHE:
-        return velmor_core_riff_open_cache(room, &object);
-      case Kind::FILE:
-        return velmor_core_riff_open_file(path.c_str(), VELMOR_CORE_RIFF_READ_WRITE, &object);
-    }
-    return VELMOR_CORE_FAILURE;
-  }
-
   void close() {
-    if (!object) return;
-    fileCalls.clear();
-    recordFileCalls = true;
-    velmor_core_riff_close(object);
-    recordFileCalls = false;
-    if (kind == Kind::FILE) {
-      EXPECT_EQ(text(fileCalls), text({{'c', model->file, 0}}));
-    }
-    object = nullptr;
+    if (!model) return;
+    expectedCalls.clear();
+    if (kind == Kind::FILE) note(expectedCalls, 'c', model->file, 0);
+    noted([&] {
+      store->close();
+      return true;
+    });
+    compareCalls();
     model.reset();
-  }
-
-  void store(const std::vector<uint8_t>& content) {
-    if (path.empty()) {
-      path = testing::TempDir() + "riff_model_XXXXXX";
-      ::close(mkstemp(path.data()));
-    }
-    const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC);
-    ASSERT_EQ(::write(file, content.data(), content.size()), static_cast<ssize_t>(content.size()));
-    ::close(file);
-  }
-  void readBack() {
-    struct stat status = {};
-    ASSERT_EQ(stat(path.c_str(), &status), 0);
-    memory.resize(static_cast<size_t>(status.st_size));
-    ASSERT_EQ(pread(model->file, memory.data(), memory.size(), 0), status.st_size);
   }
 
   static void collect(const Node& node, std::set<void*>& handles) {
@@ -171,8 +135,7 @@ class Pair {
     compareKnown(data, model->getData(node, node.size, 0));
   }
 
-  std::vector<uint8_t> memory;  // the caller's buffer; of a file what was read back last
-  std::string path;
+  std::unique_ptr<Store> store;
 };
 
 }  // namespace riff_model

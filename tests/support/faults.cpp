@@ -1,182 +1,120 @@
 #include "support/faults.h"
 
-#include <dirent.h>
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <sys/random.h>
 #include <sys/sysinfo.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <cstdarg>
-#include <cstdlib>
-#include <new>
-
-namespace {
 
 using faults::Call;
 using faults::How;
 
-struct Armed {
-  bool on = false;
-  bool fired = false;
-  Call call = Call::NEW;
-  size_t remaining = 0;
-  How how = How::FAIL_ONCE;
-};
-Armed armed;
-std::atomic<size_t> live = 0;
+std::string faults::fileCalls;
+int faults::lastOpenedFile = -1;
+bool faults::recording = false;
 
-// Whether this call is to go wrong.
-bool strikes(Call call) {
-  if (!armed.on || armed.call != call) return false;
-  if (armed.remaining > 0) {
-    --armed.remaining;
-    return false;
-  }
-  if (armed.how == How::END_PROCESS) _exit(0);
-  const bool first = !armed.fired;
-  armed.fired = true;
-  return first || armed.how == How::FAIL_FROM_HERE_ON || armed.how == How::SHORT_COUNTS;
+void faults::note(std::string& calls, char what, int file, uint64_t value) {
+  calls += what + std::to_string(value) + "@" + std::to_string(file) + " ";
 }
 
-// The result of a transfer that goes wrong, or its shortened length.
-bool spoil(ssize_t& result, size_t& length) {
-  if (armed.how == How::SHORT_COUNTS) {
-    length = length > 0 ? 1 : 0;
-    return false;
-  }
-  errno = armed.how == How::INTERRUPT_ONCE ? EINTR : EIO;
-  result = armed.how == How::RETURN_ZERO ? 0 : -1;
+namespace {
+
+void record(char what, int file, uint64_t value) {
+  if (faults::recording) faults::note(faults::fileCalls, what, file, value);
+}
+
+bool fails(Call call) {
+  if (!faults::strikes(call)) return false;
+  errno = EIO;
   return true;
 }
 
+// Whether a transfer goes wrong altogether, with this result; else it may have got shorter.
+bool spoils(Call call, ssize_t& result, size_t& length) {
+  if (!fails(call)) return false;
+  if (faults::armed.how == How::SHORT_COUNTS) {
+    length = length > 0 ? 1 : 0;
+    return false;
+  }
+  result = faults::armed.how == How::RETURN_ZERO ? 0 : -1;
+  return true;
+}
+
+// The function that would have been called.
 template <typename Function>
-Function* next(const char* name) {
+Function* real(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-void* allocate(size_t size) {
-  if (strikes(Call::NEW)) return nullptr;
-  void* memory = std::malloc(size > 0 ? size : 1);
-  if (memory) ++live;
-  return memory;
-}
-
-void release(void* memory) {
-  if (memory) --live;
-  std::free(memory);
-}
-
 }  // namespace
-
-namespace faults {
-
-void arm(Call call, size_t nth, How how) { armed = {true, false, call, nth, how}; }
-
-bool disarm() {
-  armed.on = false;
-  return armed.fired;
-}
-
-size_t liveAllocations() { return live; }
-
-size_t openDescriptors() {
-  size_t count = 0;
-  DIR* folder = opendir("/proc/self/fd");
-  while (readdir(folder)) ++count;
-  closedir(folder);
-  return count;
-}
-
-}  // namespace faults
-
-void* operator new(size_t size) {
-  if (void* memory = allocate(size)) return memory;
-  throw std::bad_alloc();
-}
-void* operator new(size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](size_t size) { return operator new(size); }
-void* operator new[](size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, size_t) noexcept { release(memory); }
-void operator delete[](void* memory, size_t) noexcept { release(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
 
 extern "C" {
 
 // Sanitizers have a realloc of their own; there a cache that cannot grow is left to the other
 // builds.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef __has_feature
+#define __has_feature(feature) 0
+#endif
+#if !defined(__SANITIZE_ADDRESS__) && !__has_feature(address_sanitizer)
 void* __libc_realloc(void* memory, size_t size);
 void* realloc(void* memory, size_t size) {
-  return strikes(Call::REALLOC) ? nullptr : __libc_realloc(memory, size);
+  return fails(Call::REALLOC) ? nullptr : __libc_realloc(memory, size);
 }
 void* __libc_calloc(size_t count, size_t size);
 void* calloc(size_t count, size_t size) {
-  return strikes(Call::REALLOC) ? nullptr : __libc_calloc(count, size);
+  return fails(Call::REALLOC) ? nullptr : __libc_calloc(count, size);
 }
 #endif
 
-int open(const char* path, int flags, ...) {
-  va_list arguments;
-  va_start(arguments, flags);
-  const int mode = (flags & O_CREAT) != 0 ? va_arg(arguments, int) : 0;
-  va_end(arguments);
-  if (strikes(Call::OPEN)) {
-    errno = EMFILE;
-    return -1;
-  }
-  static const auto real = next<int(const char*, int, ...)>("open");
-  return real(path, flags, mode);
+// Without <fcntl.h>, which has it with an ellipsis; the mode arrives in the same place.
+int open(const char* file, int oflag, mode_t mode) {
+  if (fails(Call::OPEN)) return -1;
+  const int fd = real<int(const char*, int, mode_t)>("open")(file, oflag, mode);
+  if (faults::recording) faults::lastOpenedFile = fd;
+  return fd;
 }
 
 off_t lseek(int fd, off_t offset, int whence) noexcept {
-  if (strikes(Call::LSEEK)) return -1;
-  static const auto real = next<off_t(int, off_t, int)>("lseek");
-  return real(fd, offset, whence);
+  record(whence == SEEK_SET ? 's' : 'e', fd, static_cast<uint64_t>(offset));
+  return fails(Call::LSEEK) ? -1 : real<off_t(int, off_t, int)>("lseek")(fd, offset, whence);
 }
 
-int ftruncate(int fd, off_t size) noexcept {
-  if (strikes(Call::FTRUNCATE)) return -1;
-  static const auto real = next<int(int, off_t)>("ftruncate");
-  return real(fd, size);
+int ftruncate(int fd, off_t length) noexcept {
+  record('t', fd, static_cast<uint64_t>(length));
+  return fails(Call::FTRUNCATE) ? -1 : real<int(int, off_t)>("ftruncate")(fd, length);
 }
 
-ssize_t read(int fd, void* bytes, size_t length) {
+int close(int fd) {
+  record('c', fd, 0);
+  return real<int(int)>("close")(fd);
+}
+
+ssize_t read(int fd, void* buf, size_t nbytes) {
+  record('r', fd, nbytes);
   ssize_t result = 0;
-  if (strikes(Call::READ) && spoil(result, length)) return result;
-  static const auto real = next<ssize_t(int, void*, size_t)>("read");
-  return real(fd, bytes, length);
+  if (spoils(Call::READ, result, nbytes)) return result;
+  return real<ssize_t(int, void*, size_t)>("read")(fd, buf, nbytes);
 }
 
-ssize_t write(int fd, const void* bytes, size_t length) {
+ssize_t write(int fd, const void* buf, size_t n) {
+  record('w', fd, n);
   ssize_t result = 0;
-  if (strikes(Call::WRITE) && spoil(result, length)) return result;
-  static const auto real = next<ssize_t(int, const void*, size_t)>("write");
-  return real(fd, bytes, length);
+  if (spoils(Call::WRITE, result, n)) return result;
+  return real<ssize_t(int, const void*, size_t)>("write")(fd, buf, n);
+}
+
+ssize_t getrandom(void* buffer, size_t length, unsigned flags) {
+  ssize_t result = 0;
+  if (spoils(Call::GETRANDOM, result, length)) return result;
+  return real<ssize_t(void*, size_t, unsigned)>("getrandom")(buffer, length, flags);
 }
 
 long sysconf(int name) noexcept {
-  if (strikes(Call::SYSCONF)) return -1;
-  static const auto real = next<long(int)>("sysconf");
-  return real(name);
+  return fails(Call::SYSCONF) ? -1 : real<long(int)>("sysconf")(name);
 }
 
 int sysinfo(struct sysinfo* info) noexcept {
-  if (strikes(Call::SYSINFO)) return -1;
-  static const auto real = next<int(struct sysinfo*)>("sysinfo");
-  return real(info);
-}
-
-ssize_t getrandom(void* bytes, size_t length, unsigned flags) {
-  ssize_t result = 0;
-  if (strikes(Call::GETRANDOM) && spoil(result, length)) return result;
-  static const auto real = next<ssize_t(void*, size_t, unsigned)>("getrandom");
-  return real(bytes, length, flags);
+  return fails(Call::SYSINFO) ? -1 : real<int(struct sysinfo*)>("sysinfo")(info);
 }
 
 }  // extern "C"

@@ -1,12 +1,9 @@
 #include "support/riff_support.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace {
@@ -15,30 +12,29 @@ void append32(Bytes& bytes, uint32_t value) {
   for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<uint8_t>(value >> shift));
 }
 
-void store32(Bytes& bytes, size_t at, uint32_t value) {
-  for (size_t i = 0; i < 4; ++i) bytes[at + i] = static_cast<uint8_t>(value >> (8 * i));
-}
-
 // Reads the chunks of a picture up to its end or a closing brace.
-void appendChunks(std::istringstream& picture, Bytes& bytes) {
+Bytes chunksOf(std::istringstream& picture) {
+  Bytes bytes;
   std::string word;
   while (picture >> word && word != "}") {
     const size_t colon = word.find(':');
     const std::string what = word.substr(colon + 1);
-    append32(bytes, idOf(word.substr(0, colon)));
-    const size_t sizeAt = bytes.size();
-    append32(bytes, 0);
+    Bytes data;
     if (what.back() == '{') {
-      append32(bytes, idOf(what.substr(0, what.size() - 1)));
-      appendChunks(picture, bytes);
-      store32(bytes, sizeAt, static_cast<uint32_t>(bytes.size() - sizeAt - 4));
-      continue;
+      append32(data, idOf(what.substr(0, what.size() - 1)));
+      const Bytes children = chunksOf(picture);
+      data.insert(data.end(), children.begin(), children.end());
+    } else if (what.back() != '~') {
+      for (size_t n = std::stoul(what); data.size() < n;)
+        data.push_back(static_cast<uint8_t>((bytes.size() + data.size()) % 199));
     }
-    const uint32_t size = static_cast<uint32_t>(std::stoul(what));
-    store32(bytes, sizeAt, size);
-    for (uint32_t i = 0; i < size; ++i) bytes.push_back(static_cast<uint8_t>(bytes.size() % 199));
-    if (size % 2 != 0) bytes.push_back(0xEE);
+    append32(bytes, idOf(word.substr(0, colon)));
+    append32(bytes, what.back() == '~' ? static_cast<uint32_t>(std::stoul(what))
+                                       : static_cast<uint32_t>(data.size()));
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    if (data.size() % 2 != 0) bytes.push_back(0xEE);
   }
+  return bytes;
 }
 
 std::string nameOf(uint32_t id) {
@@ -62,15 +58,22 @@ void describe(Chunk* group, std::string& picture) {
   }
 }
 
-Chunk* find(Chunk* group, uint32_t id, int& nth) {
+Chunk* findIn(Chunk* group, uint32_t id, int& nth) {
   for (Chunk* c = velmor_core_riff_chunk_get_child(group, 0); c;
        c = velmor_core_riff_chunk_get_next(c)) {
     const bool named =
         velmor_core_riff_chunk_get_id(c) == id || velmor_core_riff_chunk_get_group_id(c) == id;
     if (named && nth-- == 0) return c;
-    if (Chunk* inside = find(c, id, nth)) return inside;
+    if (Chunk* inside = findIn(c, id, nth)) return inside;
   }
   return nullptr;
+}
+
+bool recycle(Chunk* chunk) {
+  Chunk* handle = chunk;
+  const bool done = velmor_core_riff_chunk_recycle(&handle) == VELMOR_CORE_SUCCESS;
+  EXPECT_TRUE(done || handle == chunk);
+  return done;
 }
 
 }  // namespace
@@ -83,21 +86,46 @@ uint32_t idOf(std::string_view text) {
 
 Bytes bytesOf(std::string_view picture) {
   std::istringstream in{std::string(picture)};
-  Bytes bytes;
-  appendChunks(in, bytes);
-  return bytes;
-}
-
-Bytes dataOf(uint32_t n) {
-  Bytes data(n);
-  for (uint32_t i = 0; i < n; ++i) data[i] = static_cast<uint8_t>(200 + i % 37);
-  return data;
+  return chunksOf(in);
 }
 
 std::string pictureOf(Object* object) {
   std::string picture;
-  describe(velmor_core_riff_object_get_virtual_root_chunk(object), picture);
+  describe(rootOf(object), picture);
   return picture;
+}
+
+Chunk* find(Object* object, std::string_view name, int nth) {
+  return name == "/" ? rootOf(object) : findIn(rootOf(object), idOf(name), nth);
+}
+
+std::function<bool()> editOf(Object* object, const std::string& command, Object* other) {
+  std::istringstream in(command);
+  std::string verb, name, number;
+  in >> verb >> name >> number;
+  Chunk* const c = find(object, name);
+  EXPECT_NE(c, nullptr) << command;
+  if (verb == "group") {
+    return [=] {
+      return velmor_core_riff_chunk_add_group_chunk(c, idOf("LIST"), idOf("new")) != nullptr;
+    };
+  }
+  if (verb == "pour") return [=] { return velmor_core_riff_chunk_add_cache(c, other) != nullptr; };
+  if (verb == "recycle") return [=] { return recycle(c); };
+  if (verb == "remove") return [=] { return velmor_core_riff_chunk_remove(c) == 0; };
+  if (verb == "copy") {
+    Chunk* const group = find(object, number);
+    return [=] { return velmor_core_riff_chunk_add_chunk(group, c) != nullptr; };
+  }
+  const auto n = static_cast<uint32_t>(std::stoul(number));
+  if (verb == "size") return [=] { return velmor_core_riff_chunk_set_data_size(c, n) == 0; };
+  const auto data = std::make_shared<Bytes>(n, 0xDD);
+  if (verb == "get")
+    return [=] { return velmor_core_riff_chunk_get_data(c, data->data(), n, 0) == 0; };
+  if (verb == "set")
+    return [=] { return velmor_core_riff_chunk_set_data(c, data->data(), n, 0) == 0; };
+  const uint32_t id = idOf(verb == "free" ? "JUNK" : "new");
+  return [=] { return velmor_core_riff_chunk_add_data_chunk(c, id, data->data(), n) != nullptr; };
 }
 
 Opened openBytes(const Bytes& bytes) {
@@ -106,86 +134,68 @@ Opened openBytes(const Bytes& bytes) {
   return Opened(object);
 }
 
-TemporaryFile::TemporaryFile() : name(testing::TempDir() + "velmor-core-XXXXXX") {
-  close(mkstemp(name.data()));
+TemporaryFile::TemporaryFile(const Bytes& bytes) {
+  std::string real = testing::TempDir() + "velmor-core-XXXXXX";
+  fd = mkstemp(real.data());
+  unlink(real.c_str());
+  name = "/proc/self/fd/" + std::to_string(fd);
+  EXPECT_EQ(write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
 }
 
-TemporaryFile::TemporaryFile(const Bytes& bytes) : TemporaryFile() {
-  std::ofstream(name, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
-}
-
-TemporaryFile::~TemporaryFile() { unlink(name.c_str()); }
+TemporaryFile::~TemporaryFile() { close(fd); }
 
 Bytes TemporaryFile::content() const {
-  std::ifstream in(name, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), {});
+  struct stat status = {};
+  EXPECT_EQ(fstat(fd, &status), 0);
+  Bytes bytes(static_cast<size_t>(status.st_size));
+  EXPECT_EQ(pread(fd, bytes.data(), bytes.size(), 0), status.st_size);
+  return bytes;
 }
 
-std::ostream& operator<<(std::ostream& out, Kind kind) {
-  return out << (kind == Kind::BUFFER ? "buffer" : kind == Kind::CACHE ? "cache" : "file");
+Store::Store(Kind kind, const Bytes& content, size_t room)
+    : kind(kind), size(content.size()), room(room) {
+  if (kind == Kind::FILE) {
+    file = std::make_unique<TemporaryFile>(content);
+  } else if (kind != Kind::CACHE) {
+    // Its capacity is its size, so that the address sanitizer guards its end.
+    Bytes(size + (kind == Kind::BUFFER ? room : 0), 0xEE).swap(buffer);
+    std::copy(content.begin(), content.end(), buffer.begin());
+  }
 }
 
-Store::Store(Kind kind, const Bytes& content, uint64_t room)
-    : kind(kind), buffer(content), file(content) {
+Store::Store(Kind kind, std::string_view picture)
+    : Store(kind, bytesOf(picture), kind == Kind::CACHE ? 64 : 4096) {
+  EXPECT_EQ(open(), VELMOR_CORE_SUCCESS);
+  if (kind == Kind::CACHE) {
+    const Bytes content = bytesOf(picture);
+    velmor_core_riff_chunk_add_cache(rootOf(object()), openBytes(content).get());
+  }
+}
+
+int32_t Store::open() {
   Object* object = nullptr;
-  if (kind == Kind::BUFFER) {
-    buffer.resize(content.size() + room, 0xBB);
-    velmor_core_riff_open_buffer_rw(buffer.data(), content.size(), buffer.size(), &object);
-  } else if (kind == Kind::FILE) {
-    velmor_core_riff_open_file(file.path(), VELMOR_CORE_RIFF_READ_WRITE, &object);
+  int32_t status = VELMOR_CORE_SUCCESS;
+  if (kind == Kind::FILE) {
+    status = velmor_core_riff_open_file(file->path(), VELMOR_CORE_RIFF_READ_WRITE, &object);
+  } else if (kind == Kind::CACHE) {
+    status = velmor_core_riff_open_cache(room, &object);
+  } else if (kind == Kind::BUFFER) {
+    status = velmor_core_riff_open_buffer_rw(buffer.data(), size, buffer.size(), &object);
   } else {
-    const Opened source = openBytes(content);
-    velmor_core_riff_open_cache(64, &object);
-    velmor_core_riff_chunk_add_cache(velmor_core_riff_object_get_virtual_root_chunk(object),
-                                     source.get());
+    status = velmor_core_riff_open_buffer_ro(buffer.data(), size, &object);
   }
   opened.reset(object);
+  return status;
 }
 
 Bytes Store::content() const {
-  if (kind == Kind::FILE) return file.content();
-  const uint64_t size = velmor_core_riff_cache_get_size(opened.get());
-  if (kind == Kind::BUFFER) return Bytes(buffer.begin(), buffer.begin() + static_cast<long>(size));
+  Bytes all = memory();
+  all.resize(velmor_core_riff_cache_get_size(object()));
+  if (kind != Kind::CACHE) return all;
   // A cache shows its bytes to the object that it is poured into.
-  Bytes copy(size);
   Object* target = nullptr;
-  velmor_core_riff_open_buffer_rw(copy.data(), 0, size, &target);
+  velmor_core_riff_open_buffer_rw(all.data(), 0, all.size(), &target);
   const Opened closer(target);
-  velmor_core_riff_chunk_add_cache(velmor_core_riff_object_get_virtual_root_chunk(target),
-                                   opened.get());
-  return copy;
-}
-
-void EditTest::open(const Bytes& content, uint64_t room) {
-  store = std::make_unique<Store>(GetParam(), content, room);
-  ASSERT_NE(store->object(), nullptr);
-}
-
-Chunk* EditTest::chunk(std::string_view name, int nth) const {
-  return find(root(), idOf(name), nth);
-}
-
-Chunk* EditTest::addData(Chunk* group, std::string_view id, uint32_t size) const {
-  return velmor_core_riff_chunk_add_data_chunk(group, idOf(id), dataOf(size).data(), size);
-}
-
-std::string EditTest::tree() const {
-  const std::string picture = pictureOf(store->object());
-  const Bytes content = store->content();
-  EXPECT_EQ(content.size(), velmor_core_riff_cache_get_size(store->object()));
-  const Opened again = openBytes(content);
-  EXPECT_NE(again, nullptr) << "the stored bytes do not load";
-  if (again) {
-    EXPECT_EQ(pictureOf(again.get()), picture);
-  }
-  return picture;
-}
-
-Bytes EditTest::data(Chunk* chunk) const {
-  Bytes bytes(velmor_core_riff_chunk_get_data_size(chunk));
-  EXPECT_EQ(
-      velmor_core_riff_chunk_get_data(chunk, bytes.data(), static_cast<uint32_t>(bytes.size()), 0),
-      VELMOR_CORE_SUCCESS);
-  return bytes;
+  velmor_core_riff_chunk_add_cache(rootOf(target), object());
+  return all;
 }
