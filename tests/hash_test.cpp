@@ -44,7 +44,8 @@ TEST(Sha256Test, GivesThePublishedDigests) {
 // Every ending of the last block, at every alignment. The message lies in memory of its own size,
 // so that a sanitizer sees a read behind it.
 TEST(Sha256Test, AgreesWithSha256sum) {
-  const auto folder = std::filesystem::path(testing::TempDir()) / "velmor_core_hash";
+  const auto folder =
+      std::filesystem::path(testing::TempDir()) / ("velmor_core_hash" + std::to_string(getpid()));
   std::filesystem::create_directories(folder);
   std::ofstream list(folder / "list");
   for (size_t size = 0; size <= 300; ++size) {

@@ -130,7 +130,8 @@ TEST(StrToTest, IntegersAreTruncatedAndWrapAtTheirLimits) {
 
 // The locale is built here, since few systems have one with a decimal comma installed.
 TEST(StrToTest, DecimalPointDoesNotDependOnTheLocale) {
-  const auto folder = std::filesystem::path(testing::TempDir()) / "velmor_core_locale";
+  const auto folder =
+      std::filesystem::path(testing::TempDir()) / ("velmor_core_locale" + std::to_string(getpid()));
   std::filesystem::create_directories(folder);
   const std::string command =
       "localedef -i de_DE -f UTF-8 '" + (folder / "comma.UTF-8").string() + "' 2>/dev/null";
