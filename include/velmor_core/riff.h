@@ -14,7 +14,9 @@
  *
  *  Chunks with the id "JUNK" are free space. velmor_core_riff_chunk_recycle() turns a chunk into
  *  free space without moving a byte, and adding data chunks or a cache uses free space of the same
- *  group before the group grows.
+ *  group before the group grows. Not all of it: a chunk that was added or poured in under the id
+ *  "JUNK" where free space lay, and one whose size came down to 0 as a new chunk took the rest, are
+ *  not used until the object is opened anew.
  *
  *  Sizes and offsets.  Data size: the size field of the header, without header and pad byte. Total
  *  size: 8 + data size, rounded up to even. Offsets within data count from its first byte.
@@ -266,9 +268,10 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk
- *    VELMOR_CORE_FAILURE     the object cannot grow, is for reading only or lacks bytes that the
- *                            edit needs: nothing is changed; it cannot be read or written: the edit
- *                            stops half-way
+ *    VELMOR_CORE_FAILURE     the object cannot grow or lacks bytes that the edit needs: nothing is
+ *                            changed; it is for reading only: no byte is changed, but the chunk
+ *                            shows the new size if nothing had to move; it cannot be read or
+ *                            written: the edit stops half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_chunk_t* chunk,
                                                              uint32_t data_size);
@@ -286,16 +289,20 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_ch
  *  Returns the copy, or null when
  *    - group is null or not a group, or chunk is null;
  *    - chunk is a virtual root, is `group` itself or a group around it, or does not hold all its
- *      bytes, or the object of group cannot grow: nothing is changed;
- *    - an object cannot be read or written, or memory runs out: the edit may stop half-way.
+ *      bytes (of one in another object, its pad byte too), or the object of group cannot grow:
+ *      nothing is changed;
+ *    - an object cannot be read or written, or memory runs out, or among the copied is a data chunk
+ *      that was added under the id "RIFF" or "LIST" and whose data is no list of chunks: the edit
+ *      may stop half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
     velmor_core_riff_chunk_t* group, velmor_core_riff_chunk_t* chunk);
 
 /** Pour all chunks of a cache, or of an object over a buffer, into a group.
  *
- *  They go, together and in order, where a free chunk of the group fits best, else behind the last
- *  child. A free chunk that is filled exactly ends, its handle with it. The cache is left as it is.
+ *  They go, together and in order, into the free space that velmor_core_riff_chunk_add_data_chunk()
+ *  would take, else behind the last child. A free chunk that is filled exactly ends, its handle
+ *  with it. The cache is left as it is.
  *
  *  In:   group  where the chunks go
  *        cache  a cache, or an object over a buffer, other than the object of group
@@ -304,7 +311,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
  *    - group is null or not a group; cache is null or a file; cache is empty;
  *    - cache is the object of group, its last chunk runs past its bytes, or the object of group
  *      cannot grow: nothing is changed;
- *    - the object cannot be read or written, or memory runs out: the edit may stop half-way.
+ *    - the object cannot be read or written, or memory runs out, or the cache holds a data chunk
+ *      under the id "RIFF" or "LIST" whose data is no list of chunks: the edit may stop half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
     velmor_core_riff_chunk_t* group, velmor_core_riff_object_t* cache);
@@ -312,10 +320,10 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
 /** Add a data chunk to a group.
  *
  *  It takes the smallest free chunk of the group that it fills exactly, or that leaves room for a
- *  header behind it; a free chunk at the very end of the object grows if nothing else fits. Without
- *  free space, and always if data_size is 0, it goes behind the last child, and the bytes behind
- *  the group move. A free chunk that is filled exactly ends, its handle with it. The pad byte of
- *  data of odd size is not written.
+ *  header behind it. The free chunk at the very end of the object comes last, however small, and
+ *  grows if nothing else fits. Without free space, and always if data_size is 0, the new chunk goes
+ *  behind the last child, and the bytes behind the group move. A free chunk that is filled exactly
+ *  ends, its handle with it. The pad byte of data of odd size is not written.
  *
  *  In:   group      where the chunk goes
  *        id         its id. "RIFF" or "LIST" make no group here, but the chunk will be read as one
@@ -356,11 +364,11 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null
- *    VELMOR_CORE_FAILURE     the chunk is a virtual root, or a data chunk of 2^32 - 1 bytes without
- *                            a free neighbour, or its pad byte, which would become free data, is
- *                            missing with bytes in front of it: nothing is changed; the object is
- *                            for reading only or cannot be written, or memory runs out: the tree
- *                            may show a change that the bytes lack. Open the object anew then.
+ *    VELMOR_CORE_FAILURE     the chunk is a virtual root, or a data chunk of 2^32 - 1 bytes that is
+ *                            not free, or its pad byte, which would become free data, is missing
+ *                            with bytes in front of it: nothing is changed; the object is for
+ *                            reading only or cannot be written, or memory runs out: the tree may
+ *                            show a change that the bytes lack. Open the object anew then.
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t** chunk);
 

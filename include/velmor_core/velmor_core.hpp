@@ -118,10 +118,12 @@ class Chunk {
   uint32_t dataSize() const noexcept {
     return chunk ? velmor_core_riff_chunk_get_data_size(chunk) : 0;
   }
-  /** The bytes that the chunk takes in all, with header and pad byte. */
+  /** The bytes that the chunk takes in all, with header and pad byte; 8 for the group above the
+   *  top-level chunks, which has neither.
+   */
   uint64_t totalSize() const noexcept {
     const uint64_t size = dataSize();
-    return 8 + size + size % 2;
+    return chunk ? 8 + size + size % 2 : 0;
   }
 
   /** The group that holds the chunk; none for the group above the top-level chunks. */
@@ -452,7 +454,9 @@ class Object {
   uint64_t capacity() const noexcept { return velmor_core_riff_cache_get_capacity(object); }
   /** Empties a cache; all its chunks end. */
   void clear() const noexcept { velmor_core_riff_cache_clear(object); }
-  /** Pours all chunks of this cache or buffer into a group; returns the first of them there. */
+  /** Pours all chunks of this cache or buffer into a group; returns the first of them there. Throws
+   *  if there are none, too.
+   */
   Chunk pourInto(Chunk group) const {
     const Chunk poured = pourInto(group, std::nothrow);
     if (!poured) throw Error("a cache cannot be poured into a group");
