@@ -31,6 +31,14 @@ function note_brief(line) {
   }
 }
 
+function show_backslashes(line,    shown) {
+  while (match(line, /\\[^&f-]/)) {
+    shown = shown substr(line, 1, RSTART) "e" substr(line, RSTART + 1, 1)
+    line = substr(line, RSTART + 2)
+  }
+  return shown line
+}
+
 function begin_function(signature,    name) {
   sub(/^\.SS "/, "", signature)
   sub(/"$/, "", signature)
@@ -109,6 +117,11 @@ in_functions && /^\\fB(Parameters|Returns)\\fP$/ {
   put(/Parameters/ ? ".SH PARAMETERS" : ".SH \"RETURN VALUE\"")
   next
 }
+
+# Backslashes of programs, which Doxygen leaves to roff.
+/^\.nf$/ { in_program = 1 }
+/^\.fi$/ { in_program = 0 }
+in_program && /\\[^&f-]/ { $0 = show_backslashes($0) }
 
 # Parameters one below the other, their texts aligned.
 /^\\fI[a-z_0-9]+\\fP / {

@@ -25,6 +25,9 @@ for text in 'bytes to copy, 0 allowed' 'out of reach. Nothing is cached' 'buffer
   grep -qE "$text" <<<"$page" || fail "velmor_core_riff_chunk_get_data does not tell: $text"
 done
 
+# Programs come as they are.
+grep -qF 'are left\en"' pages/man7/velmor-core-handles.7 || fail "a program lost its backslashes"
+
 cd html
 for page in *.html; do
   grep -oE 'href="[^"]+"' "$page" | sed 's/^href="//; s/"$//' | grep -v '^https\?:' | sort -u |

@@ -144,7 +144,7 @@ help_is_there_for_all() {
   expect_equal version "velmor-core 1.0.16" "$("$program" --version)"
   expect_equal version "velmor-core 1.0.16" "$("$program" version)"
   for command in $("$program" --help | sed -n 's/^  \([a-z0-9]*\)  .*/\1/p') ; do
-    [[ $("$program" "$command" --help) == "Usage: velmor-core $command "* ]] || fail "$command --help"
+    [[ $("$program" "$command" --help) == "Usage: velmor-core $command"[[:space:]]* ]] || fail "$command --help"
     expect_equal "help $command" "$("$program" "$command" --help)" "$("$program" help "$command")"
   done
   [[ $command == version ]] || fail "no list of commands"
@@ -341,6 +341,8 @@ c'
   expect_equal list "$(sha256sum clip.avi tone.wav empty a*)" "$(<sums)"
   expect_equal pipe "$(sha256sum <clip.avi)" "$(cat clip.avi | "$program" sha256)"
   expect_equal "mapped input" "$(sha256sum <clip.avi)" "$("$program" sha256 - <clip.avi)"
+  expect_equal "rest of a file" "$(tail -c +101 clip.avi | sha256sum; sha256sum </dev/null)" \
+    "$({ dd bs=100 count=1 of=/dev/null status=none; "$program" sha256 - -; } <clip.avi)"
   rejects 1 "gone: No such file" sha256 gone
   rejects 1 "/: Is a directory" sha256 /
 }

@@ -16,7 +16,8 @@ PathStep parseStep(std::string_view text) {
     uint64_t number = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (error != std::errc() || number == 0 || std::string_view(end, digits.end()) != "]") {
-      throw UsageError("\"" + step.text + "\": behind an id, [ ] holds a number from 1");
+      throw UsageError("\"" + step.text +
+                       "\": [ ] stands last, behind the group id, and holds a number from 1");
     }
     step.number = number;
     text = text.substr(0, bracket);

@@ -38,7 +38,8 @@ void printOverview() {
 }
 
 void printHelp(const Command& command) {
-  std::cout << "Usage: velmor-core " << command.name << ' ' << command.synopsis << "\n\n"
+  std::cout << "Usage: velmor-core " << command.name << (command.synopsis.empty() ? "" : " ")
+            << command.synopsis << "\n\n"
             << command.summary << ".\n"
             << command.help;
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <iostream>
 
 #include "command.h"
@@ -17,6 +18,7 @@ constexpr double TWO_TO_63 = 9223372036854775808.0;
 
 // The shortest digits that bring the same double back.
 std::string shortest(double value) {
+  if (std::isnan(value)) return "nan";  // the sign of which says nothing
   std::array<char, 32> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
   return {digits.data(), end};

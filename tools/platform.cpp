@@ -89,7 +89,7 @@ const Command CPU = {
     .summary = "Show what is known of the processors and the memory",
     .help = R"(
 Prints the number of processors online, the size of the physical memory and the instruction-set
-features that may be used.
+features. Those of AVX-512 other than F, DQ and BW may be used only where avx512f is among them.
 )",
     .minOperands = 0,
     .maxOperands = 0,

@@ -182,8 +182,10 @@ int runRepair(const Arguments& arguments) {
   const bool inPlace = arguments.has(IN_PLACE.name);
   if (output && inPlace) throw UsageError("-o and --in-place exclude each other");
   const Survey survey = requireRemedy(file);
-  if (survey.isClean()) std::cout << file << ": sound, nothing to repair\n";
-  if (survey.isClean() && !output) return 0;
+  if (survey.isClean() && !output) {
+    std::cout << file << ": sound, nothing to repair\n";
+    return 0;
+  }
   if (inPlace) {
     File target(file, File::READ_WRITE);
     Mender(file, target, survey).mend(dropTrailing);
@@ -194,6 +196,7 @@ int runRepair(const Arguments& arguments) {
     copyAll(file, target.get());
     Mender(name, target.get(), survey).mend(dropTrailing);
     target.keep();
+    if (survey.isClean()) std::cout << file << ": sound, copied to " << name << '\n';
   }
   return 0;
 }
@@ -213,8 +216,8 @@ has more than one answer (a chunk that ends behind its group, say), nothing is w
 Bytes behind the last group, such as a tag, or what is left of a header, belong to no chunk. They
 are kept as the data of a top-level chunk "tail" at the end of the file.
 
--o OUTPUT         write to this file, which must not exist; otherwise song.wav is written to
-                  song.repaired.wav
+-o OUTPUT         write to this file, which must not exist, also if there is nothing to repair;
+                  otherwise song.wav is written to song.repaired.wav
 --in-place        write to the file itself; interrupted, this leaves it half mended
 --drop-trailing   drop the bytes that belong to no chunk
 )",

@@ -19,21 +19,16 @@ namespace {
 
 constexpr std::size_t BLOCK = 65536;
 
-// The bytes behind a descriptor: mapped where it is a file, so that large ones need no memory, else
-// read to the end.
+// The bytes behind a descriptor, from where it stands on: mapped where it is a file at its
+// beginning, so that large ones need no memory, else read. Either way the descriptor stands at the
+// end then.
 class Input {
  public:
   Input(int descriptor, const std::string& name) {
     struct stat status {};
     if (::fstat(descriptor, &status) == -1) throw Failure(name, systemError());
-    if (S_ISREG(status.st_mode) && status.st_size > 0) {
-      const auto length = static_cast<std::size_t>(status.st_size);
-      void* address = ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, descriptor, 0);
-      if (address == MAP_FAILED) throw Failure(name, systemError());
-      ::madvise(address, length, MADV_SEQUENTIAL);  // read ahead further
-      mapped = address;
-      size = length;
-    } else {
+    const bool isWhole = S_ISREG(status.st_mode) && ::lseek(descriptor, 0, SEEK_CUR) == 0;
+    if (!isWhole || !map(descriptor, static_cast<std::size_t>(status.st_size))) {
       readAll(descriptor, name);
     }
   }
@@ -47,6 +42,18 @@ class Input {
   uint64_t length() const { return size; }
 
  private:
+  // False if there is nothing to map, or it is one of the kernel's files that only look like one.
+  bool map(int descriptor, std::size_t length) {
+    if (length == 0) return false;
+    void* address = ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, descriptor, 0);
+    if (address == MAP_FAILED) return false;
+    ::madvise(address, length, MADV_SEQUENTIAL);  // read ahead further
+    ::lseek(descriptor, 0, SEEK_END);
+    mapped = address;
+    size = length;
+    return true;
+  }
+
   void readAll(int descriptor, const std::string& name) {
     for (ssize_t count = 1; count != 0;) {
       bytes.resize(size + BLOCK);

@@ -29,6 +29,10 @@
  *  unsigned integer, but -1 as a signed integer and as a double. Nothing is checked for its range:
  *  1/0 is infinity, 1%0 NaN, and each function tells what becomes of them.
  *
+ *  Rounding.  A decimal number is the double nearest to it. A prefix is one multiplication, which
+ *  rounds once more: 1.001k is 1000.9999999999999, and 1000 as an integer. Where fractions of a
+ *  unit are typed, ask for the double and round it.
+ *
  *  Results.  Every function returns true and writes its result, or returns false and leaves the
  *  result as it was: where the text is not valid, holds no expression, has other than ASCII bytes,
  *  or where memory is exhausted. What a text is worth, is the same on every thread and every call.

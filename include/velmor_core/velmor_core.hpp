@@ -4,8 +4,8 @@
  *  its family; here stands what C++ adds. Nothing is allocated or kept beside the C handles.
  *
  *  Failures.  A call comes in two forms. By default it throws velmor_core::Error. With std::nothrow
- *  as the last argument it throws nothing and returns a std::optional, a bool, or an empty Object
- * or Chunk, which is false in a condition:
+ *  as the last argument, all others written out, it throws nothing and returns a std::optional, a
+ *  bool, or an empty Object or Chunk, which is false in a condition:
  *
  *    using namespace velmor_core;
  *    Object wav = Object::openFile("a.wav");                             // throws on failure
