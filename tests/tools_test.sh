@@ -205,6 +205,15 @@ failure_is_1() {
   [[ $(<err) == *"cannot write the output"* ]] || fail "$(<err)"
 }
 
+# Reading them to their ends would take an hour.
+hopeless_files_are_refused_at_once() {
+  { printf 'RIFF' && bytes 10 00 00 00 && printf 'WAVEdata' && bytes 20 00 00 00; } >loose
+  truncate -s 8G loose || return 77
+  local why='velmor-core: loose: RIFF:WAVE/data ends 28 bytes behind the end of its group (at offset 12)'
+  expect_equal tree "$why" "$("$program" tree loose 2>&1)"
+  expect_equal recycle "$why" "$("$program" recycle loose RIFF/data 2>&1)"
+}
+
 edits_do_as_they_say() {
   : >file
   # becomes TREE COMMAND ARGUMENT...: TREE as "LEVEL NAME SIZE", all on one line

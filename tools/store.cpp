@@ -21,6 +21,10 @@ constexpr uint64_t GROUP_HEADER_SIZE = 12;
 Object openFile(const std::string& file, int32_t mode) {
   // Says why a file does not open; the store's own result has no room for reasons.
   const File probe(file, mode == VELMOR_CORE_RIFF_READ_ONLY ? File::READ : File::READ_WRITE);
+  // What the store is going to refuse can take it long, and all memory: it reads on to the end.
+  if (const auto damage = firstDamage(file); damage && damage->isFatal) {
+    throw Failure(file, findingText(*damage));
+  }
   Object object = Object::openFile(file, static_cast<velmor_core::OpenMode>(mode), std::nothrow);
   if (!object) throwRefused(file);
   return object;

@@ -162,7 +162,7 @@ class Walker {
     found(at,
           pathOf(chunk) + " ends " + counted(chunk.end() - limit(), "byte") +
               " behind the end of its group",
-          endsWithFile ? REMEDY : NO_REMEDY);
+          endsWithFile ? REMEDY : NO_REMEDY, true);
     if (endsWithFile) widenGroups();
   }
 
@@ -267,21 +267,32 @@ class Walker {
       setDataToEnd(data);
       setSize(file.chunkAt(lastGroup), mended);
     } else {
-      found(at, counted(size - at, "byte") + " behind the last group" + tag);
+      found(at, counted(size - at, "byte") + " behind the last group" + tag, REMEDY,
+            (size - at) % HEADER_SIZE != 0 && endsInZeros());
     }
     at = size;
+  }
+
+  // As the space does that was set aside for a file and not filled. To the store these are chunks
+  // without id and data.
+  bool endsInZeros() {
+    for (uint64_t offset = at; offset < size; offset += HEADER_SIZE) {
+      const RawChunk bytes = file.chunkAt(offset);
+      if (bytes.id != 0 || bytes.dataSize != 0) return false;
+    }
+    return true;
   }
 
   // --- findings
 
   enum Kind { REMEDY, NO_REMEDY, WARNING };
 
-  void found(uint64_t offset, std::string what, Kind kind = REMEDY) {
+  void found(uint64_t offset, std::string what, Kind kind = REMEDY, bool isFatal = false) {
     survey.warnings += kind == WARNING ? 1 : 0;
     survey.damages += kind == WARNING ? 0 : 1;
     survey.withoutRemedy += kind == NO_REMEDY ? 1 : 0;
     progress.clear();
-    report({offset, std::move(what), kind == WARNING, kind != NO_REMEDY});
+    report({offset, std::move(what), kind == WARNING, kind != NO_REMEDY, isFatal});
   }
 
   static std::string streamText(uint32_t claimed, uint64_t there) {

@@ -17,6 +17,7 @@ struct Finding {
   std::string what;        // names the chunk by its path
   bool isWarning = false;  // programs read the file all the same
   bool hasRemedy = true;   // there is one right answer to it
+  bool isFatal = false;    // as the first one: the store refuses the file, having read all of it
 };
 
 // "what (at offset N)".
