@@ -135,7 +135,7 @@ colour_is_for_terminals_that_want_it() {
 waiting_is_told_at_terminals() {
   script -qec true /dev/null >/dev/null || return 77 # no pseudo-terminals here
   local slow="(sleep 1.5; echo) | '$program' sha256"
-  [[ $(script -qec "$slow" /dev/null) == *$'\rhashing -: 1 s\r\e[K'01ba4719* ]] || fail "at a terminal"
+  [[ $(script -qec "$slow" /dev/null) == *$'\rhashing -: 1 s'*$'\r\e[K'01ba4719* ]] || fail "at a terminal"
   [[ $(bash -c "$slow" 2>&1) == 01ba4719* ]] || fail "elsewhere"
 }
 
