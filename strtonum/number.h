@@ -1,14 +1,14 @@
-// What the text of a number is worth: digits with a decimal fraction and exponent, with an SI or
-// binary prefix, or with a prefix letter in place of the decimal point.
+// Reads one number: digits with a decimal fraction and exponent, with an SI or binary prefix, or
+// with a prefix letter in place of the decimal point.
 //
 //   12   4Ki   1.   1.5   1e3   1.5e-3   1.5k   4.5da   4k   4k7   4da7
 //
-// No number has a sign. A digit string is an unsigned 64-bit integer, and 2^64 - 1 where it is
-// larger. Decimal fractions and exponents are rounded correctly, to infinity and to 0 too, with
-// '.' as the decimal point under every locale.
+// A number has no sign. A digit string is an unsigned 64-bit integer; larger ones count as
+// 2^64 - 1. Decimal fractions and exponents give the nearest double, which may be 0 or infinity.
+// The decimal point is '.' under every locale.
 
-#ifndef STRTONUM_NUMBER_TEXT_H
-#define STRTONUM_NUMBER_TEXT_H
+#ifndef STRTONUM_NUMBER_H
+#define STRTONUM_NUMBER_H
 
 #include <cstdint>
 #include <optional>
@@ -16,26 +16,26 @@
 
 namespace StrToNum {
 
-// A number and where its text ends. Which of the two values holds is part of the number: digits
-// alone, and digits with a binary prefix below 2^64, are integers.
+// A number that was read. Digits alone are an integer, and so are digits with a binary prefix when
+// the product is below 2^64. Everything else is a double.
 struct Number {
-  const char* end;
+  const char* end;  // directly after the number's last character
   bool isInteger;
-  uint64_t integer;
-  double real;
+  uint64_t integer;  // if isInteger
+  double real;       // if not
 };
 
-// The longest number that begins at text, which lies before end and has to be a digit.
+// Reads the longest number that begins at text. text must be before end and point to a digit.
 Number readNumber(const char* text, const char* end);
 
-// An integer's value in a calculation: its 64 bits taken as signed. Integers from 2^63 on turn
-// negative, to be mapped back when the result is asked for as an unsigned integer.
+// An integer's value in a calculation: its 64 bits taken as signed. Integers from 2^63 on become
+// negative. The conversion to an unsigned integer maps them back.
 inline double constantValue(uint64_t integer) {
   return static_cast<double>(static_cast<int64_t>(integer));
 }
 
-// The value of a text that is one number, perhaps with a sign in front and with blanks and empty
-// lines around: what the calculation of the whole text would give. Nothing for every other text.
+// Evaluates a text that is one number, with or without a sign, surrounded by any blanks and empty
+// lines. Gives the value that the parser and its tree would give; nothing for every other text.
 std::optional<double> evaluateLoneNumber(std::string_view text) noexcept;
 
 }  // namespace StrToNum
