@@ -1,4 +1,4 @@
-// The casts between the handles of the riff family and the objects and chunks that they stand for.
+// Casts between the handles of the riff family and the objects and chunks inside the C interface.
 
 #ifndef API_RIFF_HANDLES_H
 #define API_RIFF_HANDLES_H

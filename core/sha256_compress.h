@@ -26,8 +26,8 @@ void compressSha256ShaNi(Sha256State& state, const uint8_t* blocks, uint64_t cou
 
 bool hasShaExtensions(const Processor& processor);
 
-// The fastest form for the processor that runs this code. The first call asks the processor itself
-// and does not need velmor_core_init(). Any thread may call this.
+// The fastest form for the processor that runs this code. The first call queries the processor
+// itself and does not need velmor_core_init(). Any thread may call this.
 Sha256Compress getSha256Compress();
 
 // The first 32 bits of the fractional parts of the cube roots of the first 64 primes.

@@ -30,7 +30,7 @@ class Driver {
   // For the parser's actions.
   Scanner* scanner = nullptr;       // valid during parse() only
   std::vector<CalcNode*>* results;  // borrowed
-  // Allocates the nodes. It stands here since the parser's actions reach nothing but the driver.
+  // Allocates the nodes. A field of the driver, since the driver is all that the actions can reach.
   NodePool nodes;
 };
 

@@ -20,7 +20,7 @@ class NodePool {
   NodePool(const NodePool&) = delete;
   NodePool& operator=(const NodePool&) = delete;
   ~NodePool() {
-    // A block without free slots belongs to its nodes alone and may have been freed.
+    // A block without free slots belongs only to its nodes and may have been freed.
     if (taken < SLOTS) release(block, SLOTS - taken);
   }
 

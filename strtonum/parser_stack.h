@@ -1,5 +1,5 @@
-// Adapts the stack of the generated parser: how it gets its memory, and how it is indexed. For
-// parser.yy alone, which includes this before anything uses the stack.
+// Adapts the stack of the generated parser: how it gets its memory, and how it is indexed. Only
+// parser.yy includes this, before anything uses the stack.
 //
 // Memory. Bison's stack makes room for 200 symbols in a constructor that is noexcept, so exhausted
 // memory would end the process. It also constructs the 200 symbols only to clear them. This stack

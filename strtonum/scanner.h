@@ -41,7 +41,7 @@ class Scanner : public StrToNumFlexLexer {
   // Ends in a NUL of its own before the string's: two NULs are the generated scanner's end mark.
   std::string text;
   std::unique_ptr<yy_buffer_state> state;
-  yy_buffer_state* stack;  // the generated scanner's stack of buffers, which holds state alone
+  yy_buffer_state* stack;  // the generated scanner's stack of buffers, which holds only state
 };
 
 }  // namespace StrToNum
