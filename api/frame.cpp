@@ -1,5 +1,4 @@
-// The C functions of the frame: users are counted, the first one has the processor's features
-// detected.
+// The C functions of the frame: the count of registered users, and the version.
 
 #include <velmor_core/frame.h>
 

@@ -29,7 +29,7 @@ add_library(velmor-core-objects OBJECT
   strtonum/calc_node.cpp
   strtonum/convert.cpp
   strtonum/driver.cpp
-  strtonum/number_text.cpp
+  strtonum/number.cpp
 )
 set_target_properties(velmor-core-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
 target_include_directories(velmor-core-objects
