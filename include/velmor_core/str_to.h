@@ -59,11 +59,13 @@
  *
  *  Large integers.  An integer of 2^63 or more, written in digits or with a binary prefix, enters
  *  the calculation less 2^64. The text 18446744073709551615 gives -1 as a signed integer and as a
- *  double, and 18446744073709551615 as an unsigned integer. No function tells it from -1, and a
- *  larger integer such as 18446744073709551616 gives the same. Where such texts matter, look for
- *  the sign in the text, or let a decimal point be typed: 18446744073709551615. is a positive
- *  double. Where the limit is below 2^63, convert to a double and check both ends of the range: an
- *  integer that is too large comes out negative, or as 2^63.
+ *  double, and 18446744073709551615 as an unsigned integer. No function tells it from -1. A larger
+ *  integer, such as 18446744073709551616, gives the same results.
+ *
+ *  To check a range from 0 to a limit below 2^63, convert to a double and compare: a single integer
+ *  that is too large is negative, or 2^63 or more. Within an expression nothing shows it:
+ *  18446744073709551615+10 is 9. Where that matters, reject texts with more than 18 digits in a row
+ *  before you convert them. With a decimal point, 18446744073709551615.0 is a positive double.
  *
  *  Rounding.  A decimal number is the double nearest to it. A prefix is one multiplication, which
  *  rounds once more: 1.001k is 1000.9999999999999, and 1000 as an integer. Where fractions of a
