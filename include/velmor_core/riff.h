@@ -29,39 +29,41 @@
  *
  *  Opening is no validation.  Whatever can be read as a row of chunks opens. A PNG, JPEG, FLAC or
  *  text file opens as one data chunk: its first eight bytes are read as id and data size, and most
- *  of the data is missing. A million zeros open as 125,000 empty chunks. Check the ids, and the
- *  data that you need. In detail:
+ *  of the data is missing. A million zero bytes open as 125,000 empty chunks. Check the ids, and
+ * the data that you need. In detail:
  *
  *  - Each group has to end exactly where its last child ends. A stream whose header holds
  *    placeholder sizes, such as 0 or 2^32 - 1, does not open.
  *  - Bytes after the last top-level chunk are read as further chunks, whatever they are. An ID3
- *    tag opens as a data chunk that runs past the end. One to seven bytes do not open.
+ *    tag opens as a data chunk that runs past the end. Less than a header, one to seven bytes,
+ *    does not open.
  *  - A last chunk may run past the end of the bytes: see "Chunks that were cut short".
  *
  *  Free space.  A data chunk with the id "JUNK" is free space. velmor_core_riff_chunk_recycle()
  *  turns a chunk into free space. velmor_core_riff_chunk_add_data_chunk() and
  *  velmor_core_riff_chunk_add_cache() use the free chunks of the group that they add to, before the
- *  group grows. They do not use these free chunks until the object is opened again:
+ *  group grows. Two kinds of free chunks stay unused until the object is opened again, even if
+ *  velmor_core_riff_chunk_recycle() makes them larger:
  *
- *  - a chunk that was added or poured in under the id "JUNK" into free space
- *  - a free chunk whose data size became 0 when a new chunk took the rest; it stays unused even
- *    if velmor_core_riff_chunk_recycle() makes it larger
+ *  - a chunk with the id "JUNK" that was itself added into free space
+ *  - a free chunk whose data size became 0 when a new chunk took the rest
  *
- *  A group that was added under the id "JUNK" is a group, not free space. Opened again, it is a
- *  data chunk and free space.
+ *  A group that was added under the id "JUNK" is a group, not free space. When the object is opened
+ *  again, it is a data chunk, and so free space.
  *
  *  Order of free space.  A group's free chunks are tried in the order of a list. The first one is
  *  taken that the new bytes fill exactly, or that leaves room for a header after them. The list is
  *  sorted from the smallest data size to the largest, equal sizes in byte order. A free chunk that
  *  is the last top-level chunk of the object comes last, whatever its size, since it can grow
- *  without moving anything. A free chunk at the end of a group is no such chunk, even if nothing
- *  follows it.
+ *  without moving anything. A free chunk inside a group is never treated so, even if nothing
+ *  follows it in the object.
  *
- *  The list is sorted when a chunk is recycled, when a free chunk is split, and when one enters the
- *  list, be it at opening. It is not sorted when velmor_core_riff_chunk_set_data_size() resizes a
- *  free chunk, nor when another edit changes which chunk is the last. So the top-level chunks
- *  "JUNK" 100, "JUNK" 20, "data" are tried in the order 100, 20 after opening: the second "JUNK"
- *  was the last chunk when it entered the list.
+ *  The list is sorted at three points: a chunk is recycled, a free chunk is split, or a free chunk
+ *  enters the list. While an object is opened, the free chunks enter one by one, in byte order. The
+ *  list is not sorted when velmor_core_riff_chunk_set_data_size() resizes a free chunk, nor when
+ *  another edit changes which chunk is the last. So the top-level chunks "JUNK" 100, "JUNK" 20,
+ *  "data" are tried in the order 100, 20 after opening: when the second one entered the list, it
+ * was the last chunk.
  *
  *  Handles.  A chunk handle points into the tree of its object and is never freed. These end it:
  *
@@ -83,32 +85,34 @@
  *  New bytes.  Bytes that an edit adds but does not write are uninitialised: those at the end of a
  *  lengthened data chunk, a data chunk that is added with null data, and every pad byte. They hold
  *  what was stored there before, such as a part of the next chunk that has moved, or the old data
- *  of free space. Where a file grows at its end, they are zeros. Write them if old data must not
- *  reach a reader.
+ *  of free space. Where a file grows at its end, they are zeros. Overwrite them if nobody may see
+ *  the old data.
  *
  *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes keeps the
- *  size that its header states. Reading or writing the missing data fails. Two cases differ when an
- *  edit needs missing bytes:
+ *  size that its header states. Reading or writing the missing data fails. An edit that needs
+ *  missing bytes does one of two things:
  *
- *  - Only the last pad byte is missing. The edit appends it first. It stays, even if there is no
- *    room for the rest of the edit.
- *  - More is missing. The edit fails and changes nothing. Adding to the virtual root needs all
- *    bytes.
+ *  - If only the last pad byte is missing, the edit appends it first. The pad byte stays, even if
+ *    there is no room for the rest of the edit.
+ *  - If more is missing, the edit fails and changes nothing.
  *
- *  When an edit fails.  Every function that edits says which failures change nothing. All handles
- *  stay valid, those passed in and all others. The other failures leave one of two states:
+ *  An edit needs the bytes that it moves, copies or makes free, and those before the place where it
+ *  adds. Adding to the virtual root needs all.
+ *
+ *  When an edit fails.  All handles stay valid, those passed in and all others. Each function says
+ *  which failures change nothing. The other failures leave one of two states:
  *
  *  - The object is read-only. No byte has changed, but a chunk in the tree may show a new data
- *    size or id. Repeating such a call can then succeed, since nothing is left to do. Open the
- *    object again before you rely on the tree.
+ *    size or id. If the call is repeated it may succeed, since the tree already shows the result.
+ *    Open the object again before you rely on the tree.
  *  - The edit has stopped half-way. Bytes and tree may disagree, and a further edit may do more
- *    damage. Close the object and go back to a copy of the bytes. That they open again does not
- *    mean that they are sound.
+ *    damage. Close the object and go back to a copy of the bytes. Damaged bytes may well open
+ *    again.
  *
- *  An edit of a buffer or cache stops half-way only in velmor_core_riff_chunk_add_chunk() and
- *  velmor_core_riff_chunk_add_cache(), when memory runs out or the new bytes are no chunks. An edit
- *  of a file stops half-way when a system call fails, too, and bytes have changed before. These are
- *  the steps, in order:
+ *  In a buffer or cache, only velmor_core_riff_chunk_add_chunk() and
+ *  velmor_core_riff_chunk_add_cache() can stop half-way: if memory runs out, or if the new bytes
+ *  cannot be read as chunks. In a file, every edit can stop half-way: if a system call fails after
+ *  some bytes have changed. These are the steps of each edit, in order:
  *
  *    set_data                     write the data
  *    set_data_size, longer        lengthen the object; move up what follows; write the size fields
@@ -126,18 +130,18 @@
  *  The caller cannot tell from the result how far an edit got. To be safe, edit a copy of the file,
  *  fsync(2) it and rename(2) it over the original, as examples/retag_wav.c does.
  *
- *  Full disk.  A file system may lengthen a file and refuse the bytes later. The edit then stops
- *  half-way: the file is longer, and a part of what follows the edit has moved over other data.
- *  Each further try lengthens the file again.
+ *  Full disk.  A file system may lengthen a file first and refuse the bytes later. The edit then
+ *  stops half-way: the file is longer, and some of the bytes that had to move have overwritten
+ *  others. Each further try lengthens the file again.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
  *  SA_RESTART, or block signals during an edit. A process that is killed leaves a file half-way. A
  *  file that would grow past RLIMIT_FSIZE raises SIGXFSZ, which kills the process; if it is ignored
  *  the edit fails and changes nothing.
  *
- *  Power failure.  The library never calls fsync(2). A change is visible to other programs at once,
- *  and reaches the disk when the system writes it back. Errors of that are not reported. To be
- *  sure, fsync(2) the file through a descriptor of your own after the last edit.
+ *  Power failure.  The library never calls fsync(2). Other programs see a change at once. It
+ * reaches the disk when the system writes it back, and an error in writing it back is not reported.
+ * To be sure, fsync(2) the file through a descriptor of your own after the last edit.
  *
  *  Two objects over one file.  Each object has a tree of its own, read when it was opened. It does
  *  not see chunks that were added, moved or removed through another object or by another program.
@@ -148,19 +152,21 @@
  *  of each other. velmor_core_riff_chunk_add_chunk() and velmor_core_riff_chunk_add_cache() use two
  *  objects: that of the group and that of the chunk or cache.
  *
- *  Fork.  After fork(2), buffers and caches are separate in both processes. A file object is not:
- *  both share the descriptor's position, so that simultaneous calls read and write at wrong places.
- *  Use it in one of the two processes, or open the file again. exec(3) closes the descriptor.
+ *  Fork.  After fork(2), each process has its own copy of a cache or of a buffer in private memory.
+ *  The two copies of a file object share one file position, so that simultaneous calls read and
+ *  write at wrong places. Use the object in one of the processes only; in the other, open the file
+ *  again. exec(3) closes the descriptor.
  *
- *  Costs.  Opening reads each header field for itself: three reads for a data chunk, four for a
- *  group, each an lseek(2) and a read(2) of a file. The functions that walk the tree take constant
- *  time and read no bytes; velmor_core_riff_chunk_get_child() by any index, too. An edit that
- *  changes the size of the object moves all bytes that follow, writes one size field for each
- *  ancestor, and passes once over the later chunks of the tree. Recycling, and adding into free
- *  space, move no bytes; their time grows with the number of siblings.
+ *  Costs.  Opening reads three header fields of each data chunk and four of each group. In a file,
+ *  each field costs an lseek(2) and a read(2). The functions that walk the tree read no bytes and
+ *  take constant time, velmor_core_riff_chunk_get_child() for every index. An edit that changes the
+ *  size of the object moves all bytes that follow, writes the size field of each ancestor, and
+ *  passes once over the later chunks of the tree. Recycling a chunk and adding into free space move
+ *  no bytes; their time grows with the number of siblings.
  *
- *  Stack.  However deep groups nest, a call takes little stack. An edit that moves bytes of a file
- *  has a buffer of 64 KiB there, and one that copies a chunk a buffer of 32 KiB.
+ *  Stack.  However deep groups nest, a call takes little stack. There are two exceptions: an edit
+ *  that moves bytes of a file has a buffer of 64 KiB on the stack, and
+ *  velmor_core_riff_chunk_add_chunk() one of 32 KiB.
  */
 #ifndef VELMOR_CORE_RIFF_H
 #define VELMOR_CORE_RIFF_H
@@ -216,7 +222,7 @@ enum {
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_FAILURE  path is null
- *    VELMOR_CORE_FAILURE  the file cannot be opened, for writing too unless it is read-only
+ *    VELMOR_CORE_FAILURE  the file cannot be opened in this mode
  *    VELMOR_CORE_FAILURE  the file cannot be read
  *    VELMOR_CORE_FAILURE  the end of the bytes cuts a header short
  *    VELMOR_CORE_FAILURE  the children of a group do not end where the group ends
@@ -233,8 +239,8 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_file(const char* path, int32_t mod
  *
  *  - giving a chunk the data size that it has
  *  - recycling a free chunk that has no free neighbour
- *  - removing the only top-level chunk; then the object is empty, and the buffer is as before. The
- *    same edit of a read-only file fails.
+ *  - removing the only top-level chunk, which leaves the object empty and the buffer as it was. In
+ *    a read-only file, the same edit fails.
  *
  *  In:   buffer  the bytes; may be null if size is 0
  *        size    their number
@@ -278,7 +284,7 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_asset(const char* path,
 
 /** Open an empty cache: an object in memory of its own that grows as chunks are added.
  *
- *  Gather chunks under its virtual root. Pour them into another object with
+ *  Gather chunks under its virtual root. Add them to a group of another object in one call with
  *  velmor_core_riff_chunk_add_cache(). Clear the cache for the next batch.
  *
  *  In:   capacity  bytes to begin with, 0 allowed. When more are needed, the capacity becomes the
@@ -332,7 +338,7 @@ VELMOR_CORE_API uint64_t velmor_core_riff_cache_get_capacity(velmor_core_riff_ob
 
 /** The number of bytes that an object of any kind holds.
  *
- *  For a file it is the length that the object knows: that at opening, changed by its own edits.
+ *  For a file it is the length when it was opened, updated by the object's own edits only.
  *
  *  In:   object  must not be null
  *
@@ -432,6 +438,8 @@ VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_data_size(velmor_core_riff_c
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk; buffer is untouched
  *    VELMOR_CORE_FAILURE     the range is not within the data size; buffer is untouched
+ *    VELMOR_CORE_FAILURE     the chunk was cut short within the range; buffer may hold the first
+ *                            bytes
  *    VELMOR_CORE_FAILURE     the object cannot be read; buffer may hold the first bytes
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_get_data(velmor_core_riff_chunk_t* chunk,
@@ -478,7 +486,8 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t
  *    VELMOR_CORE_FAILURE     the chunk was cut short; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the chunk shows the
  *                            new data size if the total size is the same
- *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit stops half-way
+ *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
+ *                            half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_chunk_t* chunk,
                                                              uint32_t data_size);
@@ -499,11 +508,12 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_ch
  *    - group is null or not a group; nothing is changed;
  *    - chunk is null or a virtual root; nothing is changed;
  *    - chunk is `group` or one of its ancestors; nothing is changed;
- *    - chunk was cut short; a missing pad byte is appended if it is in the same object, and is a
- *      failure if it is in another; nothing is changed;
+ *    - chunk was cut short by more than its pad byte; nothing is changed;
+ *    - chunk is in another object and lacks its pad byte; nothing is changed;
+ *    - the object of group was cut short where the edit needs its bytes; nothing is changed;
  *    - the object of group cannot grow or is read-only; nothing is changed;
  *    - memory runs out; the edit may stop half-way;
- *    - a file cannot be read or written; the edit stops half-way;
+ *    - a file cannot be read or written; the edit may stop half-way;
  *    - the copied bytes hold a data chunk that was added under the id "RIFF" or "LIST", and whose
  *      data is no list of chunks; the edit stops half-way.
  */
@@ -527,12 +537,13 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
  *    - group is null or not a group; nothing is changed;
  *    - cache is null, a file, or the object of group; nothing is changed;
  *    - cache is empty; nothing is changed;
- *    - the last chunk of cache was cut short, if only by the pad byte; nothing is changed;
+ *    - the last chunk of cache was cut short, even by the pad byte alone; nothing is changed;
  *    - the object of group was cut short where the edit needs its bytes; nothing is changed;
  *    - the object of group cannot grow; nothing is changed;
- *    - the object of group is read-only; no byte is changed, but a free chunk may show a new size;
+ *    - the object of group is read-only; no byte is changed, but a free chunk that is the last
+ *      top-level chunk may show a data size that is larger by 1;
  *    - memory runs out; the edit may stop half-way;
- *    - the file cannot be read or written; the edit stops half-way;
+ *    - the file cannot be read or written; the edit may stop half-way;
  *    - cache holds a data chunk that was added under the id "RIFF" or "LIST", and whose data is no
  *      list of chunks; the edit stops half-way.
  */
@@ -564,7 +575,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
  *    - memory runs out; nothing is changed;
  *    - the object is read-only; no byte is changed, but a free chunk that is the last top-level
  *      chunk may show a data size that is larger by 1;
- *    - the file cannot be read or written; the edit stops half-way.
+ *    - the file cannot be read or written; the edit may stop half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_data_chunk(
     velmor_core_riff_chunk_t* group, uint32_t id, const void* data, uint32_t data_size);
@@ -584,7 +595,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_data_chunk(
  *    - the object cannot grow or is read-only; nothing is changed;
  *    - the object was cut short where the edit needs its bytes; nothing is changed;
  *    - memory runs out; nothing is changed;
- *    - the file cannot be read or written; the edit stops half-way.
+ *    - the file cannot be read or written; the edit may stop half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk(
     velmor_core_riff_chunk_t* group, uint32_t id, uint32_t group_id);
@@ -593,7 +604,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *
  *  It is joined with free chunks directly before and after it, up to a total size of 2^32 - 1
  *  bytes. The object and all groups keep their sizes. The data stays in the bytes until it is
- *  overwritten. 4 or 8 bytes are written, or none if the chunk is free and has no free neighbour.
+ *  overwritten. 4 or 8 bytes of a header are written. Nothing is written if the chunk is free and
+ *  has no free neighbour.
  *
  *  In:   chunk  pointer to the handle of the chunk; may be null, which fails
  *  Out:  chunk  receives the free chunk that covers the bytes now, on success
@@ -601,20 +613,22 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *  These handles end on success:
  *
  *  - that of the chunk, if it is a group or is joined with a free neighbour
- *  - all handles of what the group held
- *  - that of the free chunk after it, if a free chunk before it is joined with both
+ *  - those of all chunks in it, if it is a group
+ *  - that of the free chunk after it, if a free chunk before it takes both
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null; nothing is changed
  *    VELMOR_CORE_FAILURE     the chunk is a virtual root; nothing is changed
  *    VELMOR_CORE_FAILURE     the chunk is not free, and its data size is 2^32 - 1; nothing is
  *                            changed
- *    VELMOR_CORE_FAILURE     the pad byte would become free data, but the object ends before it
- *                            and cannot be completed; nothing is changed
+ *    VELMOR_CORE_FAILURE     the pad byte would become free data, and the chunk was cut short by
+ *                            more than the pad byte; nothing is changed
+ *    VELMOR_CORE_FAILURE     the pad byte would become free data, it is missing, and the object
+ *                            cannot grow; nothing is changed
  *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the tree may show
  *                            a new id or data size
- *    VELMOR_CORE_FAILURE     the file cannot be read or written; the edit stops half-way
+ *    VELMOR_CORE_FAILURE     the file cannot be read or written; the edit may stop half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t** chunk);
 
@@ -629,10 +643,10 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t*
  *    VELMOR_CORE_BAD_HANDLE  chunk is null; nothing is changed
  *    VELMOR_CORE_FAILURE     chunk is a virtual root; nothing is changed
  *    VELMOR_CORE_FAILURE     chunk was cut short by more than its pad byte; nothing is changed
- *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. Removing the only
- *                            top-level chunk of a read-only buffer succeeds, that of a read-only
- *                            file fails
- *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit stops half-way
+ *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. The only top-level chunk
+ *                            of a read-only buffer is removed with success all the same
+ *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
+ *                            half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_remove(velmor_core_riff_chunk_t* chunk);
 

@@ -64,8 +64,8 @@
  *
  *  To check a range from 0 to a limit below 2^63, convert to a double and compare: a single integer
  *  that is too large is negative, or 2^63 or more. Within an expression nothing shows it:
- *  18446744073709551615+10 is 9. Where that matters, reject texts with more than 18 digits in a row
- *  before you convert them. With a decimal point, 18446744073709551615.0 is a positive double.
+ *  18446744073709551615+10 is 9. To be certain, accept single numbers only: convert the number
+ *  without its sign, and reject negative results. A number with a decimal point is not affected.
  *
  *  Rounding.  A decimal number is the double nearest to it. A prefix is one multiplication, which
  *  rounds once more: 1.001k is 1000.9999999999999, and 1000 as an integer. Where fractions of a
