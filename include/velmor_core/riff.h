@@ -30,7 +30,7 @@
  *  Opening is no validation.  Whatever can be read as a row of chunks opens. A PNG, JPEG, FLAC or
  *  text file opens as one data chunk: its first eight bytes are read as id and data size, and most
  *  of the data is missing. A million zero bytes open as 125,000 empty chunks. Check the ids, and
- * the data that you need. In detail:
+ *  the data that you need. In detail:
  *
  *  - Each group has to end exactly where its last child ends. A stream whose header holds
  *    placeholder sizes, such as 0 or 2^32 - 1, does not open.
@@ -63,7 +63,7 @@
  *  list is not sorted when velmor_core_riff_chunk_set_data_size() resizes a free chunk, nor when
  *  another edit changes which chunk is the last. So the top-level chunks "JUNK" 100, "JUNK" 20,
  *  "data" are tried in the order 100, 20 after opening: when the second one entered the list, it
- * was the last chunk.
+ *  was the last chunk.
  *
  *  Handles.  A chunk handle points into the tree of its object and is never freed. These end it:
  *
@@ -139,9 +139,9 @@
  *  file that would grow past RLIMIT_FSIZE raises SIGXFSZ, which kills the process; if it is ignored
  *  the edit fails and changes nothing.
  *
- *  Power failure.  The library never calls fsync(2). Other programs see a change at once. It
- * reaches the disk when the system writes it back, and an error in writing it back is not reported.
- * To be sure, fsync(2) the file through a descriptor of your own after the last edit.
+ *  Power failure.  The library never calls fsync(2). Other programs see a change at once, but it
+ *  reaches the disk when the system writes it back. An error in writing it back is not reported. To
+ *  be sure, fsync(2) the file through a descriptor of your own after the last edit.
  *
  *  Two objects over one file.  Each object has a tree of its own, read when it was opened. It does
  *  not see chunks that were added, moved or removed through another object or by another program.

@@ -57,10 +57,10 @@
  *  So integers above 2^53 are rounded: 9223372036854775807 becomes 2^63. Nothing is checked for its
  *  range: 1/0 is infinity, 1%0 is NaN, and each function says what it makes of them.
  *
- *  Large integers.  An integer of 2^63 or more, written in digits or with a binary prefix, enters
- *  the calculation less 2^64. The text 18446744073709551615 gives -1 as a signed integer and as a
- *  double, and 18446744073709551615 as an unsigned integer. No function tells it from -1. A larger
- *  integer, such as 18446744073709551616, gives the same results.
+ *  Large integers.  An integer from 2^63 to 2^64 - 1, in digits or with a binary prefix, is taken
+ *  minus 2^64. So the text 18446744073709551615 gives -1 as a signed integer and as a double, and
+ *  18446744073709551615 as an unsigned integer. The text -1 gives the same three results. So does
+ *  18446744073709551616, which counts as 2^64 - 1.
  *
  *  To check a range from 0 to a limit below 2^63, convert to a double and compare: a single integer
  *  that is too large is negative, or 2^63 or more. Within an expression nothing shows it:
@@ -87,8 +87,8 @@ extern "C" {
 /** Convert a number text to a signed 64-bit integer.
  *
  *  The value is truncated toward zero: 1.9 gives 1, and -1.9 gives -1. Values that do not fit,
- *  infinities and NaN give -9223372036854775808 (INT64_MIN). Integers of 2^63 and more in the text
- *  count as negative: see "Large integers".
+ *  infinities and NaN give -9223372036854775808 (INT64_MIN). For integers of 2^63 and
+ *  more in the text see "Large integers".
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the integer; not null
@@ -99,12 +99,13 @@ VELMOR_CORE_API bool velmor_core_str_to_i64(const char* str, int64_t* value);
 
 /** Convert a number text to an unsigned 64-bit integer.
  *
- *  The value is truncated toward zero. Then it is converted as follows:
+ *  The value is truncated toward zero. Infinities count as very large and very small values. Then
+ *  the value is converted as follows:
  *
  *    0 to 2^64 - 1              the value
  *    above -2^63, below 0       the value + 2^64: -1 gives 18446744073709551615
- *    2^64 and more, infinity    0
- *    all others, NaN            9223372036854775808
+ *    2^64 and more              0
+ *    -2^63 and less, NaN        9223372036854775808
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the integer; not null
@@ -115,8 +116,8 @@ VELMOR_CORE_API bool velmor_core_str_to_u64(const char* str, uint64_t* value);
 
 /** Convert a number text to a double.
  *
- *  The value is the result of the calculation, infinities and NaN included. Integers of 2^63 and
- *  more in the text count as negative: see "Large integers".
+ *  The value is the result of the calculation, infinities and NaN included. For integers of 2^63
+ *  and more in the text see "Large integers".
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the double; not null
