@@ -96,8 +96,9 @@
  *    there is no room for the rest of the edit.
  *  - If more is missing, the edit fails and changes nothing.
  *
- *  An edit needs the bytes that it moves, copies or makes free, and those before the place where it
- *  adds. Adding to the virtual root needs all.
+ *  An edit needs the bytes that it writes, copies or removes, and a pad byte that becomes data. If
+ *  it changes the size of the object, it needs all bytes before the place of the change. Adding to
+ *  the virtual root needs all bytes.
  *
  *  When an edit fails.  All handles stay valid, those passed in and all others. Each function says
  *  which failures change nothing. The other failures leave one of two states:
