@@ -7,7 +7,7 @@
  *
  * The title is the chunk INAM in the group LIST:INFO. Both are added where they are missing.
  */
-#define _XOPEN_SOURCE 700
+#define _XOPEN_SOURCE 700 /* NOLINT: POSIX gives the name */
 
 #include <errno.h>
 #include <fcntl.h>
