@@ -51,8 +51,8 @@
  *  A group that was added under the id "JUNK" is a group, not free space. When the object is opened
  *  again, it is a data chunk, and so free space.
  *
- *  Order of free space.  A group's free chunks are tried in the order of a list. The first one is
- *  taken that the new bytes fill exactly, or that leaves room for a header after them. The list is
+ *  Order of free space.  A group's free chunks are tried in the order of a list. The first one that
+ *  fits is used: the new bytes fill it exactly, or leave room for a header after them. The list is
  *  sorted from the smallest data size to the largest, equal sizes in byte order. A free chunk that
  *  is the last top-level chunk of the object comes last, whatever its size, since it can grow
  *  without moving anything. A free chunk inside a group is never treated so, even if nothing
@@ -75,12 +75,20 @@
  *
  *  No other edit ends a handle, however far it moves the chunk. A call that fails ends none.
  *
- *  Null.  A null chunk handle is tested for by velmor_core_riff_chunk_get_group_id(), _get_child()
- *  and _get_child_count(), and by every function that reads or writes data or edits. It is not
- *  tested for by velmor_core_riff_chunk_get_id(), _get_parent(), _get_next() and _get_data_size().
- *  A null object handle is tested for by velmor_core_riff_close() and
- *  velmor_core_riff_chunk_add_cache() alone. The out-pointers of the open functions must not be
- *  null. A null data buffer is allowed where the size is 0.
+ *  Null.  These may be null; the functions test for it:
+ *
+ *  - a chunk handle in velmor_core_riff_chunk_get_group_id(), _get_child(), _get_child_count() and
+ *    all functions that read data, write data or edit
+ *  - an object handle in velmor_core_riff_close() and velmor_core_riff_chunk_add_cache()
+ *  - the path of velmor_core_riff_open_file()
+ *  - a buffer whose size is 0
+ *
+ *  These must not be null, and this is not tested:
+ *
+ *  - a chunk handle in velmor_core_riff_chunk_get_id(), _get_parent(), _get_next() and
+ *    _get_data_size()
+ *  - an object handle in all other functions
+ *  - the out-pointer of an open function
  *
  *  New bytes.  Bytes that an edit adds but does not write are uninitialised: those at the end of a
  *  lengthened data chunk, a data chunk that is added with null data, and every pad byte. They hold
@@ -112,8 +120,8 @@
  *
  *  In a buffer or cache, only velmor_core_riff_chunk_add_chunk() and
  *  velmor_core_riff_chunk_add_cache() can stop half-way: if memory runs out, or if the new bytes
- *  cannot be read as chunks. In a file, every edit can stop half-way: if a system call fails after
- *  some bytes have changed. These are the steps of each edit, in order:
+ *  cannot be read as chunks. In a file, every edit can stop half-way, also if a system call fails
+ *  after some bytes have changed. These are the steps of each edit, in order:
  *
  *    set_data                     write the data
  *    set_data_size, longer        lengthen the object; move up what follows; write the size fields
