@@ -12,39 +12,40 @@ extern "C" {
 typedef struct {
   /** Packed version: four 16-bit numbers, the most significant first (1, 0, 16, 0). */
   uint64_t version;
-  /** Text that tells a special build apart: empty here, never null. */
+  /** Name of a special build: empty in this library, never null. */
   const char* extra;
 } velmor_core_version_t;
 
-/** Count one more user of the library; the first one detects the processor's features.
+/** Register one user of the library. The first one detects the processor's features.
  *
- *  Detection runs on every call that takes the count from 0 to 1 and finds the same features each
- *  time. The count is changed atomically, but a call that finds it above 0 returns at once, even
- *  while the first one is still detecting: let the first call return before other threads ask
- *  velmor_core_cpu_has_*().
+ *  Detection runs on every call that takes the number of users from 0 to 1. It finds the same
+ *  features each time. The number is changed atomically. A call that finds it above 0 returns at
+ *  once, even while the first call is still detecting. So let the first call return before other
+ *  threads call velmor_core_cpu_has_*().
  *
- *  Balance each call with velmor_core_fini().
+ *  Unregister with velmor_core_fini(), once for each call.
  */
 VELMOR_CORE_API void velmor_core_init(void);
 
-/** Count one user of the library less.
+/** Unregister one user of the library.
  *
- *  Nothing is released or closed: open objects stay open and the CPU features stay known. The count
- *  is not guarded: one call too many takes it below 0, and the next velmor_core_init() then brings
- *  it back to 0 without detecting anything.
+ *  Nothing is released or closed: open objects stay open, and the CPU features stay known. One call
+ *  too many takes the number of users below 0. The next velmor_core_init() then brings it back to 0
+ *  and detects nothing.
  */
 VELMOR_CORE_API void velmor_core_fini(void);
 
 /** The version of the library.
  *
- *  Returns the same pointer to constant data on every call, valid while the library is loaded, also
- *  before velmor_core_init().
+ *  Works before velmor_core_init(), too.
+ *
+ *  Returns a pointer to constant data: the same on every call, valid while the library is loaded
  */
 VELMOR_CORE_API const velmor_core_version_t* velmor_core_get_version(void);
 
-/** Name the platform's asset manager. On Linux there is none, and the call does nothing.
+/** Set the platform's asset manager. On Linux there is none, and the call does nothing.
  *
- *  In:   asset_manager  anything, null too; not looked at
+ *  In:   asset_manager  anything; may be null
  */
 VELMOR_CORE_API void velmor_core_set_asset_manager(void* asset_manager);
 
