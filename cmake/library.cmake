@@ -52,9 +52,12 @@ target_link_options(velmor-core PRIVATE LINKER:--version-script=${export_list})
 if(NOT VELMOR_CORE_SANITIZE)
   target_link_options(velmor-core PRIVATE LINKER:--no-undefined)
 endif()
+# SOVERSION is the number of the binary interface, in the SONAME and in the version node of
+# exports.map. It changes only when programs would have to be linked again; the release's number
+# comes after it in the name of the file.
 set_target_properties(velmor-core PROPERTIES
-  VERSION 0.${PROJECT_VERSION_MINOR}.${PROJECT_VERSION_PATCH}
   SOVERSION 0
+  VERSION 0.${PROJECT_VERSION}
   LINKER_LANGUAGE CXX
   LINK_DEPENDS ${export_list}
   EXPORT_NAME core
