@@ -3,7 +3,7 @@
 #   abi_test.sh SOURCE CXX [--update]   --update stores the description anew: on purpose only
 set -euo pipefail
 source=$1 cxx=$2 update=${3:-}
-stored=abi/libvelmor-core.so.0.abi
+stored=tests/product/libvelmor-core.so.0.abi
 type abidw abidiff >/dev/null 2>&1 || { echo "no abigail-tools"; exit 77; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -13,7 +13,7 @@ fail() { echo "$*" >&2; exit 1; }
   cmake --build "$work" --target docs; } >"$work/log" 2>&1 || fail "$(tail -n 30 "$work/log")"
 
 cd "$work/docs"
-for name in $(grep -oE '\bvelmor_core_\w+' "$source/cmake/exports.map"); do
+for name in $(grep -oE '^ velmor_core_\w+' "$source/debian/libvelmor-core0.symbols"); do
   page=pages/man3/$name.3
   grep -q "^$name .- [A-Z0-9].*[A-Za-z0-9)]$" "$page" || fail "$name: no summary"
   grep -qE "[ *]$name\(.*\);$" "$page" || fail "$name: no declaration"
