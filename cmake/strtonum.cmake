@@ -1,5 +1,5 @@
-# Scanner and parser of number texts: flex and Bison make them from their rules at build time. The
-# headers are included as "strtonum/parser.h", beside those that are written by hand.
+# The scanner and the parser of number texts, which flex and Bison generate at build time. Their headers
+# are included like those written by hand, as "strtonum/parser.h".
 find_package(FLEX 2.6 REQUIRED)
 find_package(BISON 3.8 REQUIRED)
 
@@ -13,6 +13,6 @@ add_flex_bison_dependency(StrToNumScanner StrToNumParser)
 target_sources(velmor-core-objects PRIVATE ${BISON_StrToNumParser_OUTPUTS}
                                            ${FLEX_StrToNumScanner_OUTPUTS})
 target_include_directories(velmor-core-objects SYSTEM PRIVATE ${PROJECT_BINARY_DIR}/generated)
-# What flex generates casts the C way.
+# The code that flex generates has C casts and implicit conversions.
 set_source_files_properties(${FLEX_StrToNumScanner_OUTPUTS} PROPERTIES
                             COMPILE_OPTIONS "-Wno-old-style-cast;-Wno-conversion")
