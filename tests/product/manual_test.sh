@@ -9,7 +9,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "$*" >&2; exit 1; }
 
-{ cmake -S "$source" -B "$work" -G Ninja -DVELMOR_CORE_BUILD_DOCS=ON -DVELMOR_CORE_BUILD_TOOLS=OFF &&
+{ cmake -S "$source" -B "$work" -G Ninja -DVELMOR_CORE_BUILD_DOCS=ON -DVELMOR_CORE_BUILD_TOOLS=OFF \
+    -DVELMOR_CORE_WERROR=ON &&
   cmake --build "$work" --target docs; } >"$work/log" 2>&1 || fail "$(tail -n 30 "$work/log")"
 
 cd "$work/docs"
