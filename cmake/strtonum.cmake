@@ -1,5 +1,5 @@
-# The scanner and the parser of number texts, which flex and Bison generate at build time. Their headers
-# are included like those written by hand, as "strtonum/parser.h".
+# The scanner and parser of number texts, which flex and Bison generate at build time. Sources
+# include the generated header as "strtonum/parser.h".
 find_package(FLEX 2.6 REQUIRED)
 find_package(BISON 3.8 REQUIRED)
 
@@ -18,6 +18,6 @@ add_flex_bison_dependency(StrToNumScanner StrToNumParser)
 target_sources(velmor-core-objects PRIVATE ${BISON_StrToNumParser_OUTPUTS}
                                            ${FLEX_StrToNumScanner_OUTPUTS})
 target_include_directories(velmor-core-objects SYSTEM PRIVATE ${PROJECT_BINARY_DIR}/generated)
-# The code that flex generates has C casts and implicit conversions.
+# The code that flex generates uses C casts.
 set_source_files_properties(${FLEX_StrToNumScanner_OUTPUTS} PROPERTIES
                             COMPILE_OPTIONS "-Wno-old-style-cast;-Wno-conversion")
