@@ -19,14 +19,14 @@ for name in $(grep -oE '^ velmor_core_\w+' "$source/debian/libvelmor-core0.symbo
   grep -q "^$name .- [A-Z0-9].*[A-Za-z0-9)]$" "$page" || fail "$name: no summary"
   grep -qE "[ *]$name\(.*\);$" "$page" || fail "$name: no declaration"
 done
-# Nothing that the header tells is missing.
+# A man page has all of the header's text.
 page=$(sed 's/\\f[A-Z]//g; s/\\&//g' pages/man3/velmor_core_riff_chunk_get_data.3 | tr -s '\n ' ' ')
 for text in 'bytes to copy, 0 allowed' 'out of reach. Nothing is cached' 'buffer +receives size bytes' \
   'VELMOR_CORE_BAD_HANDLE: chunk is null' 'read: buffer may hold the first bytes'; do
   grep -qE "$text" <<<"$page" || fail "velmor_core_riff_chunk_get_data does not tell: $text"
 done
 
-# Programs come as they are.
+# Programs keep their backslashes.
 grep -qF 'are left\en"' pages/man7/velmor-core-handles.7 || fail "a program lost its backslashes"
 
 cd html
