@@ -1,4 +1,21 @@
-/** Start and stop of the library, and its version. */
+/** Start and stop of the library, and its version.
+ *
+ *  Release.  Four numbers of 16 bits name a release: major, minor, patch and build. Packages and
+ *  pkg-config use the first three. Release 1.0.16.0, for example, is velmor-core 1.0.16, and its
+ *  packed number is 0x0001000000100000.
+ *
+ *  Binary interface.  Its number is 0, whatever the release is called. It stands in the SONAME,
+ *  `libvelmor-core.so.0`, and in the version node of every function, `VELMOR_CORE_0`. The
+ *  installed file has both numbers in its name: `libvelmor-core.so.0.1.0.16` has interface 0 and is
+ *  release 1.0.16. While the SONAME stays, every function, constant and record layout stays: a
+ *  program runs with the release that it was linked with and with every later one. Later releases
+ *  may add functions; a program that uses one needs a release that has it.
+ *
+ *  Deprecation.  A function that is to be removed first gets the compiler's `deprecated`
+ *  attribute, and its text names the replacement. It keeps working while the SONAME stays. A
+ *  release that removes it has the next SONAME, `libvelmor-core.so.1`, so that both can be
+ *  installed.
+ */
 #ifndef VELMOR_CORE_FRAME_H
 #define VELMOR_CORE_FRAME_H
 
@@ -8,9 +25,33 @@
 extern "C" {
 #endif
 
+/** The first number of the release that these headers belong to. */
+#define VELMOR_CORE_VERSION_MAJOR 1
+/** The second number: raised when functions are added. */
+#define VELMOR_CORE_VERSION_MINOR 0
+/** The third number: raised for corrections. */
+#define VELMOR_CORE_VERSION_PATCH 16
+/** The fourth number: 0 in a release. Whoever distributes a changed build may raise it. */
+#define VELMOR_CORE_VERSION_BUILD 0
+
+/** Pack the four numbers of a release, to compare with. Usable in `#if`:
+ *
+ *    #if VELMOR_CORE_VERSION_NUMBER >= VELMOR_CORE_MAKE_VERSION(1, 1, 0, 0)
+ */
+#define VELMOR_CORE_MAKE_VERSION(major, minor, patch, build) \
+  (0x1000000000000ULL * (major) + 0x100000000ULL * (minor) + 0x10000ULL * (patch) + (build))
+
+/** The packed version of these headers. Usable in `#if`.
+ *
+ *  The library that is loaded may be another release: ask velmor_core_get_version().
+ */
+#define VELMOR_CORE_VERSION_NUMBER                                               \
+  VELMOR_CORE_MAKE_VERSION(VELMOR_CORE_VERSION_MAJOR, VELMOR_CORE_VERSION_MINOR, \
+                           VELMOR_CORE_VERSION_PATCH, VELMOR_CORE_VERSION_BUILD)
+
 /** The version of the library that is loaded. */
 typedef struct {
-  /** Packed version: four 16-bit numbers, the most significant first (1, 0, 16, 0). */
+  /** Packed version: 16 bits each for major (the highest), minor, patch and build. */
   uint64_t version;
   /** Name of a special build: empty in this library, never null. */
   const char* extra;
