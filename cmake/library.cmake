@@ -23,10 +23,10 @@ add_library(velmor-core-objects OBJECT
   riff/data_chunk.cpp
   riff/file_object.cpp
   riff/free_list.cpp
+  riff/free_space.cpp
   riff/group_chunk.cpp
   riff/memory_object.cpp
   riff/object.cpp
-  riff/virtual_root_chunk.cpp
   strtonum/calc_node.cpp
   strtonum/convert.cpp
   strtonum/driver.cpp
