@@ -46,7 +46,7 @@ static_assert(FindsGroup<GroupId>() && !FindsGroup<Id>() && !FindsGroup<uint32_t
 static_assert(Finds<Id>() && Finds<const char*>() && !Finds<GroupId>() && !Finds<uint32_t>());
 static_assert(OpensFileAs<Mode>() && !OpensFileAs<int>());
 static_assert(Hashes<const char*>() && Hashes<std::vector<double>>() && !Hashes<char (&)[9]>() &&
-              !Hashes<std::vector<std::string>>());
+              !Hashes<std::nullptr_t>() && !Hashes<std::vector<std::string>>());
 #if __cplusplus >= 202002L
 template <std::size_t Size>
 concept IsIdLength = requires {
@@ -158,24 +158,24 @@ std::string errorOf(Call call) {
 
 TEST(CppHeader, FailuresThrowStatusAndReasonOrNothing) {
   EXPECT_EQ(errorOf([] { (void)Object::openFile("/nonexistent"); }),
-            "-1 a file cannot be opened as chunks");
+            "-1 the file cannot be read as RIFF chunks");
   EXPECT_FALSE(Object::openFile(std::string("/nonexistent"), Mode::ReadOnly, std::nothrow));
   const string_view cut("data\xff\xff\xff\xffxyz", 11);
   const Object object = Object::openBuffer(cut);
   const Chunk data = object.first();
   char buffer[2];
   EXPECT_EQ(errorOf([&] { (void)data.data<std::string>(); }),
-            "-1 the data of a chunk cannot be read");
+            "-1 the data of the chunk cannot be read");
   EXPECT_EQ(data.data<std::string>(std::nothrow), std::nullopt);
   EXPECT_EQ(errorOf([&] { (void)object.root().data<std::string>(); }),
-            "-200 there is no chunk, or it is a group");
+            "-200 there is no chunk, or it is of another kind");
   EXPECT_EQ(errorOf([&] { data.read(buffer, 0xfffffffe); }),
-            "-1 the range ends past the end of a chunk's data");
-  EXPECT_EQ(errorOf([&] { data.write(cut); }), "-1 the data of a chunk cannot be written");
-  EXPECT_EQ(errorOf([&] { object.root().addData("x"_id, cut); }), "-1 a chunk cannot be added");
-  EXPECT_EQ(errorOf([&] { object.root().recycle(); }), "-1 a chunk cannot be recycled");
-  EXPECT_EQ(errorOf([&] { object.root().remove(); }), "-1 a chunk cannot be removed");
-  EXPECT_EQ(errorOf([] { Chunk().resize(1); }), "-200 there is no chunk, or it is a group");
+            "-1 the range ends past the end of the chunk's data");
+  EXPECT_EQ(errorOf([&] { data.write(cut); }), "-1 the data of the chunk cannot be written");
+  EXPECT_EQ(errorOf([&] { object.root().addData("x"_id, cut); }), "-1 the chunk cannot be added");
+  EXPECT_EQ(errorOf([&] { object.root().recycle(); }), "-1 the chunk cannot be recycled");
+  EXPECT_EQ(errorOf([&] { object.root().remove(); }), "-1 the chunk cannot be removed");
+  EXPECT_EQ(errorOf([] { Chunk().resize(1); }), "-200 there is no chunk, or it is of another kind");
 }
 
 // A sparse file stands in for gigabytes. What fits exactly is not refused, and a refused edit
@@ -185,7 +185,7 @@ TEST(CppHeader, GroupsDoNotGrowPast4GiB) {
   const Object file = Object::openFile(path, Mode::Create);
   const Chunk riff = file.root().addGroup("RIFF"_id, "test"_group);
   const Chunk large = riff.addData("data"_id, Bytes(nullptr, 0xffffffe0));  // leaves 19 bytes
-  std::remove(path.c_str());
+  EXPECT_EQ(std::remove(path.c_str()), 0);
   const Object cache = Object::openCache();
   cache.root().addData("more"_id, "12345678901");
   const std::string refused = "-1 a group would become larger than 4 GiB";

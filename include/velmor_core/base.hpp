@@ -102,6 +102,7 @@ class Bytes {
   /** The characters of a text up to its NUL, which does not count; no bytes for null. */
   constexpr Bytes(const char* text) noexcept  // NOLINT(google-explicit-constructor)
       : first(text), count(text ? std::string_view(text).size() : 0) {}
+  Bytes(std::nullptr_t) = delete;  ///< Not even from a literal 0.
   /** The bytes of a range. */
   template <typename Range, std::enable_if_t<detail::IsByteRange<const Range>::value &&
                                                  !detail::IsCharArray<Range>::value,

@@ -24,6 +24,11 @@ class Children;
 class Matches;
 class Object;
 
+namespace detail {
+struct ChunkKind;
+struct GroupKind;
+}  // namespace detail
+
 /** Four characters as one value: an Id or a GroupId, which do not convert to each other. */
 template <typename Kind>
 class FourCharacters {
@@ -62,25 +67,14 @@ class FourCharacters {
 };
 
 /** The id of a chunk: "fmt "_id. */
-using Id = FourCharacters<Chunk>;
+using Id = FourCharacters<detail::ChunkKind>;
 /** The group id of a group: "WAVE"_group. */
-using GroupId = FourCharacters<Children>;
+using GroupId = FourCharacters<detail::GroupKind>;
 
-/* The literals of ids. C++17 has no function that runs at compile time only, so that there a
-   template with the characters as its arguments stands in, which g++ and clang offer. */
+/* The literals of ids. C++17 has no functions that run at compile time only. A template whose
+   arguments are the characters stands in there: an extension that g++ and clang offer. */
 inline namespace literals {
-#if __cplusplus >= 202002L
-/** The id of a literal: "fmt "_id, "LIST"_id. It has one to four characters and is padded with
- *  spaces; any other literal does not compile.
- */
-consteval Id operator""_id(const char* text, std::size_t length) {
-  return Id::parse(std::string_view(text, length)).value();
-}
-/** The group id of a literal: "WAVE"_group, "INFO"_group. As operator""_id(). */
-consteval GroupId operator""_group(const char* text, std::size_t length) {
-  return GroupId::parse(std::string_view(text, length)).value();
-}
-#else
+#if defined(__cplusplus) && __cplusplus < 202002L
 #pragma GCC diagnostic push
 #ifdef __clang__
 #pragma GCC diagnostic ignored "-Wgnu-string-literal-operator-template"
@@ -99,6 +93,17 @@ operator""_group() {
   return *GroupId::parse(std::string_view(characters, sizeof...(text)));
 }
 #pragma GCC diagnostic pop
+#else
+/** The id of a literal: "fmt "_id, "LIST"_id. It has one to four characters and is padded with
+ *  spaces; any other literal does not compile.
+ */
+consteval Id operator""_id(const char* text, std::size_t length) {
+  return Id::parse(std::string_view(text, length)).value();
+}
+/** The group id of a literal: "WAVE"_group, "INFO"_group. As operator""_id(). */
+consteval GroupId operator""_group(const char* text, std::size_t length) {
+  return GroupId::parse(std::string_view(text, length)).value();
+}
 #endif
 }  // namespace literals
 
@@ -247,62 +252,62 @@ class Chunk {
 #ifdef __cpp_exceptions
   /* --- The same operations; they throw Error on failure --- */
 
-  /** As above; throws Error on failure. */
+  /** Fills a view with data; throws Error on failure. */
   void read(MutableBytes bytes, uint32_t offset = 0) const {
     const int32_t status = readStatus(bytes, offset);
     if (status != VELMOR_CORE_SUCCESS) {
-      fail(isInside(bytes.size(), offset) ? "the data of a chunk cannot be read" : PAST_END,
+      fail(isInside(bytes.size(), offset) ? "the data of the chunk cannot be read" : PAST_END,
            status);
     }
   }
-  /** As above; throws Error on failure. */
+  /** Overwrites data; throws Error on failure. */
   void write(Bytes bytes, uint32_t offset = 0) const {
     const int32_t status = writeStatus(bytes, offset);
     if (status != VELMOR_CORE_SUCCESS) {
-      fail(isInside(bytes.size(), offset) ? "the data of a chunk cannot be written" : PAST_END,
+      fail(isInside(bytes.size(), offset) ? "the data of the chunk cannot be written" : PAST_END,
            status);
     }
   }
-  /** As above; throws Error on failure. */
+  /** All data in a container; throws Error on failure, and what the container throws. */
   template <typename Container>
   [[nodiscard]] Container data() const {
     Container bytes;
     const int32_t status = readAll(bytes);
-    if (status != VELMOR_CORE_SUCCESS) fail("the data of a chunk cannot be read", status);
+    if (status != VELMOR_CORE_SUCCESS) fail("the data of the chunk cannot be read", status);
     return bytes;
   }
-  /** As above; throws Error on failure. */
+  /** Lengthens or cuts the data at their end; throws Error on failure. */
   void resize(uint32_t size) const {
     if (!hasRoomToResize(size)) fail(TOO_LARGE, VELMOR_CORE_FAILURE);
     const int32_t status = velmor_core_riff_chunk_set_data_size(chunk, size);
-    if (status != VELMOR_CORE_SUCCESS) fail("a chunk cannot be resized", status);
+    if (status != VELMOR_CORE_SUCCESS) fail("the chunk cannot be resized", status);
   }
-  /** As above; throws Error on failure. */
+  /** Adds a data chunk to this group; throws Error on failure. */
   Chunk addData(Id newId, Bytes bytes) const {
     requireRoom(totalSizeOf(bytes.size()));
     return added(addData(newId, bytes, std::nothrow));
   }
-  /** As above; throws Error on failure. */
+  /** Appends an empty group to this group; throws Error on failure. */
   Chunk addGroup(Id newId, GroupId newGroupId) const {
     requireRoom(EMPTY_GROUP_SIZE);
     return added(addGroup(newId, newGroupId, std::nothrow));
   }
-  /** As above; throws Error on failure. */
+  /** Appends a copy of a chunk with everything in it; throws Error on failure. */
   Chunk addCopy(Chunk source) const {
     requireRoom(source.totalSize());
     return added(addCopy(source, std::nothrow));
   }
-  /** As above; throws Error on failure. */
+  /** Adds all chunks of a cache or buffer; throws Error on failure, and if there are none. */
   Chunk addCache(const Object& cache) const;
-  /** As above; throws Error on failure. */
+  /** Removes the chunk and everything in it; throws Error on failure. */
   void remove() const {
     const int32_t status = velmor_core_riff_chunk_remove(chunk);
-    if (status != VELMOR_CORE_SUCCESS) fail("a chunk cannot be removed", status);
+    if (status != VELMOR_CORE_SUCCESS) fail("the chunk cannot be removed", status);
   }
-  /** As above; throws Error on failure. */
+  /** Turns the chunk into free space; throws Error on failure. */
   void recycle() {
     const int32_t status = velmor_core_riff_chunk_recycle(&chunk);
-    if (status != VELMOR_CORE_SUCCESS) fail("a chunk cannot be recycled", status);
+    if (status != VELMOR_CORE_SUCCESS) fail("the chunk cannot be recycled", status);
   }
 #endif
 
@@ -350,12 +355,13 @@ class Chunk {
   }
 
 #ifdef __cpp_exceptions
-  static constexpr const char* PAST_END = "the range ends past the end of a chunk's data";
+  static constexpr const char* PAST_END = "the range ends past the end of the chunk's data";
   static constexpr const char* TOO_LARGE = "a group would become larger than 4 GiB";
 
   [[noreturn]] static void fail(const char* what, int32_t status) {
-    detail::fail(status == VELMOR_CORE_BAD_HANDLE ? "there is no chunk, or it is a group" : what,
-                 status);
+    detail::fail(
+        status == VELMOR_CORE_BAD_HANDLE ? "there is no chunk, or it is of another kind" : what,
+        status);
   }
   bool isInside(uint64_t size, uint32_t offset) const noexcept {
     return size <= dataSize() && offset <= dataSize() - size;
@@ -363,8 +369,9 @@ class Chunk {
   void requireRoom(uint64_t growth) const {
     if (!hasRoom(growth)) fail(TOO_LARGE, VELMOR_CORE_FAILURE);
   }
-  static Chunk added(Chunk result) {
-    if (!result) detail::fail("a chunk cannot be added");
+  Chunk added(Chunk result) const {
+    if (!result)
+      fail("the chunk cannot be added", chunk ? VELMOR_CORE_FAILURE : VELMOR_CORE_BAD_HANDLE);
     return result;
   }
 #endif
@@ -400,22 +407,18 @@ class ChunkIterator {
   /** What `iterator->id()` goes through: a chunk by value. */
   class pointer {
    public:
-    /** Holds a chunk. */
-    explicit pointer(Chunk target) noexcept : chunk(target) {}
     /** The chunk; valid in the same expression. */
     const Chunk* operator->() const noexcept { return &chunk; }
 
    private:
+    friend class ChunkIterator;
+    explicit pointer(Chunk target) noexcept : chunk(target) {}
+
     Chunk chunk;
   };
 
   /** The end of every range. */
   ChunkIterator() noexcept = default;
-  /** Stands on a chunk, or at the end. */
-  explicit ChunkIterator(Chunk start, const detail::ChunkFilter& wanted = {}) noexcept
-      : at(start), filter(wanted) {
-    skip();
-  }
   /** The chunk. */
   reference operator*() const noexcept { return at; }
   /** The chunk. */
@@ -442,6 +445,14 @@ class ChunkIterator {
   }
 
  private:
+  friend class Children;
+  friend class Matches;
+  explicit ChunkIterator(Chunk start, const detail::ChunkFilter& wanted = {}) noexcept
+      : at(start), filter(wanted) {
+    skip();
+  }
+
+  // Goes on to a chunk that fits, or to the end.
   void skip() noexcept {
     while (at && !filter.fits(at)) at = at.next();
   }
@@ -458,8 +469,6 @@ class Children {
  public:
   /** An empty view. */
   Children() noexcept = default;
-  /** The children of a group; empty for a data chunk or none. */
-  explicit Children(Chunk parent) noexcept : group(parent) {}
   /** The first child. */
   ChunkIterator begin() const noexcept { return ChunkIterator(group.child(0)); }
   /** Past the last child. */
@@ -470,6 +479,9 @@ class Children {
   uint32_t size() const noexcept { return group.childCount(); }
 
  private:
+  friend class Chunk;
+  explicit Children(Chunk parent) noexcept : group(parent) {}
+
   Chunk group;
 };
 
@@ -480,9 +492,6 @@ class Matches {
  public:
   /** An empty view. */
   Matches() noexcept = default;
-  /** The children of a group that fit. */
-  Matches(Chunk parent, const detail::ChunkFilter& wanted) noexcept
-      : group(parent), filter(wanted) {}
   /** The first that fits. */
   ChunkIterator begin() const noexcept { return ChunkIterator(group.child(0), filter); }
   /** Past the last. */
@@ -491,6 +500,10 @@ class Matches {
   bool empty() const noexcept { return begin() == end(); }
 
  private:
+  friend class Chunk;
+  Matches(Chunk parent, const detail::ChunkFilter& wanted) noexcept
+      : group(parent), filter(wanted) {}
+
   Chunk group;
   detail::ChunkFilter filter;
 };
@@ -586,9 +599,10 @@ class Object {
     velmor_core_riff_open_file(path, static_cast<int32_t>(mode), &result.object);
     return result;
   }
-  /** The same for a std::string or std::filesystem::path. */
+  /** The same for a std::string or std::filesystem::path; no file has a path with a NUL in it. */
   [[nodiscard]] static Object openFile(const std::string& path, Mode mode,
                                        const std::nothrow_t&) noexcept {
+    if (path.find('\0') != std::string::npos) return Object();
     return openFile(path.c_str(), mode, std::nothrow);
   }
   /** Opens bytes in memory for reading. They have to live, unchanged, as long as the object, so
@@ -623,26 +637,26 @@ class Object {
   }
 
 #ifdef __cpp_exceptions
-  /** As above; throws Error on failure. */
+  /** Opens a file; throws Error on failure. */
   [[nodiscard]] static Object openFile(const char* path, Mode mode = Mode::ReadOnly) {
-    return opened(openFile(path, mode, std::nothrow), "a file cannot be opened as chunks");
+    return opened(openFile(path, mode, std::nothrow), NO_FILE);
   }
-  /** As above; throws Error on failure. */
+  /** Opens a file; throws Error on failure. */
   [[nodiscard]] static Object openFile(const std::string& path, Mode mode = Mode::ReadOnly) {
-    return openFile(path.c_str(), mode);
+    return opened(openFile(path, mode, std::nothrow), NO_FILE);
   }
-  /** As above; throws Error on failure. */
+  /** Opens bytes in memory for reading; throws Error on failure. */
   template <typename Range, std::enable_if_t<detail::IsBuffer<Range>::value, int> = 0>
   [[nodiscard]] static Object openBuffer(Range&& range) {
-    return opened(openBuffer(std::forward<Range>(range), std::nothrow), "a buffer holds no chunks");
+    return opened(openBuffer(std::forward<Range>(range), std::nothrow), NO_BUFFER);
   }
-  /** As above; throws Error on failure. */
+  /** Opens bytes in memory for editing; throws Error on failure. */
   [[nodiscard]] static Object openBuffer(MutableBytes bytes, uint64_t size) {
-    return opened(openBuffer(bytes, size, std::nothrow), "a buffer holds no chunks");
+    return opened(openBuffer(bytes, size, std::nothrow), NO_BUFFER);
   }
-  /** As above; throws Error on failure. */
+  /** Opens an empty cache; throws Error on failure. */
   [[nodiscard]] static Object openCache(uint64_t capacity = 0) {
-    return opened(openCache(capacity, std::nothrow), "a cache cannot be opened");
+    return opened(openCache(capacity, std::nothrow), "the cache cannot be opened: out of memory");
   }
 #endif
 
@@ -680,6 +694,9 @@ class Object {
 
  private:
 #ifdef __cpp_exceptions
+  static constexpr const char* NO_FILE = "the file cannot be read as RIFF chunks";
+  static constexpr const char* NO_BUFFER = "the buffer does not hold RIFF chunks";
+
   static Object opened(Object result, const char* what) {
     if (!result) detail::fail(what);
     return result;
@@ -696,6 +713,7 @@ inline Chunk Chunk::addCache(const Object& cache, const std::nothrow_t&) const n
 
 #ifdef __cpp_exceptions
 inline Chunk Chunk::addCache(const Object& cache) const {
+  if (cache.size() == 0) fail("the cache holds no chunks", VELMOR_CORE_FAILURE);
   requireRoom(evenSize(cache.size()));
   return added(addCache(cache, std::nothrow));
 }
@@ -703,9 +721,11 @@ inline Chunk Chunk::addCache(const Object& cache) const {
 
 }  // namespace velmor_core
 
+namespace std {
+
 /** Hashes ids and group ids for std::unordered_map and its like. */
 template <typename Kind>
-struct std::hash<velmor_core::FourCharacters<Kind>> {
+struct hash<velmor_core::FourCharacters<Kind>> {
   /** The hash of an id. */
   std::size_t operator()(velmor_core::FourCharacters<Kind> id) const noexcept {
     return std::hash<uint32_t>()(id.value());
@@ -714,12 +734,14 @@ struct std::hash<velmor_core::FourCharacters<Kind>> {
 
 /** Hashes chunks for std::unordered_map and its like, by their handles. */
 template <>
-struct std::hash<velmor_core::Chunk> {
+struct hash<velmor_core::Chunk> {
   /** The hash of a chunk. */
   std::size_t operator()(velmor_core::Chunk chunk) const noexcept {
     return std::hash<const void*>()(chunk.handle());
   }
 };
+
+}  // namespace std
 
 #if __cplusplus >= 202002L
 /* What makes the views cheap to copy and free to be outlived, for std::ranges. */

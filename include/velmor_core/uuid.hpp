@@ -70,13 +70,7 @@ class Uuid {
   friend bool operator==(const Uuid& a, const Uuid& b) noexcept {
     return velmor_core_uuid_compare_eq(&a.uuid, &b.uuid);
   }
-#if __cplusplus >= 202002L
-  /** Byte by byte, unsigned: the order of the texts. */
-  friend std::strong_ordering operator<=>(const Uuid& a, const Uuid& b) noexcept {
-    if (velmor_core_uuid_compare_lt(&a.uuid, &b.uuid)) return std::strong_ordering::less;
-    return a == b ? std::strong_ordering::equal : std::strong_ordering::greater;
-  }
-#else
+#if defined(__cplusplus) && __cplusplus < 202002L
   /** Whether any bytes differ. */
   friend bool operator!=(const Uuid& a, const Uuid& b) noexcept { return !(a == b); }
   /** Byte by byte, unsigned: the order of the texts. */
@@ -89,6 +83,12 @@ class Uuid {
   friend bool operator<=(const Uuid& a, const Uuid& b) noexcept { return !(b < a); }
   /** The same order. */
   friend bool operator>=(const Uuid& a, const Uuid& b) noexcept { return !(a < b); }
+#else
+  /** Byte by byte, unsigned: the order of the texts. */
+  friend std::strong_ordering operator<=>(const Uuid& a, const Uuid& b) noexcept {
+    if (velmor_core_uuid_compare_lt(&a.uuid, &b.uuid)) return std::strong_ordering::less;
+    return a == b ? std::strong_ordering::equal : std::strong_ordering::greater;
+  }
 #endif
 
  private:
@@ -97,9 +97,11 @@ class Uuid {
 
 }  // namespace velmor_core
 
+namespace std {
+
 /** Hashes UUIDs for std::unordered_map and its like, all 16 bytes of them. */
 template <>
-struct std::hash<velmor_core::Uuid> {
+struct hash<velmor_core::Uuid> {
   /** The hash of a UUID. */
   std::size_t operator()(const velmor_core::Uuid& uuid) const noexcept {
     const velmor_core_uuid_t& raw = uuid.get();
@@ -107,6 +109,8 @@ struct std::hash<velmor_core::Uuid> {
         std::string_view(reinterpret_cast<const char*>(raw.bytes), sizeof raw.bytes));
   }
 };
+
+}  // namespace std
 
 #endif  // C++17
 #endif

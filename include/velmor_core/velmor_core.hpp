@@ -26,7 +26,7 @@
  *  compile. Nothing else differs, and files compiled with and without exceptions can be linked.
  *
  *  Cost.  Nothing is kept beside the C handles. Nothing is allocated but what a function returns in
- *  a string or container, and the copy of a long std::string_view that toNumber() makes.
+ *  a string or container, an Error, and the copy of a long std::string_view that toNumber() makes.
  *
  *  Constness.  Chunk and Object are handles: a const one still edits what it points to.
  *
