@@ -22,12 +22,12 @@ static_assert(sizeof(Object) == sizeof(void*) && !std::is_copy_constructible_v<O
 static_assert("data"_id.value() == VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a'));
 static_assert("IN"_id == "IN  "_id && "IN"_id != "INAM"_id);
 
-// What must not compile: COMPILES(EXPRESSION) over `x`, a value of the type that is named.
+// What must not compile. COMPILES defines name<X>: whether the expression compiles for a type X.
 #define COMPILES(name, expression)       \
   template <typename X, typename = void> \
   struct name : std::false_type {};      \
   template <typename X>                  \
-  struct name<X, std::void_t<decltype(std::declval<X>(), expression)>> : std::true_type {}
+  struct name<X, std::void_t<decltype(expression)>> : std::true_type {}
 COMPILES(GivesRoot, std::declval<X>().root());
 COMPILES(GivesFirst, std::declval<X>().first());
 COMPILES(Opens, Object::openBuffer(std::declval<X>(), std::nothrow));
@@ -178,6 +178,7 @@ TEST(CppHeader, FailuresThrowStatusAndReasonOrNothing) {
             "-1 the range ends past the end of the chunk's data");
   EXPECT_EQ(errorOf([&] { data.write(cut); }), "-1 the data of the chunk cannot be written");
   EXPECT_EQ(errorOf([&] { object.root().addData("x"_id, cut); }), "-1 the chunk cannot be added");
+  EXPECT_EQ(errorOf([&] { object.root().addCache(Object()); }), "-1 the cache holds no chunks");
   EXPECT_EQ(errorOf([&] { object.root().recycle(); }), "-1 the chunk cannot be recycled");
   EXPECT_EQ(errorOf([&] { object.root().remove(); }), "-1 the chunk cannot be removed");
   EXPECT_EQ(errorOf([] { Chunk().resize(1); }), "-200 there is no chunk, or it is of another kind");
@@ -189,19 +190,20 @@ TEST(CppHeader, GroupsDoNotGrowPast4GiB) {
   const std::string path = testing::TempDir() + "cpp_header_" + std::to_string(getpid());
   const Object file = Object::openFile(path, Mode::Create);
   const Chunk riff = file.root().addGroup("RIFF"_id, "test"_group);
+  const Chunk list = riff.addGroup("LIST"_id, "grp"_group);
   const Chunk large = riff.addData("data"_id, "");
-  large.resize(0xffffffe0);  // leaves 19 bytes
+  large.resize(0xffffffd4);  // leaves 19 bytes
   EXPECT_EQ(std::remove(path.c_str()), 0);
   const Object cache = Object::openCache();
   cache.root().addData("more"_id, "12345678901");
   const std::string refused = "-1 a group would become larger than 4 GiB";
-  EXPECT_EQ(errorOf([&] { riff.addData("more"_id, "12345678901"); }), refused);
+  EXPECT_EQ(errorOf([&] { list.addData("more"_id, "12345678901"); }), refused);
   EXPECT_EQ(errorOf([&] { riff.addCopy(cache.first()); }), refused);
   EXPECT_EQ(errorOf([&] { riff.addCache(cache); }), refused);
-  EXPECT_EQ(errorOf([&] { large.resize(0xfffffff5); }), refused);
+  EXPECT_EQ(errorOf([&] { large.resize(0xffffffe9); }), refused);
   EXPECT_FALSE(riff.addData("more"_id, "12345678901", std::nothrow) ||
                riff.addCopy(cache.first(), std::nothrow) || riff.addCache(cache, std::nothrow) ||
-               large.resize(0xfffffff5, std::nothrow));
+               large.resize(0xffffffe9, std::nothrow));
   EXPECT_EQ(riff.dataSize(), 0xffffffecu);
   riff.addData("more"_id, "1234567890");
   EXPECT_EQ(riff.dataSize(), 0xfffffffeu);

@@ -288,24 +288,21 @@ class Chunk {
   }
   /** Lengthens or cuts the data at their end; throws Error on failure. */
   void resize(uint32_t size) const {
-    if (!hasRoomToResize(size)) fail(TOO_LARGE, VELMOR_CORE_FAILURE);
+    if (!hasRoomToResize(size)) fail(TOO_LARGE);
     const int32_t status = velmor_core_riff_chunk_set_data_size(chunk, size);
     if (status != VELMOR_CORE_SUCCESS) fail("the chunk cannot be resized", status);
   }
   /** Adds a data chunk to this group; throws Error on failure. */
   Chunk addData(Id newId, Bytes bytes) const {
-    requireRoom(totalSizeOf(bytes.size()));
-    return added(addData(newId, bytes, std::nothrow));
+    return added(addData(newId, bytes, std::nothrow), totalSizeOf(bytes.size()));
   }
   /** Appends an empty group to this group; throws Error on failure. */
   Chunk addGroup(Id newId, GroupId newGroupId) const {
-    requireRoom(EMPTY_GROUP_SIZE);
-    return added(addGroup(newId, newGroupId, std::nothrow));
+    return added(addGroup(newId, newGroupId, std::nothrow), EMPTY_GROUP_SIZE);
   }
   /** Appends a copy of a chunk with everything in it; throws Error on failure. */
   Chunk addCopy(Chunk source) const {
-    requireRoom(source.totalSize());
-    return added(addCopy(source, std::nothrow));
+    return added(addCopy(source, std::nothrow), source.totalSize());
   }
   /** Adds all chunks of a cache or buffer; throws Error on failure, and if there are none. */
   Chunk addCache(const Object& cache) const;
@@ -370,7 +367,7 @@ class Chunk {
   static constexpr const char* PAST_END = "the range ends past the end of the chunk's data";
   static constexpr const char* TOO_LARGE = "a group would become larger than 4 GiB";
 
-  [[noreturn]] static void fail(const char* what, int32_t status) {
+  [[noreturn]] static void fail(const char* what, int32_t status = VELMOR_CORE_FAILURE) {
     detail::fail(
         status == VELMOR_CORE_BAD_HANDLE ? "there is no chunk, or it is of another kind" : what,
         status);
@@ -378,12 +375,11 @@ class Chunk {
   bool isInside(uint64_t size, uint32_t offset) const noexcept {
     return size <= dataSize() && offset <= dataSize() - size;
   }
-  void requireRoom(uint64_t growth) const {
-    if (!hasRoom(growth)) fail(TOO_LARGE, VELMOR_CORE_FAILURE);
-  }
-  Chunk added(Chunk result) const {
+  // What adding `growth` bytes gave; throws the reason if it is no chunk.
+  Chunk added(Chunk result, uint64_t growth) const {
     if (!result) {
-      fail("the chunk cannot be added", chunk ? VELMOR_CORE_FAILURE : VELMOR_CORE_BAD_HANDLE);
+      fail(hasRoom(growth) ? "the chunk cannot be added" : TOO_LARGE,
+           chunk ? VELMOR_CORE_FAILURE : VELMOR_CORE_BAD_HANDLE);
     }
     return result;
   }
@@ -735,9 +731,8 @@ inline Chunk Chunk::addCache(const Object& cache, const std::nothrow_t&) const n
 
 #ifdef __cpp_exceptions
 inline Chunk Chunk::addCache(const Object& cache) const {
-  if (cache.size() == 0) fail("the cache holds no chunks", VELMOR_CORE_FAILURE);
-  requireRoom(evenSize(cache.size()));
-  return added(addCache(cache, std::nothrow));
+  if (cache.size() == 0) fail("the cache holds no chunks");
+  return added(addCache(cache, std::nothrow), evenSize(cache.size()));
 }
 #endif
 
