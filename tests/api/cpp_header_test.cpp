@@ -122,7 +122,7 @@ TEST(CppHeader, EmptyHandlesGiveNothing) {
   moved = std::move(object);
   EXPECT_EQ(moved.size(), 12u);
   const Chunk none;
-  // NOLINTNEXTLINE(bugprone-use-after-move): that is what is tested
+  // NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): that is what is tested
   EXPECT_FALSE(object || object.root() || object.first() || none.next() || none.parent());
   EXPECT_EQ(object.size() + object.capacity() + none.totalSize() + none.childCount(), 0u);
   EXPECT_EQ(none.id().value() + none.groupId().value() + none.dataSize(), 0u);
@@ -130,6 +130,7 @@ TEST(CppHeader, EmptyHandlesGiveNothing) {
   object.clear();
   EXPECT_FALSE(none.addData("data"_id, "abc", std::nothrow) ||
                moved.root().addCache(object, std::nothrow) || none.remove(std::nothrow));
+  // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
   Object closed = Object::openCache();
   closed.close();
   EXPECT_FALSE(closed.root());
