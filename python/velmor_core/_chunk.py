@@ -59,7 +59,7 @@ class Container:
         """
         group = self._group()
         group._require_group()
-        return (chunk for chunk, _ in group._children_and_counts())
+        return group._inside(deep=False)
 
     def __contains__(self, item: object) -> bool:
         """Whether a chunk is a child of this group, or a path leads to a chunk.
@@ -151,19 +151,7 @@ class Container:
         """
         group = self._group()
         group._require_group()
-        owner = group._object
-        levels = [group._children_and_counts()]
-        while levels:
-            for chunk, count in levels[-1]:
-                edits = owner._edits
-                yield chunk
-                if edits != owner._edits:
-                    count = chunk._get(owner._library.get_child_count)
-                if count:
-                    levels.append(chunk._children_and_counts())
-                    break
-            else:
-                levels.pop()
+        return group._inside(deep=True)
 
     def tree(self) -> str:
         """Return a table of all chunks in this group, with offsets and sizes in bytes.
@@ -311,7 +299,7 @@ class Chunk(Container):
     Two `Chunk` values are equal if they are the same chunk of the same object.
     """
 
-    __slots__ = ("_object", "_handle", "_life", "__weakref__")
+    __slots__ = ("_object", "_handle", "_life")
 
     def __init__(self, owner: Object, handle: int) -> None:
         self._object = owner
@@ -349,7 +337,8 @@ class Chunk(Container):
         ...     print(f.root.is_root, f[0].is_root)
         True False
         """
-        return self._handle == self._object._root and self.is_valid
+        with self._object._lock:
+            return self._live() == self._object._root
 
     @property
     def is_group(self) -> bool:
@@ -434,8 +423,8 @@ class Chunk(Container):
         ...     print(f["RIFF:WAVE/LIST:INFO/IART"].size)
         7
         """
-        if self.is_root:
-            return self._object.size
+        if self._handle == self._object._root:
+            return self._get(lambda _: self._object.size)
         return self._get(self._object._library.get_data_size)
 
     @property
@@ -446,8 +435,8 @@ class Chunk(Container):
         ...     print(f["RIFF:WAVE/LIST:INFO/IART"].total_size)
         16
         """
-        if self.is_root:
-            return self._object.size
+        if self._handle == self._object._root:
+            return self.size
         size = self._get(self._object._library.get_data_size)
         return 8 + size + size % 2
 
@@ -676,14 +665,19 @@ class Chunk(Container):
 
     def _live(self) -> int:
         """The handle, as long as it is this chunk."""
-        if self._object._handles.life(self._handle) != self._life:
+        handles = self._object._handles
+        if handles.ended.get(self._handle, handles.first) != self._life:
             raise EndedChunkError("the chunk has ended: it was removed, recycled or overwritten, "
                                   "or its object was cleared or closed")
         return self._handle
 
     def _get(self, getter: Getter) -> int:
-        with self._object._lock:
-            return getter(self._live())
+        owner = self._object
+        with owner._lock:
+            handles, handle = owner._handles, self._handle
+            if handles.ended.get(handle, handles.first) != self._life:
+                self._live()
+            return getter(handle)
 
     def _get_chunk(self, getter: str) -> Optional[Chunk]:
         with self._object._lock:
@@ -736,30 +730,46 @@ class Chunk(Container):
                 handle = found[0]
             return owner._chunk(handle)
 
-    def _children_and_counts(self) -> Iterator[Tuple[Chunk, int]]:
-        """The children with their child counts, in batches that hold as long as nobody edits."""
+    def _inside(self, deep: bool) -> Iterator[Chunk]:
+        """The children, or all chunks in this group, in the order of the bytes.
+
+        They are fetched in batches, each of which holds as long as nobody edits the object.
+        """
         owner = self._object
-        library = owner._library
-        last: Optional[Chunk] = None
+        library, handles, top = owner._library, owner._handles, self._handle
+        get_child, get_next, get_parent = library.get_child, library.get_next, library.get_parent
+        new = Chunk.__new__
+        last = self
         size = _FIRST_BATCH
         while True:
             batch: List[Chunk] = []
             with owner._lock:
                 edits = owner._edits
-                if last is None:
-                    handle = library.get_child(self._live(), 0)
-                else:
-                    handle = library.get_next(last._live())
-                while handle and len(batch) < size:
-                    batch.append(Chunk(owner, handle))
-                    handle = library.get_next(handle)
-                counts = [library.get_child_count(chunk._handle) for chunk in batch]
-            for last, count in zip(batch, counts):
-                yield last, count
+                handle = last._live()
+                life, first = handles.ended.get, handles.first
+                while len(batch) < size:
+                    below = get_child(handle, 0) if deep or handle == top else 0
+                    if below:
+                        handle = below
+                    else:
+                        while handle != top:
+                            after = get_next(handle)
+                            if after:
+                                break
+                            handle = get_parent(handle)
+                        if handle == top:
+                            break
+                        handle = after
+                    chunk = new(Chunk)  # Chunk(), without the call
+                    chunk._object, chunk._handle = owner, handle
+                    chunk._life = life(handle, first)
+                    batch.append(chunk)
+            for last in batch:
+                yield last
                 if edits != owner._edits:
                     break
             else:
-                if not handle:
+                if len(batch) < size:
                     return
             size = min(2 * size, _LARGEST_BATCH)
 

@@ -29,18 +29,18 @@ class Handles:
     """
 
     def __init__(self) -> None:
-        self._ended: Dict[int, int] = {}  # the life of each handle that has ended before
-        self._first = 0  # the life of all others
+        self.ended: Dict[int, int] = {}  # the life of each handle that has ended before
+        self.first = 0  # the life of all others
         self._last = 0  # the highest life so far
         # The children with the id "JUNK" of the groups that were added to, by group.
         self._free: Dict[int, Set[int]] = {}
 
     def life(self, handle: int) -> int:
-        return self._ended.get(handle, self._first)
+        return self.ended.get(handle, self.first)
 
     def suspend(self) -> Edit:
         """End all handles until resume()."""
-        edit = Edit(self._ended, self._first, self._free)
+        edit = Edit(self.ended, self.first, self._free)
         self.end_all()
         return edit
 
@@ -51,15 +51,15 @@ class Handles:
             edit.ended_before[handle] = self._last
             edit.free.pop(handle, None)
         self._free = edit.free
-        self._ended = edit.ended_before
-        self._first = edit.first
+        self.ended = edit.ended_before
+        self.first = edit.first
 
     def end_all(self) -> None:
         self._last += 1
-        self._ended = {}
-        self._first = self._last
+        self.ended = {}
+        self.first = self._last
         self._free = {}
 
     def keep(self, handle: int, life: int) -> None:
         """Take one handle back that end_all() ended."""
-        self._ended[handle] = life
+        self.ended[handle] = life

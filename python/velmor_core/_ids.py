@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import functools
 import re
 from typing import List, NamedTuple, Optional, Tuple, Union
 
@@ -13,6 +14,7 @@ _BYTE = re.compile(rb"\\x([0-9A-Fa-f]{2})|[^\\]", re.DOTALL)
 _PLAIN = frozenset(range(0x20, 0x7F)) - frozenset(b"/:[]\\")
 
 
+@functools.lru_cache(maxsize=1024)
 def id_text(value: int) -> str:
     """The four characters of an id; bytes that are no text, or mean something in paths, as \\xHH."""
     return "".join(chr(b) if b in _PLAIN else f"\\x{b:02x}" for b in value.to_bytes(4, "little"))
