@@ -4,13 +4,10 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <map>
 #include <sstream>
 
 namespace {
-
-void append32(Bytes& bytes, uint32_t value) {
-  for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<uint8_t>(value >> shift));
-}
 
 // Reads the chunks of a picture up to its end or a closing brace.
 Bytes chunksOf(std::istringstream& picture) {
@@ -58,13 +55,13 @@ void describe(Chunk* group, std::string& picture) {
   }
 }
 
-Chunk* findIn(Chunk* group, uint32_t id, int& nth) {
+Chunk* findIn(Chunk* group, uint32_t id) {
   for (Chunk* c = velmor_core_riff_chunk_get_child(group, 0); c;
        c = velmor_core_riff_chunk_get_next(c)) {
     const bool named =
         velmor_core_riff_chunk_get_id(c) == id || velmor_core_riff_chunk_get_group_id(c) == id;
-    if (named && nth-- == 0) return c;
-    if (Chunk* inside = findIn(c, id, nth)) return inside;
+    if (named) return c;
+    if (Chunk* inside = findIn(c, id)) return inside;
   }
   return nullptr;
 }
@@ -77,6 +74,10 @@ bool recycle(Chunk* chunk) {
 }
 
 }  // namespace
+
+void append32(Bytes& bytes, uint32_t value) {
+  for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<uint8_t>(value >> shift));
+}
 
 uint32_t idOf(std::string_view text) {
   std::string padded(text);
@@ -95,37 +96,34 @@ std::string pictureOf(Object* object) {
   return picture;
 }
 
-Chunk* find(Object* object, std::string_view name, int nth) {
-  return name == "/" ? rootOf(object) : findIn(rootOf(object), idOf(name), nth);
+Chunk* find(Object* object, std::string_view name) {
+  return name == "/" ? rootOf(object) : findIn(rootOf(object), idOf(name));
 }
 
 std::function<bool()> editOf(Object* object, const std::string& command, Object* other) {
   std::istringstream in(command);
-  std::string verb, name, number;
-  in >> verb >> name >> number;
-  Chunk* const c = find(object, name);
-  EXPECT_NE(c, nullptr) << command;
-  if (verb == "group") {
-    return [=] {
-      return velmor_core_riff_chunk_add_group_chunk(c, idOf("LIST"), idOf("new")) != nullptr;
-    };
-  }
-  if (verb == "pour") return [=] { return velmor_core_riff_chunk_add_cache(c, other) != nullptr; };
-  if (verb == "recycle") return [=] { return recycle(c); };
-  if (verb == "remove") return [=] { return velmor_core_riff_chunk_remove(c) == 0; };
-  if (verb == "copy") {
-    Chunk* const group = find(object, number);
-    return [=] { return velmor_core_riff_chunk_add_chunk(group, c) != nullptr; };
-  }
-  const auto n = static_cast<uint32_t>(std::stoul(number));
-  if (verb == "size") return [=] { return velmor_core_riff_chunk_set_data_size(c, n) == 0; };
-  const auto data = std::make_shared<Bytes>(n, 0xDD);
-  if (verb == "get")
-    return [=] { return velmor_core_riff_chunk_get_data(c, data->data(), n, 0) == 0; };
-  if (verb == "set")
-    return [=] { return velmor_core_riff_chunk_set_data(c, data->data(), n, 0) == 0; };
+  std::string verb, name, argument;
+  in >> verb >> name >> argument;
+  Chunk *const c = find(object, name), *const group = find(object, argument);
+  const auto n = static_cast<uint32_t>(std::strtoul(argument.c_str(), nullptr, 10));
+  const auto data = std::make_shared<Bytes>(verb == "size" ? 0 : n, 0xDD);
   const uint32_t id = idOf(verb == "free" ? "JUNK" : "new");
-  return [=] { return velmor_core_riff_chunk_add_data_chunk(c, id, data->data(), n) != nullptr; };
+  const auto add = [=] {
+    return velmor_core_riff_chunk_add_data_chunk(c, id, data->data(), n) != nullptr;
+  };
+  const std::map<std::string, std::function<bool()>> edits = {
+      {"get", [=] { return velmor_core_riff_chunk_get_data(c, data->data(), n, 0) == 0; }},
+      {"set", [=] { return velmor_core_riff_chunk_set_data(c, data->data(), n, 0) == 0; }},
+      {"size", [=] { return velmor_core_riff_chunk_set_data_size(c, n) == 0; }},
+      {"add", add},
+      {"free", add},
+      {"group",
+       [=] { return velmor_core_riff_chunk_add_group_chunk(c, idOf("LIST"), id) != nullptr; }},
+      {"copy", [=] { return velmor_core_riff_chunk_add_chunk(group, c) != nullptr; }},
+      {"cache", [=] { return velmor_core_riff_chunk_add_cache(c, other) != nullptr; }},
+      {"recycle", [=] { return recycle(c); }},
+      {"remove", [=] { return velmor_core_riff_chunk_remove(c) == 0; }}};
+  return edits.at(verb);
 }
 
 Opened openBytes(const Bytes& bytes) {
@@ -157,7 +155,7 @@ Store::Store(Kind kind, const Bytes& content, size_t room)
   if (kind == Kind::FILE) {
     file = std::make_unique<TemporaryFile>(content);
   } else if (kind != Kind::CACHE) {
-    // Its capacity is its size, so that the address sanitizer guards its end.
+    // The vector has no spare capacity, so that the address sanitizer guards its end.
     Bytes(size + (kind == Kind::BUFFER ? room : 0), 0xEE).swap(buffer);
     std::copy(content.begin(), content.end(), buffer.begin());
   }
@@ -192,7 +190,7 @@ Bytes Store::content() const {
   Bytes all = memory();
   all.resize(velmor_core_riff_cache_get_size(object()));
   if (kind != Kind::CACHE) return all;
-  // A cache shows its bytes to the object that it is poured into.
+  // A cache shows its bytes to the object that it is added to.
   Object* target = nullptr;
   velmor_core_riff_open_buffer_rw(all.data(), 0, all.size(), &target);
   const Opened closer(target);
