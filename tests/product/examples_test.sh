@@ -3,6 +3,8 @@
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 examples=$(realpath "$4")
 
+# Tests
+
 readme_lists_the_chunks() {
   expect_equal list "fmt  16
 LIST 72

@@ -151,7 +151,7 @@ TEST(LargeFileTest, SizesAndOffsetsPastFourGibibytesAreKept) {
   EXPECT_EQ(velmor_core_riff_cache_get_size(store.object()), 0x2'0000'0008 - 0x100 + 54);
 
   Object* object = nullptr;
-  ASSERT_EQ(velmor_core_riff_open_file(store.path(), 1, &object), VELMOR_CORE_SUCCESS);
+  ASSERT_EQ(velmor_core_riff_open_file(store.path().c_str(), 1, &object), VELMOR_CORE_SUCCESS);
   const Opened reopened(object);
   for (Object* each : {store.object(), object}) {
     EXPECT_EQ(pictureOf(each),

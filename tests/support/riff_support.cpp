@@ -1,6 +1,6 @@
 #include "support/riff_support.h"
 
-#include <sys/stat.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -132,32 +132,15 @@ Opened openBytes(const Bytes& bytes) {
   return Opened(object);
 }
 
-TemporaryFile::TemporaryFile(const Bytes& bytes) {
-  std::string real = testing::TempDir() + "velmor-core-XXXXXX";
-  fd = mkstemp(real.data());
-  unlink(real.c_str());
-  name = "/proc/self/fd/" + std::to_string(fd);
-  EXPECT_EQ(write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-}
-
-TemporaryFile::~TemporaryFile() { close(fd); }
-
-Bytes TemporaryFile::content() const {
-  struct stat status = {};
-  EXPECT_EQ(fstat(fd, &status), 0);
-  Bytes bytes(static_cast<size_t>(status.st_size));
-  EXPECT_EQ(pread(fd, bytes.data(), bytes.size(), 0), status.st_size);
-  return bytes;
-}
-
-Store::Store(Kind kind, const Bytes& content, size_t room)
-    : kind(kind), size(content.size()), room(room) {
+Store::Store(Kind kind, const Bytes& bytes, size_t room)
+    : kind(kind), size(bytes.size()), room(room) {
   if (kind == Kind::FILE) {
-    file = std::make_unique<TemporaryFile>(content);
+    file = memfd_create("test", 0);
+    EXPECT_EQ(pwrite(file, bytes.data(), size, 0), static_cast<ssize_t>(size));
   } else if (kind != Kind::CACHE) {
     // The vector has no spare capacity, so that the address sanitizer guards its end.
     Bytes(size + (kind == Kind::BUFFER ? room : 0), 0xEE).swap(buffer);
-    std::copy(content.begin(), content.end(), buffer.begin());
+    std::copy(bytes.begin(), bytes.end(), buffer.begin());
   }
 }
 
@@ -165,25 +148,33 @@ Store::Store(Kind kind, std::string_view picture)
     : Store(kind, bytesOf(picture), kind == Kind::CACHE ? 64 : 4096) {
   EXPECT_EQ(open(), VELMOR_CORE_SUCCESS);
   if (kind == Kind::CACHE) {
-    const Bytes content = bytesOf(picture);
-    velmor_core_riff_chunk_add_cache(rootOf(object()), openBytes(content).get());
+    const Bytes bytes = bytesOf(picture);
+    velmor_core_riff_chunk_add_cache(rootOf(object()), openBytes(bytes).get());
   }
+}
+
+Store::~Store() {
+  close();
+  if (file != -1) ::close(file);
 }
 
 int32_t Store::open() {
   Object* object = nullptr;
-  int32_t status = VELMOR_CORE_SUCCESS;
-  if (kind == Kind::FILE) {
-    status = velmor_core_riff_open_file(file->path(), VELMOR_CORE_RIFF_READ_WRITE, &object);
-  } else if (kind == Kind::CACHE) {
-    status = velmor_core_riff_open_cache(room, &object);
-  } else if (kind == Kind::BUFFER) {
-    status = velmor_core_riff_open_buffer_rw(buffer.data(), size, buffer.size(), &object);
-  } else {
-    status = velmor_core_riff_open_buffer_ro(buffer.data(), size, &object);
-  }
+  const int32_t status =
+      kind == Kind::FILE    ? velmor_core_riff_open_file(path().c_str(), 1, &object)
+      : kind == Kind::CACHE ? velmor_core_riff_open_cache(room, &object)
+      : kind == Kind::BUFFER
+          ? velmor_core_riff_open_buffer_rw(buffer.data(), size, buffer.size(), &object)
+          : velmor_core_riff_open_buffer_ro(buffer.data(), size, &object);
   opened.reset(object);
   return status;
+}
+
+Bytes Store::memory() const {
+  if (kind != Kind::FILE) return buffer;
+  Bytes bytes(static_cast<size_t>(lseek(file, 0, SEEK_END)));
+  EXPECT_EQ(pread(file, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+  return bytes;
 }
 
 Bytes Store::content() const {

@@ -51,37 +51,25 @@ using Opened = std::unique_ptr<Object, Close>;
 // Opens bytes for reading; null if they are refused.
 Opened openBytes(const Bytes& bytes);
 
-// A file without a name, which ends with the process at the latest.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const Bytes& bytes = {});
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile();
-  const char* path() const { return name.c_str(); }
-  Bytes content() const;
-
- private:
-  int fd;
-  std::string name;
-};
-
 enum class Kind { READ_ONLY, BUFFER, CACHE, FILE };
 constexpr Kind WRITABLE_KINDS[] = {Kind::BUFFER, Kind::CACHE, Kind::FILE};
 
 // An object of one kind over the given bytes. A buffer has `room` more bytes to grow into; a cache
-// begins with that capacity.
+// is empty at first, and has that capacity. A file is one without a name that ends with the Store.
 class Store {
  public:
-  Store(Kind kind, const Bytes& content, size_t room);
+  Store(Kind kind, const Bytes& bytes, size_t room = 0);
   // Opened already, with the content of the picture.
   Store(Kind kind, std::string_view picture);
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+  ~Store();
   int32_t open();
   void close() { opened.reset(); }
   Object* object() const { return opened.get(); }
-  const char* path() const { return file->path(); }
+  std::string path() const { return "/proc/self/fd/" + std::to_string(file); }
   // All bytes of the buffer or file; none of a cache.
-  Bytes memory() const { return file ? file->content() : buffer; }
+  Bytes memory() const;
   // What the object holds.
   Bytes content() const;
 
@@ -89,7 +77,7 @@ class Store {
   const Kind kind;
   const size_t size, room;
   Bytes buffer;
-  std::unique_ptr<TemporaryFile> file;
+  int file = -1;
   Opened opened;
 };
 
