@@ -58,16 +58,15 @@ void expectParsed(const std::string& text, bool accepted) {
 // Each form as it is, shortened, lengthened, and with each character replaced by the neighbours of
 // the digits, by a NUL, and by a byte above 127.
 TEST(UuidParseTest, AcceptsFourFormsAndNothingElse) {
-  for (const std::string good :
-       {SAMPLE_TEXT.c_str(), "00112233445566778899AABBCCDDEEFF",
-        "{00112233-4455-6677-8899-AaBbCcDdEeFf}", "{00112233445566778899aabbccddeeff}"}) {
+  const std::string bare = "00112233445566778899AABBccddeeff";
+  for (const std::string& good : {SAMPLE_TEXT, bare, "{" + SAMPLE_TEXT + "}", "{" + bare + "}"}) {
     expectParsed(good, true);
     for (size_t i = 0; i < good.size(); ++i) {
       expectParsed(good.substr(0, i), false);
-      for (const char bad : std::string("/:@G`g-\0\xB0", 9)) {
+      for (const char bad : std::string("/:@G`g\0\xB0", 8)) {
         std::string damaged = good;
         damaged[i] = bad;
-        if (damaged != good) expectParsed(damaged, false);
+        expectParsed(damaged, false);
       }
     }
     for (const char extra : std::string(" \n0{}\0", 6)) {
@@ -78,7 +77,7 @@ TEST(UuidParseTest, AcceptsFourFormsAndNothingElse) {
   expectParsed("0011223344556677-8899-aabbccddeeff", false);
   expectParsed("00112233-445566778899aabbccddeeff", false);
   velmor_core_uuid_t uuid = {};
-  EXPECT_TRUE(velmor_core_uuid_parse2("00112233445566778899aabbccddeeff and more", 32, &uuid));
+  EXPECT_TRUE(velmor_core_uuid_parse2((bare + "more").c_str(), 32, &uuid));
   EXPECT_FALSE(velmor_core_uuid_parse2(nullptr, 36, &uuid));
   EXPECT_FALSE(velmor_core_uuid_parse(nullptr, &uuid));
   EXPECT_EQ(unparse(uuid), SAMPLE_TEXT);
