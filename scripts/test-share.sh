@@ -1,22 +1,20 @@
 #!/usr/bin/env bash
-# How much of the sources is tests: lines that are not blank below tests/ and fuzz/, without data,
-# against those of all other sources.
-#   scripts/test-share.sh [LIMIT]   fails above LIMIT percent
+# Prints how many lines of tests there are for each hundred lines of other code, in per cent.
+#   scripts/test-share.sh [LIMIT]   fails above LIMIT per cent
+# Blank lines and data files do not count. Build files count as tests where they stand beside tests.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# count PATTERN PATHSPEC...: the lines of all files whose name matches
-count() {
-  local pattern=$1
-  shift
-  git ls-files -z --cached --others --exclude-standard -- "$@" | grep -zE "$pattern" |
-    xargs -0 cat | grep -c '[^[:space:]]'
-}
+tests='^(tests|fuzz|python/tests)/'
+sources='\.(c|h|cpp|hpp|cc|l|yy|py|sh|awk)$'
+builds='\.cmake$|(^|/)CMakeLists\.txt$'
 
-tests=$(count '\.(c|h|cpp|hpp|cc|l|yy|py|sh|awk|cmake)$|/CMakeLists\.txt$' tests fuzz)
-code=$(count '\.(c|h|cpp|hpp|l|yy|py|sh|awk)$' ':!tests' ':!fuzz')
-echo "tests $tests lines, code $code lines: $((100 * tests / code)) %"
-if ((100 * tests > ${1:-100} * code)); then
-  echo "above $1 %: drop the weakest tests" >&2
-  exit 1
-fi
+# Counts the non-blank lines of the files named on standard input.
+count() { tr '\n' '\0' | xargs -0 -r cat | grep -c '[^[:space:]]'; }
+
+test_lines=$(git ls-files | grep -E "$tests" | grep -E "$sources|$builds" | count)
+code_lines=$(git ls-files | grep -vE "$tests" | grep -E "$sources" | count)
+awk -v tests="$test_lines" -v code="$code_lines" -v limit="${1:-100}" 'BEGIN {
+  printf "%.1f %% (%d lines of tests, %d lines of other code)\n", 100 * tests / code, tests, code
+  exit 100 * tests > limit * code
+}' || { echo "above $1 %: remove weaker tests" >&2; exit 1; }

@@ -109,7 +109,9 @@ TEST(CpuFeaturesTest, MissingLeavesLeaveTheirFlagsAsTheyWere) {
   const CpuFeatures all = detectCpuFeatures({}, fullProcessor(32, ALL));
   EXPECT_EQ(missing(detectCpuFeatures(all, fullProcessor(0, 0))), "");
   EXPECT_EQ(missing(detectCpuFeatures(all, fullProcessor(6, ALL))), "");
-  EXPECT_TRUE(missing(detectCpuFeatures({}, fullProcessor(6, ALL))).starts_with("avx2 avx512f "));
+  std::string inLeaf7;
+  for (const FeatureBit& feature : BITS) inLeaf7 += feature.leaf == 7 ? feature.name + " "s : "";
+  EXPECT_EQ(missing(detectCpuFeatures({}, fullProcessor(6, ALL))), inLeaf7);
 }
 
 TEST(InitTest, DetectsFeaturesWhenTheCountLeavesZeroAndOnlyThen) {
