@@ -5,15 +5,6 @@ examples=$(realpath "$4")
 
 # Tests
 
-readme_lists_the_chunks() {
-  expect_equal list "fmt  16
-LIST 72
-data 8000" "$("$examples/readme" "$data/tagged.wav")"
-  "$examples/readme" gone && fail "no file"
-  : >empty
-  expect_equal list "" "$("$examples/readme" empty)"
-}
-
 retag_wav_sets_and_adds_the_title() {
   local file title
   take tone.wav tagged.wav

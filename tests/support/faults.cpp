@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/random.h>
-#include <sys/sysinfo.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -172,14 +171,6 @@ ssize_t write(int fd, const void* buf, size_t n) {
 ssize_t getrandom(void* buffer, size_t length, unsigned flags) {
   if (spoils(Call::GETRANDOM, length)) return spoiled();
   return real<ssize_t(void*, size_t, unsigned)>("getrandom")(buffer, length, flags);
-}
-
-long sysconf(int name) noexcept {
-  return strikes(Call::SYSCONF) ? -1 : real<long(int)>("sysconf")(name);
-}
-
-int sysinfo(struct sysinfo* info) noexcept {
-  return strikes(Call::SYSINFO) ? -1 : real<int(struct sysinfo*)>("sysinfo")(info);
 }
 
 }  // extern "C"

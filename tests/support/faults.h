@@ -11,7 +11,7 @@
 
 namespace faults {
 
-enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM, SYSCONF, SYSINFO };
+enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM };
 
 // With the address sanitizer, each node of a tree is allocated by itself.
 #if defined(__SANITIZE_ADDRESS__)
