@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <numeric>
 #include <sstream>
 
 namespace {
@@ -18,16 +19,15 @@ Bytes chunksOf(std::istringstream& picture) {
     const std::string what = word.substr(colon + 1);
     Bytes data;
     if (what.back() == '{') {
-      append32(data, idOf(what.substr(0, what.size() - 1)));
-      const Bytes children = chunksOf(picture);
-      data.insert(data.end(), children.begin(), children.end());
+      data = chunksOf(picture);
+      data.insert(data.begin(), 4, ' ');
+      std::copy(what.begin(), what.end() - 1, data.begin());
     } else if (what.back() != '~') {
-      for (size_t n = std::stoul(what); data.size() < n;)
-        data.push_back(static_cast<uint8_t>((bytes.size() + data.size()) % 199));
+      data.resize(std::stoul(what));
+      std::iota(data.begin(), data.end(), static_cast<uint8_t>(bytes.size()));
     }
     append32(bytes, idOf(word.substr(0, colon)));
-    append32(bytes, what.back() == '~' ? static_cast<uint32_t>(std::stoul(what))
-                                       : static_cast<uint32_t>(data.size()));
+    append32(bytes, static_cast<uint32_t>(what.back() == '~' ? std::stoul(what) : data.size()));
     bytes.insert(bytes.end(), data.begin(), data.end());
     if (data.size() % 2 != 0) bytes.push_back(0xEE);
   }
@@ -56,21 +56,13 @@ void describe(Chunk* group, std::string& picture) {
 }
 
 Chunk* findIn(Chunk* group, uint32_t id) {
-  for (Chunk* c = velmor_core_riff_chunk_get_child(group, 0); c;
-       c = velmor_core_riff_chunk_get_next(c)) {
-    const bool named =
-        velmor_core_riff_chunk_get_id(c) == id || velmor_core_riff_chunk_get_group_id(c) == id;
-    if (named) return c;
+  Chunk* c = velmor_core_riff_chunk_get_child(group, 0);
+  for (; c; c = velmor_core_riff_chunk_get_next(c)) {
+    if (velmor_core_riff_chunk_get_id(c) == id || velmor_core_riff_chunk_get_group_id(c) == id)
+      break;
     if (Chunk* inside = findIn(c, id)) return inside;
   }
-  return nullptr;
-}
-
-bool recycle(Chunk* chunk) {
-  Chunk* handle = chunk;
-  const bool done = velmor_core_riff_chunk_recycle(&handle) == VELMOR_CORE_SUCCESS;
-  EXPECT_TRUE(done || handle == chunk);
-  return done;
+  return c;
 }
 
 }  // namespace
@@ -100,6 +92,8 @@ Chunk* find(Object* object, std::string_view name) {
   return name == "/" ? rootOf(object) : findIn(rootOf(object), idOf(name));
 }
 
+constexpr uint32_t NEW = VELMOR_CORE_RIFF_ID('n', 'e', 'w', ' ');
+
 std::function<bool()> editOf(Object* object, const std::string& command, Object* other) {
   std::istringstream in(command);
   std::string verb, name, argument;
@@ -107,21 +101,17 @@ std::function<bool()> editOf(Object* object, const std::string& command, Object*
   Chunk *const c = find(object, name), *const group = find(object, argument);
   const auto n = static_cast<uint32_t>(std::strtoul(argument.c_str(), nullptr, 10));
   const auto data = std::make_shared<Bytes>(verb == "size" ? 0 : n, 0xDD);
-  const uint32_t id = idOf(verb == "free" ? "JUNK" : "new");
-  const auto add = [=] {
-    return velmor_core_riff_chunk_add_data_chunk(c, id, data->data(), n) != nullptr;
-  };
   const std::map<std::string, std::function<bool()>> edits = {
       {"get", [=] { return velmor_core_riff_chunk_get_data(c, data->data(), n, 0) == 0; }},
       {"set", [=] { return velmor_core_riff_chunk_set_data(c, data->data(), n, 0) == 0; }},
       {"size", [=] { return velmor_core_riff_chunk_set_data_size(c, n) == 0; }},
-      {"add", add},
-      {"free", add},
+      {"add",
+       [=] { return velmor_core_riff_chunk_add_data_chunk(c, NEW, data->data(), n) != nullptr; }},
       {"group",
-       [=] { return velmor_core_riff_chunk_add_group_chunk(c, idOf("LIST"), id) != nullptr; }},
+       [=] { return velmor_core_riff_chunk_add_group_chunk(c, idOf("LIST"), NEW) != nullptr; }},
       {"copy", [=] { return velmor_core_riff_chunk_add_chunk(group, c) != nullptr; }},
       {"cache", [=] { return velmor_core_riff_chunk_add_cache(c, other) != nullptr; }},
-      {"recycle", [=] { return recycle(c); }},
+      {"recycle", [chunk = c]() mutable { return velmor_core_riff_chunk_recycle(&chunk) == 0; }},
       {"remove", [=] { return velmor_core_riff_chunk_remove(c) == 0; }}};
   return edits.at(verb);
 }

@@ -38,9 +38,8 @@ inline Chunk* rootOf(Object* object) {
 Chunk* find(Object* object, std::string_view name);
 
 // A command to run later, which returns whether it succeeds: "get x 3", "set x 3", "size x 70",
-// "add l 100" (a chunk "new"), "free l 100" (a free chunk), "group l" (a group "new"), "copy x l",
-// "cache l" (adds the cache `other`), "recycle x", "remove x". Chunks are named as in find(). The
-// command allocates its memory before it is run.
+// "add l 100" and "group l" (a chunk "new"), "copy x l", "cache l" (adds the cache `other`),
+// "recycle x", "remove x". Chunks are named as in find(). Its memory is allocated before it is run.
 std::function<bool()> editOf(Object* object, const std::string& command, Object* other = nullptr);
 
 struct Close {
