@@ -47,12 +47,9 @@ TEST(UuidGenerateTest, GivesVersionFourAndNothingTwice) {
 // The text is in memory of its own size, so that a sanitizer sees a read past its end.
 void expectParsed(const std::string& text, bool accepted) {
   const std::vector<char> bytes(text.begin(), text.end());
-  velmor_core_uuid_t uuid = {{1}}, again = {{1}};
+  velmor_core_uuid_t uuid = {{1}};
   EXPECT_EQ(velmor_core_uuid_parse2(bytes.data(), bytes.size(), &uuid), accepted) << text;
   EXPECT_EQ(unparse(uuid), accepted ? SAMPLE_TEXT : unparse({{1}})) << text;
-  if (text.find('\0') != std::string::npos) return;
-  EXPECT_EQ(velmor_core_uuid_parse(text.c_str(), &again), accepted) << text;
-  EXPECT_EQ(unparse(again), unparse(uuid)) << text;
 }
 
 // Each form as it is, shortened, lengthened, and with each character replaced by the neighbours of
@@ -78,6 +75,9 @@ TEST(UuidParseTest, AcceptsFourFormsAndNothingElse) {
   expectParsed("00112233-445566778899aabbccddeeff", false);
   velmor_core_uuid_t uuid = {};
   EXPECT_TRUE(velmor_core_uuid_parse2((bare + "more").c_str(), 32, &uuid));
+  EXPECT_TRUE(velmor_core_uuid_parse(bare.c_str(), &uuid));
+  EXPECT_FALSE(velmor_core_uuid_parse((bare + "m").c_str(), &uuid));
+  EXPECT_FALSE(velmor_core_uuid_parse("", &uuid));
   EXPECT_FALSE(velmor_core_uuid_parse2(nullptr, 36, &uuid));
   EXPECT_FALSE(velmor_core_uuid_parse(nullptr, &uuid));
   EXPECT_EQ(unparse(uuid), SAMPLE_TEXT);

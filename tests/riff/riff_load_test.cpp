@@ -126,18 +126,6 @@ TEST(OpenTest, ModesOpenCreateAndEmpty) {
   }
 }
 
-TEST(OpenTest, APipeIsAnEmptyTree) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  const std::string path = "/proc/self/fd/" + std::to_string(ends[0]);
-  Object* object = nullptr;
-  ASSERT_EQ(velmor_core_riff_open_file(path.c_str(), 1, &object), VELMOR_CORE_SUCCESS);
-  EXPECT_EQ(velmor_core_riff_cache_get_size(object), ~uint64_t{0});
-  EXPECT_FALSE(editOf(object, "add / 2")());
-  velmor_core_riff_close(object);
-  for (const int end : ends) close(end);
-}
-
 TEST(OpenTest, NothingLeaksWhateverFails) {
   for (const Kind kind : {Kind::READ_ONLY, Kind::CACHE, Kind::FILE}) {
     Store store(kind, bytesOf("RIFF:g{ a:2 LIST:l{ JUNK:12 x:3 } } JUNK:20"), 100);

@@ -91,7 +91,6 @@ struct Model {
     size = 0;
   }
 
-  // --- Bytes ---
   void note(char what, uint64_t value) const {
     if (kind == Kind::FILE) faults::note(expectedCalls, what, file, value);
   }
@@ -151,7 +150,6 @@ struct Model {
     write(offset, data);
   }
 
-  // --- Loading ---
   std::unique_ptr<Node> construct(bool isGroup, uint64_t offset, Node& parent) {
     auto node = std::make_unique<Node>();
     node->isGroup = isGroup;
@@ -170,8 +168,8 @@ struct Model {
     return node;
   }
 
-  // --- Trees that reach past the object's end ---
-  // If the pad byte of the last chunk is all that is missing, it is added.
+  // Trees may reach past the object's end. If the pad byte of the last chunk is all that is
+  // missing, it is added.
   bool lacksPadOnly(const Node& chunk) const {
     return chunk.end() == size + 1 && chunk.lastInside()->size % 2 == 1;
   }
@@ -193,7 +191,6 @@ struct Model {
     if (free.offset + (free.total() == n ? written : n + 8) > size) need(free);
   }
 
-  // --- Sizes ---
   void setSizeField(Node& chunk, uint64_t newSize) {
     chunk.size = static_cast<uint32_t>(newSize);
     write32(chunk.offset + 4, {chunk.size});
@@ -225,7 +222,6 @@ struct Model {
     for (auto& child : chunk.children) shift(*child, delta);
   }
 
-  // --- Data ---
   Bytes getData(const Node& chunk, uint32_t length, uint32_t at) {
     if (uint64_t{at} + length > chunk.size) throw Failed{};
     return read(chunk.offset + 8 + at, length);
@@ -242,7 +238,6 @@ struct Model {
     if (chunk.size != n) setSizeField(chunk, n);
   }
 
-  // --- Adding ---
   Node* addGroup(Node& group, uint32_t id, uint32_t groupId) {
     const uint64_t at = resizeChunk(group, 12);
     write32(at, {id, 4, groupId});
@@ -316,7 +311,6 @@ struct Model {
     return group.child(position);
   }
 
-  // --- Taking away ---
   void remove(Node& chunk) {
     Node& group = *chunk.parent;
     resizeChunk(group, 0 - chunk.total(), &chunk);

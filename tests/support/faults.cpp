@@ -103,12 +103,14 @@ void faults::note(std::string& calls, char what, int file, uint64_t value) {
   calls += what + std::to_string(value) + "@" + std::to_string(file) + " ";
 }
 
-// The other forms of new and delete call these.
-void* operator new(size_t size) {
+void* operator new(size_t size, const std::nothrow_t& /*tag*/) noexcept {
   void* block = strikes(Call::NEW) ? nullptr : std::malloc(size);
-  if (!block) throw std::bad_alloc();
-  ++liveAllocations;
+  if (block) ++liveAllocations;
   return block;
+}
+void* operator new(size_t size) {
+  if (void* block = operator new(size, std::nothrow)) return block;
+  throw std::bad_alloc();
 }
 void operator delete(void* block) noexcept {
   if (block) --liveAllocations;

@@ -13,13 +13,6 @@ namespace faults {
 
 enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM };
 
-// With the address sanitizer, each node of a tree is allocated by itself.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool NODES_ARE_POOLED = false;
-#else
-constexpr bool NODES_ARE_POOLED = true;
-#endif
-
 enum class How {
   FAIL_ONCE,          // getrandom is interrupted
   FAIL_FROM_HERE_ON,  // getrandom has no random source
