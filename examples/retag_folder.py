@@ -3,8 +3,8 @@
 
     retag_folder.py recordings IART "The Tuning Forks"
 
-IART is the artist, INAM the title, ICRD the date. Each file is edited as a copy beside it, which then
-replaces it: whatever goes wrong, a file has its old content or its new one, never a mixture.
+IART is the artist, INAM the title, ICRD the date. Each file is edited as a copy beside it, which
+then replaces it: whatever goes wrong, a file has its old content or its new one, never a mixture.
 """
 
 import os

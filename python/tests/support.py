@@ -1,4 +1,4 @@
-"""Copies of real files to work on, and the library that was built with these tests, if one is named."""
+"""Copies of real files to work on, and options that choose the library to test."""
 
 import shutil
 from pathlib import Path

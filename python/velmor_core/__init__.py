@@ -7,9 +7,10 @@
 ...     print([chunk.id for chunk in f["RIFF:WAVE"]], title.size)
 ['fmt ', 'LIST', 'data'] 14
 
-`open`, `memory` and `cache` give an `Object`: bytes with their chunk tree. Its groups and chunks are
-`Chunk` values, and are read, written and edited in place. Every failure is an exception: `Error`
-and its kinds, an `OSError` where the system says why, `TypeError` and `ValueError` for arguments.
+`open`, `memory` and `cache` give an `Object`: bytes with their chunk tree. Its groups and chunks
+are `Chunk` values, and are read, written and edited in place. Every failure is an exception:
+`Error` and its kinds, an `OSError` where the system says why, `TypeError` and `ValueError` for
+arguments.
 
 Threads may share objects: the calls on one object wait for each other. The interpreter lock is
 released in all calls that read or write data, edit, open or calculate.
@@ -71,6 +72,6 @@ __all__ = [
 ]
 
 for _error in (ClosedError, EndedChunkError, Error, FormatError, MissingChunkError, NoRoomError,
-               ReadOnlyError, SizeLimitError, WrongKindError, Chunk, Object):
-    _error.__module__ = __name__  # where callers find it
+               ReadOnlyError, SizeLimitError, WrongKindError):
+    _error.__module__ = __name__  # as tracebacks show it
 del _error

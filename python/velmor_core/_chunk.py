@@ -20,8 +20,8 @@ if TYPE_CHECKING:
 
 _LARGEST = 0xFFFFFFFF
 _GROUP_TOTAL = 12
-# Data of this size and more is only allocated after its last byte has been read: the size field of a
-# chunk that was cut short may claim any size.
+# Data of this size and more is only allocated after its last byte has been read: the size field of
+# a chunk that was cut short may claim any size.
 _LARGE = 1 << 16
 _FIRST_BATCH, _LARGEST_BATCH = 8, 512
 
@@ -292,8 +292,8 @@ class Chunk(Container):
     """A chunk of an open object: a data chunk, a group, or the root above the top-level chunks.
 
     Chunks come from objects and groups and are not constructed by callers. A chunk keeps its object
-    open. When the chunk is removed, recycled or overwritten, or its object is cleared or closed, the
-    chunk has ended: everything but ``==``, ``hash()``, ``repr()`` and `is_valid` then raises
+    open. When the chunk is removed, recycled or overwritten, or its object is cleared or closed,
+    the chunk has ended: everything but ``==``, ``hash()``, ``repr()`` and `is_valid` then raises
     `EndedChunkError`.
 
     Two `Chunk` values are equal if they are the same chunk of the same object.
@@ -429,7 +429,8 @@ class Chunk(Container):
 
     @property
     def total_size(self) -> int:
-        """The bytes that the chunk takes, with header and pad byte. For the root, those of its object.
+        """The bytes that the chunk takes, with header and pad byte. For the root, those of its
+        object.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO/IART"].total_size)
@@ -523,11 +524,11 @@ class Chunk(Container):
         """All data of a data chunk. Assign bytes to replace them; the chunk gets their size.
 
         The bytes after the chunk move if its total size changes. Any object with a buffer can be
-        assigned. Read or write a slice of the chunk to leave the rest alone. The pad byte after data
-        of odd size is not written.
+        assigned. Read or write a slice of the chunk to leave the rest alone. The pad byte after
+        data of odd size is not written.
 
-        Raises `WrongKindError` for a group, `SizeLimitError`, and `NoRoomError` for a buffer that is
-        too small.
+        Raises `WrongKindError` for a group, `SizeLimitError`, and `NoRoomError` for a buffer that
+        is too small.
 
         >>> with velmor_core.open("song.wav", "r+") as f:
         ...     title = f["RIFF:WAVE/LIST:INFO/INAM"]
@@ -626,8 +627,8 @@ class Chunk(Container):
         """Turn the chunk into free space, without moving a byte, and return the free chunk.
 
         It is joined with free chunks directly before and after it. The chunk ends if it is a group
-        or is joined; so does everything in it, and the free chunk after it if the one before it takes
-        both. A later `add` to the group uses the space.
+        or is joined; so does everything in it, and the free chunk after it if the one before it
+        takes both. A later `add` to the group uses the space.
 
         >>> with velmor_core.open("song.wav", "r+") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO"].recycle())
@@ -791,7 +792,7 @@ class Chunk(Container):
     def _note_added(
         self, edit: Edit, free: Set[int], first: int, added: int, count_before: int
     ) -> None:
-        """Finds out which free chunk the `added` new chunks, from `first` on, have filled exactly."""
+        """Finds out which free chunk the new chunks, from `first` on, have filled exactly."""
         library = self._object._library
         new = self._row(first, added)
         if library.get_child_count(self._handle) < count_before + added:

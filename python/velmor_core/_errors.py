@@ -43,4 +43,4 @@ class NoRoomError(Error):
 
 
 class SizeLimitError(Error, OverflowError):
-    """A group or a chunk would reach 4 GiB, which its size field cannot hold. Nothing was changed."""
+    """A group or chunk would reach 4 GiB, more than a size field holds. Nothing was changed."""

@@ -2,8 +2,8 @@
 
 A chunk handle is an address. Once a chunk has ended, the library gives its memory to the next chunk
 that is made, so an old handle may seem valid and mean another chunk. Therefore every handle has a
-*life*, a number that changes when its chunk ends. A `Chunk` keeps the life with the handle. It is the
-chunk it was as long as both agree, and only then its handle goes to the library.
+*life*, a number that changes when its chunk ends. A `Chunk` keeps the life with the handle. It is
+the chunk it was as long as both agree, and only then its handle goes to the library.
 """
 
 from __future__ import annotations

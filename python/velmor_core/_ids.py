@@ -16,7 +16,7 @@ _PLAIN = frozenset(range(0x20, 0x7F)) - frozenset(b"/:[]\\")
 
 @functools.lru_cache(maxsize=1024)
 def id_text(value: int) -> str:
-    """The four characters of an id; bytes that are no text, or mean something in paths, as \\xHH."""
+    """The four characters of an id; bytes that are no text, or special in paths, as \\xHH."""
     return "".join(chr(b) if b in _PLAIN else f"\\x{b:02x}" for b in value.to_bytes(4, "little"))
 
 
@@ -35,7 +35,7 @@ def _unescaped(name: str) -> bytes:
     raw = name.encode("utf-8", "surrogateescape")
     found = list(_BYTE.finditer(raw))
     if sum(len(one.group()) for one in found) != len(raw):
-        raise ValueError(f"{name!r}: in an id, a backslash begins \\xHH with two hexadecimal digits")
+        raise ValueError(f"{name!r}: in an id, a backslash begins \\xHH, with two hex digits")
     return b"".join(bytes([int(one[1], 16)]) if one[1] else one.group() for one in found)
 
 

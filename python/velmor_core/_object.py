@@ -28,14 +28,14 @@ _MODES = {
 def open(path: Path, mode: str = "r") -> Object:  # noqa: A001
     """Open a RIFF file and read its chunk tree.
 
-    Modes: ``"r"`` reads, ``"r+"`` edits an existing file in place, ``"w"`` creates a file or empties
-    an existing one. Only headers are read. Every edit is in the file before it returns; closing has
-    nothing to flush. An edit that fails half-way is not undone: edit a copy of what you cannot lose,
-    and `os.replace` it over the original.
+    Modes: ``"r"`` reads, ``"r+"`` edits an existing file in place, ``"w"`` creates a file or
+    empties an existing one. Only headers are read. Every edit is in the file before it returns;
+    closing has nothing to flush. An edit that fails half-way is not undone: edit a copy of what you
+    cannot lose, and `os.replace` it over the original.
 
     Raises what `open` raises for a file that cannot be opened (`FileNotFoundError`,
-    `PermissionError`, `IsADirectoryError`, …), `FormatError` if its bytes are no chunks, and `Error`
-    for anything but a regular file.
+    `PermissionError`, `IsADirectoryError`, …), `FormatError` if its bytes are no chunks, and
+    `Error` for anything but a regular file.
 
     >>> with velmor_core.open("song.wav") as f:
     ...     print(f["RIFF:WAVE/fmt"].size)
@@ -125,9 +125,9 @@ def cache(capacity: int = 0) -> Object:
 class Object(Container):
     """Bytes with their chunk tree: what `open`, `memory` and `cache` return.
 
-    It acts as the group of its top-level chunks: index it, iterate over it, add to it. Close it with
-    `close`, or use it in a ``with`` statement. One that is not closed is closed when nothing refers
-    to it or to a chunk of it any more.
+    It acts as the group of its top-level chunks: index it, iterate over it, add to it. Close it
+    with `close`, or use it in a ``with`` statement. One that is not closed is closed when nothing
+    refers to it or to a chunk of it any more.
 
     Threads may share an object: calls on it, and on its chunks, wait for each other. Calls on
     different objects run at the same time. After `os.fork`, use a file object in one process only.
@@ -293,9 +293,9 @@ class Object(Container):
 
     @contextlib.contextmanager
     def _editing(self, chunk: Chunk) -> Iterator[Edit]:
-        """Runs one edit of a chunk. The body adds the handles that end to `ended`; raising an `Error`
-        says that the library has refused the edit, and no handle ends. Any other exception leaves
-        nobody knowing, and all handles end.
+        """Runs one edit of a chunk. The body adds the handles that end to `ended`; raising an
+        `Error` says that the library has refused the edit, and no handle ends. Any other exception
+        leaves nobody knowing, and all handles end.
         """
         with self._lock:
             chunk._live()

@@ -22,7 +22,8 @@ def tree_text(group: Chunk) -> str:
             ends.pop()
         size, total, is_group = chunk.size, chunk.total_size, chunk.is_group
         level = len(ends)
-        indent = "  " * level if level <= _DEEPEST_INDENT else "  " * _DEEPEST_INDENT + f"({level}) "
+        deeper = f"({level}) " if level > _DEEPEST_INDENT else ""
+        indent = "  " * min(level, _DEEPEST_INDENT) + deeper
         missing = 0 if is_group else offset + total - object_size
         rows.append(
             (str(offset), indent + chunk.name, f"{size:,}", f"{total:,}", _note(chunk, missing))

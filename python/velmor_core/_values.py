@@ -35,9 +35,9 @@ def number(text: str) -> float:
 def integer(text: str, signed: bool = True) -> int:
     """Convert a number text to an integer of 64 bits, truncated toward zero.
 
-    The text is calculated in double precision, so integers above 2**53 are rounded. A single integer
-    from 2**63 to 2**64 - 1 is exact if it is not `signed`; taken as a signed integer it is read minus
-    2**64, and likewise ``-1`` gives 2**64 - 1 if it is not `signed`.
+    The text is calculated in double precision, so integers above 2**53 are rounded. A single
+    integer from 2**63 to 2**64 - 1 is exact if it is not `signed`; taken as a signed integer it is
+    read minus 2**64, and likewise ``-1`` gives 2**64 - 1 if it is not `signed`.
 
     Raises `ValueError` for a text that is no number, and `OverflowError` for one that does not fit.
 
