@@ -1,6 +1,7 @@
 """What the examples in the docstrings do not show: failures, lifetimes, threads, real programs."""
 
 import array
+import copy
 import doctest
 import gc
 import hashlib
@@ -88,6 +89,7 @@ def test_closed_objects_and_their_chunks_raise():
     assert repr(chunk) == "<velmor_core.Chunk, ended>" and "closed" in repr(f)
     for use in (lambda: f.size, lambda: f[0], lambda: list(f), lambda: f.__enter__()):
         pytest.raises(velmor_core.ClosedError, use)
+    pytest.raises(TypeError, copy.copy, f)
     for use in (lambda: chunk.id, lambda: list(walk)):
         pytest.raises(velmor_core.EndedChunkError, use)
 
@@ -124,6 +126,21 @@ def test_interrupted_edits_leave_no_dangling_handle(monkeypatch):
     assert not chunk.is_valid and not other.is_valid
     f[0].remove()
     assert f.size == 0
+
+
+def test_signal_handlers_cannot_end_what_a_call_uses(monkeypatch):
+    f = velmor_core.memory(bytearray(WAVE))
+    refused = []
+
+    def interrupted(handle):
+        for edit in (f.close, f[0].remove, lambda: f.add("data")):
+            refused.append(pytest.raises(velmor_core.Error, edit))
+        return 7
+
+    monkeypatch.setattr(f._library, "get_data_size", interrupted)
+    assert f[0].size == 7 and len(refused) == 3
+    monkeypatch.undo()
+    f[0].remove()
 
 
 # --- Names ---
@@ -170,6 +187,8 @@ def test_a_bytearray_is_held_and_cut_to_size():
     del chunk
     assert bytes(held) == b"RIFF\x1a" + WAVE[5:] + b"note\x02\0\0\x0012"
     held.append(0)
+    pytest.raises(velmor_core.FormatError, velmor_core.memory, held, capacity=99)
+    assert len(held) == 35
 
 
 @pytest.mark.parametrize(

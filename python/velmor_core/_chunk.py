@@ -5,6 +5,7 @@ from __future__ import annotations
 import builtins
 import contextlib
 import ctypes
+import operator
 from typing import TYPE_CHECKING, Iterator, List, Optional, Set, Tuple, Union, overload
 
 from . import _ids, _tree
@@ -106,7 +107,8 @@ class Container:
         group._require_group()
         with group._object._lock:
             count = len(group)
-            index = key + count if key < 0 else key
+            index = operator.index(key)
+            index += count if index < 0 else 0
             if not 0 <= index < count:
                 raise IndexError(f"there is no child {key}: the group has {count}")
             return group._object._chunk(
@@ -189,7 +191,7 @@ class Container:
         group = self._group()
         group._require_group()
         owner = group._object
-        with View(data) as given, owner._apart(given) as (address, size), owner._lock:
+        with View(data) as given, owner._apart(given) as (address, size), owner._exclusive():
             if size > _LARGEST:
                 raise SizeLimitError(f"{size} bytes are too many for a chunk")
             with owner._editing(group) as edit:
@@ -218,7 +220,7 @@ class Container:
         group = self._group()
         group._require_group()
         owner = group._object
-        with owner._lock:
+        with owner._exclusive():
             with owner._editing(group):
                 group._check_limit(_GROUP_TOTAL)
                 made = owner._library.add_group_chunk(group._handle, value, group_value)
@@ -543,7 +545,7 @@ class Chunk(Container):
     @data.setter
     def data(self, value: bytes) -> None:
         owner = self._object
-        with View(value) as given, owner._apart(given) as (address, size), owner._lock:
+        with View(value) as given, owner._apart(given) as (address, size), owner._exclusive():
             self._resize(size)
             self._write(address, size, 0)
 
@@ -558,7 +560,8 @@ class Chunk(Container):
         b'Concert\\x00\\x00'
         """
         owner = self._object
-        with owner._lock:
+        size = operator.index(size)
+        with owner._exclusive():
             before = self._get(owner._library.get_data_size)
             self._resize(size)
             with View(bytes(min(_LARGE, max(size - before, 0)))) as zeros:
@@ -580,7 +583,7 @@ class Chunk(Container):
         owner = self._object
         with View(buffer, writable=True) as view, owner._lock:
             size = self._get(owner._library.get_data_size)
-            if not 0 <= offset <= size:
+            if not 0 <= operator.index(offset) <= size:
                 raise ValueError(f"the data has {size} bytes: there is no offset {offset}")
             count = min(view.size, size - offset)
             self._check(
@@ -613,7 +616,7 @@ class Chunk(Container):
         """
         owner = self._object
         library = owner._library
-        with owner._editing(self) as edit:
+        with owner._exclusive(), owner._editing(self) as edit:
             parent = library.get_parent(self._handle)
             if not parent:
                 raise WrongKindError("the root cannot be removed: use clear()")
@@ -637,27 +640,28 @@ class Chunk(Container):
         owner = self._object
         library = owner._library
         handle = self._handle
-        with owner._editing(self) as edit:
-            parent = library.get_parent(handle)
-            if not parent:
-                raise WrongKindError("the root cannot be recycled")
-            following = library.get_next(handle)
-            inside = self._handles_inside()
-            is_group = library.get_id(handle) in (_ids.RIFF, _ids.LIST)
-            cell = ctypes.c_size_t(handle)
-            if library.recycle(ctypes.byref(cell)) != SUCCESS:
-                raise owner._failure("a chunk cannot be recycled")
-            free = cell.value
-            if is_group or free != handle:
-                edit.ended += inside
-            # A free chunk before has taken the one after, too, if that is no longer next.
-            if following not in (0, free) and library.get_next(free) != following:
-                edit.ended.append(following)
-            known = edit.free.get(parent)
-            if known is not None:
-                known.difference_update(edit.ended)
-                known.add(free)
-        return owner._chunk(free)
+        with owner._exclusive():
+            with owner._editing(self) as edit:
+                parent = library.get_parent(handle)
+                if not parent:
+                    raise WrongKindError("the root cannot be recycled")
+                following = library.get_next(handle)
+                inside = self._handles_inside()
+                is_group = library.get_id(handle) in (_ids.RIFF, _ids.LIST)
+                cell = ctypes.c_size_t(handle)
+                if library.recycle(ctypes.byref(cell)) != SUCCESS:
+                    raise owner._failure("a chunk cannot be recycled")
+                free = cell.value
+                if is_group or free != handle:
+                    edit.ended += inside
+                # A free chunk before has taken the one after, too, if that is no longer next.
+                if following not in (0, free) and library.get_next(free) != following:
+                    edit.ended.append(following)
+                known = edit.free.get(parent)
+                if known is not None:
+                    known.difference_update(edit.ended)
+                    known.add(free)
+            return owner._chunk(free)
 
     # --- Inside: those that take or give handles are called with the object locked ---
 
@@ -873,7 +877,8 @@ class Chunk(Container):
 
 @contextlib.contextmanager
 def _both(one: Object, other: Object) -> Iterator[None]:
-    """Locks two objects, in the same order in every thread."""
+    """Locks two objects, in the same order in every thread: one to edit, one to read."""
     first, second = sorted((one, other), key=id)
+    one._refuse_if_in_use()
     with first._lock, second._lock:
         yield

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import contextlib
 import ctypes
+import operator
 import os
 import stat
 import threading
@@ -88,7 +89,7 @@ def memory(
     growing = buffer if isinstance(buffer, bytearray) else None
     writable = is_writable(buffer)
     length = memoryview(buffer).nbytes
-    size = length if size is None else size
+    size = length if size is None else operator.index(size)
     if not 0 <= size <= length:
         raise ValueError(f"the buffer has {length} bytes: there is no size {size}")
     if capacity is not None:
@@ -98,15 +99,19 @@ def memory(
             raise ValueError(f"a capacity of {capacity} is too small for {size} bytes")
         growing.extend(bytes(max(capacity - length, 0)))
     view = View(buffer, writable)
-    if writable:
-        return _opened(
-            lambda lib, out: lib.open_buffer_rw(view.address, size or 0, view.size, out),
-            "buffer", "r+", "a buffer", view, growing,
-        )
-    return _opened(
-        lambda lib, out: lib.open_buffer_ro(view.address, size or 0, out),
-        "buffer", "r", "a buffer", view,
-    )
+
+    def opening(lib: Library, out: Any) -> int:
+        if writable:
+            return lib.open_buffer_rw(view.address, size or 0, view.size, out)
+        return lib.open_buffer_ro(view.address, size or 0, out)
+
+    try:
+        return _opened(opening, "buffer", "r+" if writable else "r", "a buffer", view, growing)
+    except BaseException:
+        view.release()
+        if growing is not None:
+            del growing[length:]
+        raise
 
 
 def cache(capacity: int = 0) -> Object:
@@ -119,6 +124,8 @@ def cache(capacity: int = 0) -> Object:
     ...     f.add("note", b"Hello").total_size
     14
     """
+    if not 0 <= operator.index(capacity) < 2**64:
+        raise ValueError(f"there is no capacity {capacity}")
     return _opened(lambda lib, out: lib.open_cache(capacity, out), "cache", "r+", "a cache")
 
 
@@ -130,12 +137,14 @@ class Object(Container):
     refers to it or to a chunk of it any more.
 
     Threads may share an object: calls on it, and on its chunks, wait for each other. Calls on
-    different objects run at the same time. After `os.fork`, use a file object in one process only.
+    different objects run at the same time. A signal handler that breaks into such a call may read
+    the same object, but edits and `close` raise `Error` there. After `os.fork`, use a file object in
+    one process only.
     """
 
     __slots__ = (
         "kind", "mode", "_name", "_library", "_lock", "_handle", "_root", "_handles", "_edits",
-        "_in_edit", "_view", "_finalizer", "__weakref__",
+        "_is_locked_here", "_view", "_finalizer", "__weakref__",
     )
 
     kind: str
@@ -156,13 +165,14 @@ class Object(Container):
         self.kind, self.mode, self._name = kind, mode, name
         self._library = lib
         self._lock = threading.RLock()
+        self._is_locked_here: Callable[[], bool] = getattr(self._lock, "_is_owned")
         self._handle = handle
         self._root = lib.get_root(handle)
         self._handles = Handles()
         self._edits = 0  # how many there were: what was fetched before the last one is out of date
-        self._in_edit = False
         self._view = view
         self._finalizer = weakref.finalize(self, _close, lib, handle, view, growing)
+        self._finalizer.atexit = False  # other threads may still be in a call
 
     def _group(self) -> Chunk:
         return self.root
@@ -222,7 +232,9 @@ class Object(Container):
         Traceback (most recent call last):
         velmor_core.EndedChunkError: the chunk has ended: ...
         """
-        with self._lock:
+        if self.closed:
+            return
+        with self._exclusive():
             self._handles.end_all()
             self._edits += 1
             self._finalizer()
@@ -240,10 +252,8 @@ class Object(Container):
         """
         if self.kind != "cache":
             raise Error("only a cache can be cleared")
-        with self._lock:
+        with self._exclusive():
             handle = self._open_handle()
-            if self._in_edit:
-                raise Error("an edit of this object is running")
             life = self._handles.life(self._root)
             self._handles.end_all()
             self._edits += 1
@@ -274,6 +284,9 @@ class Object(Container):
     def __exit__(self, *_: object) -> None:
         self.close()
 
+    def __reduce__(self) -> str:
+        raise TypeError("an object cannot be copied or pickled")
+
     def __repr__(self) -> str:
         state = "closed" if self.closed else f"{self.size} bytes, mode {self.mode!r}"
         return f"<velmor_core.Object {self._name}, {state}>"
@@ -292,27 +305,34 @@ class Object(Container):
         return Chunk(self, handle)
 
     @contextlib.contextmanager
+    def _exclusive(self) -> Iterator[None]:
+        """Locks the object for a call that can end handles."""
+        self._refuse_if_in_use()
+        with self._lock:
+            yield
+
+    def _refuse_if_in_use(self) -> None:
+        """Signal handlers and finalizers can break into a call of their own thread. They may read
+        the object, but not end a handle that the call is about to pass on.
+        """
+        if self._is_locked_here():
+            raise Error("the object is in use by the call that this one has interrupted")
+
+    @contextlib.contextmanager
     def _editing(self, chunk: Chunk) -> Iterator[Edit]:
-        """Runs one edit of a chunk. The body adds the handles that end to `ended`; raising an
+        """Runs one edit of a chunk, with the object exclusive. The body adds the handles that end to `ended`; raising an
         `Error` says that the library has refused the edit, and no handle ends. Any other exception
         leaves nobody knowing, and all handles end.
         """
-        with self._lock:
-            chunk._live()
-            if self._in_edit:
-                raise Error("an edit of this object is running")
-            edit = self._handles.suspend()
-            self._in_edit = True
-            self._edits += 1
-            try:
-                yield edit
-            except Error:
-                self._handles.resume(edit, ())
-                raise
-            else:
-                self._handles.resume(edit, edit.ended)
-            finally:
-                self._in_edit = False
+        chunk._live()
+        edit = self._handles.suspend()
+        self._edits += 1
+        try:
+            yield edit
+        except Error:
+            self._handles.resume(edit, ())
+            raise
+        self._handles.resume(edit, edit.ended)
 
     @contextlib.contextmanager
     def _apart(self, given: View) -> Iterator[Tuple[int, int]]:
