@@ -295,8 +295,8 @@ class Chunk(Container):
 
     Chunks come from objects and groups and are not constructed by callers. A chunk keeps its object
     open. When the chunk is removed, recycled or overwritten, or its object is cleared or closed,
-    the chunk has ended: everything but ``==``, ``hash()``, ``repr()`` and `is_valid` then raises
-    `EndedChunkError`.
+    the chunk has ended: everything but ``==``, ``hash()``, ``repr()``, `object` and `is_valid` then
+    raises `EndedChunkError`.
 
     Two `Chunk` values are equal if they are the same chunk of the same object.
     """

@@ -57,6 +57,7 @@ class Step(NamedTuple):
 _STEP = re.compile(r"([^\[:]*)(?::([^\[]*))?(?:\[([0-9]+)\])?", re.DOTALL)
 
 
+@functools.lru_cache(maxsize=256)
 def parse_path(path: str) -> Tuple[Step, ...]:
     """The steps of a path such as ``RIFF:WAVE/LIST[2]/INAM``. Raises ValueError for others."""
     steps: List[Step] = []

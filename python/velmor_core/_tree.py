@@ -14,7 +14,7 @@ _HEAD = ("offset", "chunk", "data size", "total")
 
 def tree_text(group: Chunk) -> str:
     rows: List[Tuple[str, str, str, str, str]] = []
-    ends: List[int] = []  # of the groups around, where the offset is known to fall out of them
+    ends: List[int] = []  # where the groups that hold the current chunk end
     offset = group.offset if group.is_root else group.offset + 12
     object_size = group.object.size
     for chunk in group.walk():
