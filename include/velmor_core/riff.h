@@ -7,8 +7,8 @@
  *
  *  Objects.  An object is bytes plus the tree of the chunks in them. The bytes are a file, a buffer
  *  of the caller's, or a cache, which is memory that grows. Opening an object reads the tree. An
- *  object holds any number of top-level chunks. Above them stands the virtual root, a group that
- *  has no header in the bytes.
+ *  object holds any number of top-level chunks. Above them is the virtual root, a group that has no
+ *  header in the bytes.
  *
  *  Edits.  An edit changes the stored bytes before it returns. Closing has nothing to flush. An
  *  edit that fails is not undone: see "When an edit fails" below.
@@ -33,18 +33,18 @@
  *  and most of the data is missing. A million zero bytes open as 125,000 empty chunks. Check the
  *  ids, and the data that you need. In detail:
  *
- *  - Each group has to end exactly where its last child ends. A stream whose header holds
- *    placeholder sizes, such as 0 or 2^32 - 1, does not open.
+ *  - Each group has to end exactly where its last child ends. A stream that has the same
+ *    placeholder in all sizes, such as 0 or 2^32 - 1, does not open.
  *  - Bytes after the last top-level chunk are read as further chunks, whatever they are. An ID3 tag
- *    opens as a data chunk that runs past the end. If one to seven bytes are left, less than a
- *    header, nothing opens.
+ *    opens as a data chunk that runs past the end. If one to seven bytes are left, fewer than a
+ *    header has, the object does not open.
  *  - A last chunk may run past the end of the bytes: see "Chunks that were cut short".
  *
  *  Free space.  A data chunk with the id "JUNK" is free space. velmor_core_riff_chunk_recycle()
  *  turns a chunk into free space. velmor_core_riff_chunk_add_data_chunk() and
  *  velmor_core_riff_chunk_add_cache() use the free chunks of the group that they add to, before the
- *  group grows. There are two kinds of free chunks that edits do not use until the object is opened
- *  again. Recycling a neighbour can make them larger, but they still stay unused:
+ *  group grows. Edits do not use two kinds of free chunks until the object is opened again, even if
+ *  recycling a neighbour makes them larger:
  *
  *  - a chunk with the id "JUNK" that was itself added into free space
  *  - a free chunk whose data size became 0 when a new chunk took the rest
@@ -147,9 +147,9 @@
  *  others. Each further try makes the file still longer.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
- *  SA_RESTART, or block signals during an edit. A process that is killed leaves a file half-way. A
- *  file that would grow past RLIMIT_FSIZE raises SIGXFSZ, which kills the process; if it is ignored
- *  the edit fails and changes nothing.
+ *  SA_RESTART, or block signals during an edit. If the process is killed during an edit, the file
+ *  can be left half-way. An edit that would lengthen a file past RLIMIT_FSIZE raises SIGXFSZ, which
+ *  kills the process. If the signal is ignored, the edit fails and changes nothing.
  *
  *  Power failure.  The library never calls fsync(2). Other programs see a change at once, but it
  *  reaches the disk when the system writes it back. An error in writing it back is not reported. To
@@ -165,9 +165,9 @@
  *  objects: that of the group and that of the chunk or cache.
  *
  *  Fork.  After fork(2), each process has its own copy of a cache or of a buffer in private memory.
- *  The two copies of a file object share one file position, so that simultaneous calls read and
- *  write at wrong places. Use the object in one of the processes only; in the other, open the file
- *  again. exec(3) closes the descriptor.
+ *  The two copies of a file object share one file position. So simultaneous calls read and write at
+ *  wrong places. Use the object in one of the processes only. In the other, open the file again.
+ *  exec(3) closes the descriptor.
  *
  *  Costs.  Opening reads three header fields of each data chunk and four of each group. In a file,
  *  each field costs an lseek(2) and a read(2). The functions that walk the tree read no bytes and
