@@ -245,8 +245,9 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_file(const char* path, int32_t mod
 
 /** Open a buffer for reading.
  *
- *  The buffer stays the caller's: it is never written or freed. It has to live, unchanged, as long
- *  as the object. The object's capacity is 0. Edits fail, except these, which write no byte:
+ *  The buffer stays the caller's: it is never written or freed. It has to live as long as the
+ *  object, and must not change. The object's capacity is 0. Edits fail, except these, which write
+ *  no byte:
  *
  *  - giving a chunk the data size that it has
  *  - recycling a free chunk that has no free neighbour
@@ -496,7 +497,10 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t
  *    VELMOR_CORE_FAILURE     the buffer has no room; nothing is changed
  *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
  *    VELMOR_CORE_FAILURE     the file cannot be lengthened; nothing is changed
- *    VELMOR_CORE_FAILURE     the chunk was cut short; nothing is changed
+ *    VELMOR_CORE_FAILURE     the total size would change, and the chunk was cut short by more than
+ *                            its pad byte; nothing is changed
+ *    VELMOR_CORE_FAILURE     the pad byte would become data, and the chunk was cut short by more
+ *                            than its pad byte; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the chunk shows the
  *                            new data size if the total size stays the same
  *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
@@ -529,7 +533,7 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_ch
  *    - memory runs out; the edit may stop half-way;
  *    - a file cannot be read or written; the edit may stop half-way;
  *    - the copied bytes hold a data chunk that was added under the id "RIFF" or "LIST", and whose
- *      data is no list of chunks; the edit stops half-way.
+ *      data is not a list of chunks; the edit stops half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
     velmor_core_riff_chunk_t* group, velmor_core_riff_chunk_t* chunk);
@@ -559,8 +563,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
  *      top-level chunk may show a data size that is larger by 1;
  *    - memory runs out; the edit may stop half-way;
  *    - the file cannot be read or written; the edit may stop half-way;
- *    - cache holds a data chunk that was added under the id "RIFF" or "LIST", and whose data is no
- *      list of chunks; the edit stops half-way.
+ *    - cache holds a data chunk that was added under the id "RIFF" or "LIST", and whose data is not
+ *      a list of chunks; the edit stops half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
     velmor_core_riff_chunk_t* group, velmor_core_riff_object_t* cache);
@@ -637,7 +641,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *                            changed
  *    VELMOR_CORE_FAILURE     the pad byte would become free data, and the chunk was cut short by
  *                            more than the pad byte; nothing is changed
- *    VELMOR_CORE_FAILURE     the pad byte would become free data, it is missing, and the object
+ *    VELMOR_CORE_FAILURE     the pad byte would become free data, but it is missing and the object
  *                            cannot grow; nothing is changed
  *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the tree may show

@@ -15,9 +15,9 @@
  *
  *  Failures.  An operation that can fail has two forms. Without a last argument it throws
  *  velmor_core::Error, whose what() names the reason and whose status() is the status of the C
- *  function. With std::nothrow as the last argument, after all others, it throws nothing. It
- *  returns a std::optional, a bool, an Object or a Chunk, which on failure is empty or false, and
- *  false in a condition:
+ *  function. With std::nothrow as the last argument, after all others, it throws nothing but what
+ *  the caller's container throws. On failure it returns an empty std::optional, Object or Chunk, or
+ *  the bool false. In a condition, all of these are false:
  *
  *    using namespace velmor_core;
  *    Object wav = Object::openFile("a.wav");                                  // throws on failure
@@ -31,8 +31,8 @@
  *
  *  Constness.  Chunk and Object are handles: a const one still edits what it points to.
  *
- *  Threads.  As in C: an object and its chunks are used by one thread at a time, values and free
- *  functions by any number.
+ *  Threads.  As in C: one thread at a time may use an object and its chunks. Any number of threads
+ *  may use values and free functions.
  */
 #ifndef VELMOR_CORE_VELMOR_CORE_HPP
 #define VELMOR_CORE_VELMOR_CORE_HPP
