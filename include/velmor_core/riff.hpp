@@ -606,8 +606,8 @@ class Object {
   ~Object() { close(); }
 
   /** Opens a file; its path is passed on without conversion. Empty if the path is null, the file
-   *  does not open or cannot be read, its bytes are not RIFF chunks, or memory is exhausted. The
-   *  time is linear in the number of chunks. Their data is not read.
+   *  does not open or cannot be read, its bytes are not RIFF chunks, or memory runs out. The time
+   *  is linear in the number of chunks. Their data is not read.
    */
   [[nodiscard]] static Object openFile(const char* path, Mode mode,
                                        const std::nothrow_t&) noexcept {
@@ -624,7 +624,7 @@ class Object {
   }
   /** Opens bytes in memory for reading. They are not copied. They have to live as long as the
    *  object, and must not change. A temporary container does not compile. Takes the ranges that
-   *  Bytes takes, but no text. Empty if the bytes are not RIFF chunks, or memory is exhausted.
+   *  Bytes takes, but no text. Empty if the bytes are not RIFF chunks, or memory runs out.
    */
   template <typename Range, std::enable_if_t<detail::IsBuffer<Range>::value, int> = 0>
   [[nodiscard]] static Object openBuffer(Range&& range, const std::nothrow_t&) noexcept {
@@ -636,7 +636,7 @@ class Object {
   /** Opens bytes in memory for editing. The first `size` bytes of the range hold chunks, and edits
    *  may use all of it. The range has to stay at its address as long as the object lives: a
    *  std::vector must not grow. Empty if `size` is larger than the range, its first bytes are not
-   *  RIFF chunks, or memory is exhausted.
+   *  RIFF chunks, or memory runs out.
    */
   [[nodiscard]] static Object openBuffer(MutableBytes bytes, uint64_t size,
                                          const std::nothrow_t&) noexcept {
@@ -647,7 +647,7 @@ class Object {
     return result;
   }
   /** Opens an empty cache with room for `capacity` bytes, which grows as chunks are added. Empty
-   *  handle if memory is exhausted.
+   *  handle if memory runs out.
    */
   [[nodiscard]] static Object openCache(uint64_t capacity, const std::nothrow_t&) noexcept {
     Object result;

@@ -67,8 +67,8 @@
  *  Say that a program accepts values from 0 to a limit below 2^63. Convert to a double, and compare
  *  with 0 and the limit. A single integer that is too large gives a double below 0, or of 2^63 or
  *  more, and fails the comparison. In an expression it can pass: 18446744073709551615+10 is 9. To
- *  be certain, accept single numbers only. Remove the sign from the text, convert the rest, and
- *  reject a negative result. Numbers with a decimal point are not affected.
+ *  be certain, accept single numbers only. Remove the sign from the text and convert the rest. If
+ *  the result is negative, the number was too large. Numbers with a decimal point are not affected.
  *
  *  Rounding.  A decimal number is the double nearest to it. A prefix multiplies this double, and
  *  the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an

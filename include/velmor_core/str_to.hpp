@@ -16,7 +16,7 @@
 namespace velmor_core {
 
 /** The number that a text gives, as int64_t, uint64_t or double; empty if the text is rejected or
- *  null, or memory is exhausted. The text ends at its NUL and is not copied.
+ *  null, or memory runs out. The text ends at its NUL and is not copied.
  */
 template <typename Number>
 [[nodiscard]] std::optional<Number> toNumber(const char* text, const std::nothrow_t&) noexcept {
