@@ -42,4 +42,4 @@ else
   PATH=/usr/bin:$PATH LD_LIBRARY_PATH=$lib PYTHONDONTWRITEBYTECODE=1 \
     PYTHONPATH=$work/root/usr/lib/python3/dist-packages debian/tests/python
 fi
-echo "The packages are sound."
+echo "The packages passed all checks."
