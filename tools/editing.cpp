@@ -14,13 +14,6 @@ namespace tool {
 
 namespace {
 
-// 2^32 - 1 has no room for a pad byte within 32 bits, and marks an unfinished stream elsewhere.
-constexpr uint64_t MAX_SIZE = 0xFFFF'FFFE;
-constexpr uint64_t HEADER_SIZE = 8;
-constexpr uint64_t GROUP_HEADER_SIZE = 12;
-
-uint64_t padded(uint64_t size) { return size + size % 2; }
-
 void requireSize(uint64_t size) {
   if (size > MAX_SIZE) throw Failure("a value of more than 4294967294 bytes fits no chunk");
 }

@@ -67,6 +67,12 @@ void File::readAll(void* bytes, uint64_t length, uint64_t offset) const {
   if (read(bytes, length, offset) < length) throw Failure(name, "became shorter while it was read");
 }
 
+uint64_t File::nextData(uint64_t offset) const {
+  const off_t data = ::lseek(descriptor, static_cast<off_t>(offset), SEEK_DATA);
+  if (data != -1) return static_cast<uint64_t>(data);
+  return errno == ENXIO ? size() : offset;
+}
+
 void File::write(const void* bytes, uint64_t length) const {
   for (uint64_t done = 0; done < length;) {
     const ssize_t count =

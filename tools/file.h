@@ -24,6 +24,9 @@ class File {
   uint64_t read(void* bytes, uint64_t length, uint64_t offset) const;
   // The same, but all of them have to be there.
   void readAll(void* bytes, uint64_t length, uint64_t offset) const;
+  // The offset of the first byte at or after `offset` that is not in a hole; size() if all are.
+  // Where the file system knows no holes, `offset`. Moves the position of write().
+  uint64_t nextData(uint64_t offset) const;
   void write(const void* bytes, uint64_t length) const;
   void writeAt(const void* bytes, uint64_t length, uint64_t offset) const;
   void resize(uint64_t length) const;

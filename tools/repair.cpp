@@ -11,7 +11,7 @@
 #include "errors.h"
 #include "file.h"
 #include "progress.h"
-#include "raw_file.h"
+#include "raw_bytes.h"
 #include "survey.h"
 #include "text.h"
 
@@ -25,7 +25,6 @@ constexpr Option DROP_TRAILING{"--drop-trailing"};
 constexpr std::array OPTIONS = {OUTPUT, IN_PLACE, DROP_TRAILING};
 
 constexpr uint32_t ID_TAIL = VELMOR_CORE_RIFF_ID('t', 'a', 'i', 'l');
-constexpr uint64_t MAX_SIZE = 0xFFFF'FFFE;
 constexpr uint64_t BLOCK = 1 << 20;
 
 std::array<uint8_t, 4> littleEndian(uint32_t number) {

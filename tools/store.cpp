@@ -8,8 +8,6 @@ namespace tool {
 
 namespace {
 
-constexpr uint64_t GROUP_HEADER_SIZE = 12;
-
 // Why the store refuses a file that can be opened and read.
 [[noreturn]] void throwRefused(const std::string& file) {
   if (const auto damage = firstDamage(file)) throw Failure(file, findingText(*damage));

@@ -5,14 +5,13 @@
 
 #include "errors.h"
 #include "progress.h"
-#include "raw_file.h"
+#include "raw_bytes.h"
 #include "text.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint64_t MAX_SIZE = 0xFFFF'FFFE;
 constexpr uint32_t ID_DATA = VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a');
 constexpr uint32_t ID_IDX1 = VELMOR_CORE_RIFF_ID('i', 'd', 'x', '1');
 constexpr uint32_t ID_MOVI = VELMOR_CORE_RIFF_ID('m', 'o', 'v', 'i');
@@ -54,8 +53,8 @@ struct OpenGroup {
 // nothing wrong of their own. `mended` is the same in the file as it would be when mended.
 class Walker {
  public:
-  Walker(const std::string& name, const std::function<void(const Finding&)>& report)
-      : file(name), size(file.size()), report(report), progress("checking " + name, size) {
+  Walker(const std::string& name, RawBytes& bytes, const Report& report)
+      : file(bytes), size(file.size()), report(report), progress("checking " + name, size) {
     survey.fileSize = size;
     requireKnownForm(name);
   }
@@ -334,9 +333,9 @@ class Walker {
     return open.empty() ? name : pathOf() + "/" + name;
   }
 
-  mutable RawFile file;  // its window moves when it is read
+  RawBytes& file;
   uint64_t size;
-  const std::function<void(const Finding&)>& report;
+  const Report& report;
   Progress progress;
   uint64_t at = 0;
   uint64_t mended = 0;
@@ -353,16 +352,40 @@ std::string findingText(const Finding& finding) {
   return finding.what + " (at offset " + std::to_string(finding.offset) + ")";
 }
 
-Survey surveyFile(const std::string& file, const std::function<void(const Finding&)>& report) {
-  return Walker(file, report).run();
+Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report) {
+  return Walker(name, bytes, report).run();
 }
 
-std::optional<Finding> firstDamage(const std::string& file) {
+Survey surveyFile(const std::string& file, const Report& report) {
+  const File opened(file, File::READ);
+  RawBytes bytes(opened);
+  return surveyBytes(file, bytes, report);
+}
+
+std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes) {
   std::optional<Finding> first;
-  surveyFile(file, [&](const Finding& finding) {
+  surveyBytes(name, bytes, [&](const Finding& finding) {
     if (!first && !finding.isWarning) first = finding;
   });
   return first;
+}
+
+std::optional<Finding> firstDamage(const std::string& file) {
+  const File opened(file, File::READ);
+  RawBytes bytes(opened);
+  return firstDamage(file, bytes);
+}
+
+void requireOpenable(const std::string& name, RawBytes& bytes) {
+  if (const auto damage = firstDamage(name, bytes); damage && damage->isFatal) {
+    throw Failure(name, findingText(*damage));
+  }
+}
+
+std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after) {
+  auto damage = firstDamage(name, after);
+  if (!damage || firstDamage(name, before)) return std::nullopt;
+  return damage;
 }
 
 }  // namespace tool

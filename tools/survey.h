@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "raw_bytes.h"
+
 namespace tool {
 
 // Something that is wrong with a file.
@@ -47,14 +49,28 @@ struct Survey {
   uint64_t trailing() const { return remedy.end < fileSize ? fileSize - remedy.end : 0; }
 };
 
+using Report = std::function<void(const Finding&)>;
+
 // Follows the headers and hands over each disagreement as it is met: causes come before what
-// follows from them. Behind a chunk that leaves its group the walk goes on at the group's end.
-// Reads a few KiB for each chunk at most, holds the groups that are open and the remedy. Throws
-// Failure if the file cannot be read, or has sizes of another kind (RF64, RIFX).
-Survey surveyFile(const std::string& file, const std::function<void(const Finding&)>& report);
+// follows from them. After a chunk that leaves its group the walk goes on at the group's end.
+// `name` is the file's, for progress. Throws Failure if the file cannot be read, or has sizes of
+// another kind (RF64, RIFX).
+Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report);
+Survey surveyFile(const std::string& file, const Report& report);
 
 // The first finding that is no warning; none where the file is sound.
+std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes);
 std::optional<Finding> firstDamage(const std::string& file);
+
+// Throws Failure where a command should not let the library open a file: it is no RIFF file, the
+// library would read all of it and then refuse it, or it holds so many zeros that the library would
+// take for empty chunks that they cost too much. Damage with which the library can work is no
+// reason.
+void requireOpenable(const std::string& name, RawBytes& bytes);
+
+// The first damage in `after` if there is none in `before`. An edit asks this before its result
+// takes the place of the file.
+std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after);
 
 }  // namespace tool
 
