@@ -5,6 +5,8 @@
 #include <charconv>
 
 #include "errors.h"
+#include "layout.h"
+#include "text.h"
 
 namespace tool {
 
@@ -13,15 +15,8 @@ namespace {
 constexpr std::size_t ID_SIZE = 4;
 constexpr std::string_view PATH_CHARACTERS = "/:[]\\";
 
-std::array<uint8_t, ID_SIZE> bytesOf(uint32_t id) {
-  std::array<uint8_t, ID_SIZE> bytes{};
-  for (std::size_t i = 0; i < ID_SIZE; ++i) bytes[i] = static_cast<uint8_t>(id >> (8 * i));
-  return bytes;
-}
-
 std::string escaped(uint8_t byte) {
-  constexpr std::string_view DIGITS = "0123456789abcdef";
-  return {'\\', 'x', DIGITS[byte >> 4], DIGITS[byte & 15]};
+  return "\\x" + hexDigits(byte);
 }
 
 // Reads one character, or one \xHH, from the front of text.
@@ -45,7 +40,7 @@ uint8_t takeByte(std::string_view& text) {
 }  // namespace
 
 std::string idText(uint32_t id) {
-  const std::array<uint8_t, ID_SIZE> bytes = bytesOf(id);
+  const std::array<uint8_t, ID_SIZE> bytes = littleEndianBytes(id);
   std::size_t length = ID_SIZE;
   while (length > 0 && bytes[length - 1] == ' ') --length;
   if (length == 0) return escaped(' ');
@@ -74,7 +69,7 @@ uint32_t parseId(std::string_view text) {
   if (count == 0 || count > ID_SIZE) {
     throw UsageError("\"" + std::string(text) + "\" is no id: an id has one to four characters");
   }
-  return VELMOR_CORE_RIFF_ID(bytes[0], bytes[1], bytes[2], bytes[3]);
+  return littleEndian32(bytes.data());
 }
 
 }  // namespace tool

@@ -12,10 +12,8 @@ namespace {
 int runSet(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
   const Value value(arguments[2]);
-  return editFile(arguments, roomFor(value), [&](const Chunk& root) {
-    const Chunk chunk = path.find(root);
-    setBytes(chunk, value.in(chunk.parent()));
-  });
+  return editFile(SET, arguments, roomFor(value),
+                  [&](const Chunk& root) { return setValue(path.find(root), value); });
 }
 
 // Whether the last step names a group to add; throws UsageError for what makes no sense.
@@ -37,27 +35,26 @@ int runAdd(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
   const PathStep& step = path.last();
   if (namesGroup(step, arguments.count() == 3)) {
-    return editFile(arguments, ROOM_FOR_GROUP, [&](const Chunk& root) {
-      addGroup(path.findParent(root), step.id, *step.groupId);
+    return editFile(ADD, arguments, ROOM_FOR_GROUP, [&](const Chunk& root) {
+      return addGroup(path.findParent(root), step.id, *step.groupId);
     });
   }
   const Value value(arguments[2]);
-  return editFile(arguments, roomFor(value), [&](const Chunk& root) {
-    const Chunk group = path.findParent(root);
-    addBytes(group, step.id, value.in(group));
+  return editFile(ADD, arguments, roomFor(value), [&](const Chunk& root) {
+    return addValue(path.findParent(root), step.id, value);
   });
 }
 
 int runRemove(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
-  return editFile(arguments, ROOM_FOR_PAD,
-                  [&](const Chunk& root) { removeChunk(path.find(root)); });
+  return editFile(REMOVE, arguments, ROOM_FOR_PAD,
+                  [&](const Chunk& root) { return removeChunk(path.find(root)); });
 }
 
 int runRecycle(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
-  return editFile(arguments, ROOM_FOR_PAD,
-                  [&](const Chunk& root) { recycleChunk(path.find(root)); });
+  return editFile(RECYCLE, arguments, ROOM_FOR_PAD,
+                  [&](const Chunk& root) { return recycleChunk(path.find(root)); });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <velmor_core/riff.h>
 
+#include <array>
 #include <cstdint>
 
 namespace tool {
@@ -27,6 +28,11 @@ constexpr uint32_t littleEndian32(const uint8_t* bytes) {
 
 constexpr uint64_t littleEndian64(const uint8_t* bytes) {
   return littleEndian32(bytes) | static_cast<uint64_t>(littleEndian32(bytes + 4)) << 32;
+}
+
+constexpr std::array<uint8_t, 4> littleEndianBytes(uint32_t number) {
+  return {static_cast<uint8_t>(number), static_cast<uint8_t>(number >> 8),
+          static_cast<uint8_t>(number >> 16), static_cast<uint8_t>(number >> 24)};
 }
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-// velmor-core: shows RIFF files as trees of chunks and edits them in place.
+// velmor-core: shows RIFF files as trees of chunks and edits them.
 
 #include <algorithm>
 #include <array>
@@ -9,6 +9,8 @@
 
 #include "command.h"
 #include "errors.h"
+#include "signals.h"
+#include "terminal.h"
 
 namespace tool {
 namespace {
@@ -101,12 +103,13 @@ int finish(int status) {
 
 int main(int argc, char** argv) {
   try {
+    tool::handleSignals();
     std::ios::sync_with_stdio(false);
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     return tool::finish(tool::run(words));
   } catch (const tool::UsageError& error) {
     tool::complain(error.what());
-    std::cerr << "\"velmor-core --help\" tells how it is used.\n";
+    tool::printMessage("\"velmor-core --help\" tells how it is used.");
     return 2;
   } catch (const std::bad_alloc&) {
     tool::complain("out of memory");

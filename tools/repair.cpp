@@ -1,7 +1,5 @@
 // velmor-core repair
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <iostream>
@@ -13,6 +11,7 @@
 #include "progress.h"
 #include "raw_bytes.h"
 #include "survey.h"
+#include "target.h"
 #include "text.h"
 
 namespace tool {
@@ -22,16 +21,13 @@ namespace {
 constexpr Option OUTPUT{"-o", true};
 constexpr Option IN_PLACE{"--in-place"};
 constexpr Option DROP_TRAILING{"--drop-trailing"};
-constexpr std::array OPTIONS = {OUTPUT, IN_PLACE, DROP_TRAILING};
+constexpr Option FORCE{"--force"};
+constexpr std::array OPTIONS = {OUTPUT, FORCE, IN_PLACE, DROP_TRAILING};
 
 constexpr uint32_t ID_TAIL = VELMOR_CORE_RIFF_ID('t', 'a', 'i', 'l');
+// A header for what belongs to no chunk, and a pad byte.
+constexpr uint64_t ROOM = HEADER_SIZE + 2;
 constexpr uint64_t BLOCK = 1 << 20;
-
-std::array<uint8_t, 4> littleEndian(uint32_t number) {
-  std::array<uint8_t, 4> bytes{};
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(number >> 8 * i);
-  return bytes;
-}
 
 // Moves bytes towards the end of a file, the last ones first, so that none is lost.
 void moveUp(const File& file, uint64_t begin, uint64_t end, uint64_t distance) {
@@ -86,8 +82,8 @@ class Mender {
     const uint64_t size = survey.trailing();
     moveUp(file, start, survey.fileSize, HEADER_SIZE);
     if (size % 2 == 1) writeZero(survey.fileSize + HEADER_SIZE);
-    const auto length = littleEndian(static_cast<uint32_t>(size));
-    file.writeAt(littleEndian(ID_TAIL).data(), length.size(), start);
+    const auto length = littleEndianBytes(static_cast<uint32_t>(size));
+    file.writeAt(littleEndianBytes(ID_TAIL).data(), length.size(), start);
     file.writeAt(length.data(), length.size(), start + length.size());
     say("kept " + counted(size, "byte") + " that belonged to no chunk, in a chunk tail", start);
   }
@@ -95,7 +91,7 @@ class Mender {
   void setSize(const Remedy::Size& wanted) const {
     std::array<uint8_t, 4> id{};
     file.readAll(id.data(), id.size(), wanted.offset);
-    const auto size = littleEndian(wanted.size);
+    const auto size = littleEndianBytes(wanted.size);
     file.writeAt(size.data(), size.size(), wanted.offset + id.size());
     say("set the size of " + idText(VELMOR_CORE_RIFF_ID(id[0], id[1], id[2], id[3])) + " to " +
             std::to_string(wanted.size),
@@ -108,48 +104,13 @@ class Mender {
   }
 
   void say(const std::string& what, uint64_t offset) const {
-    std::cout << name << ": " << what << " (at offset " << offset << ")\n";
+    std::cout << printable(name) << ": " << what << " (at offset " << offset << ")\n";
   }
 
   const std::string& name;
   const File& file;
   const Survey& survey;
 };
-
-// A new file, which is removed again unless it is kept.
-class NewFile {
- public:
-  explicit NewFile(const std::string& name) : name(name), file(name, File::CREATE_NEW) {}
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
-  ~NewFile() {
-    if (!kept) ::unlink(name.c_str());
-  }
-  const File& get() const { return file; }
-  void keep() {
-    file.close();
-    kept = true;
-  }
-
- private:
-  std::string name;
-  File file;
-  bool kept = false;
-};
-
-void copyAll(const std::string& from, const File& to) {
-  const File source(from, File::READ);
-  const uint64_t size = source.size();
-  Progress progress("copying " + from, size);
-  std::vector<char> block(std::min(BLOCK, size));
-  for (uint64_t done = 0; done < size;) {
-    const uint64_t count = std::min(size - done, BLOCK);
-    source.readAll(block.data(), count, done);
-    to.write(block.data(), count);
-    done += count;
-    progress.at(done);
-  }
-}
 
 // song.wav becomes song.repaired.wav
 std::string repairedName(const std::string& file) {
@@ -161,8 +122,10 @@ std::string repairedName(const std::string& file) {
 }
 
 // Throws Failure unless all that is wrong has one right answer.
-Survey requireRemedy(const std::string& file) {
-  Survey survey = surveyFile(file, [&](const Finding& finding) {
+Survey requireRemedy(const Original& original) {
+  const std::string& file = original.name();
+  RawBytes bytes(original.get());
+  Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
     if (!finding.hasRemedy) complain(file + ": " + findingText(finding));
   });
   if (survey.withoutRemedy > 0) {
@@ -180,22 +143,24 @@ int runRepair(const Arguments& arguments) {
   const bool dropTrailing = arguments.has(DROP_TRAILING.name);
   const bool inPlace = arguments.has(IN_PLACE.name);
   if (output && inPlace) throw UsageError("-o and --in-place exclude each other");
-  const Survey survey = requireRemedy(file);
+  const Original original(file, inPlace ? Original::EDIT : Original::COPY);
+  const Survey survey = requireRemedy(original);
   if (survey.isClean() && !output) {
-    std::cout << file << ": sound, nothing to repair\n";
+    std::cout << printable(file) << ": sound, nothing to repair\n";
     return 0;
   }
-  if (inPlace) {
-    File target(file, File::READ_WRITE);
-    Mender(file, target, survey).mend(dropTrailing);
-    target.close();
-  } else {
-    const std::string name = output.value_or(repairedName(file));
-    NewFile target(name);
-    copyAll(file, target.get());
-    Mender(name, target.get(), survey).mend(dropTrailing);
-    target.keep();
-    if (survey.isClean()) std::cout << file << ": sound, copied to " << name << '\n';
+  const std::string name = inPlace ? file : output.value_or(repairedName(file));
+  const auto target = inPlace ? editInPlace(original, ROOM, "repair")
+                              : writeOutput(original, name, arguments.has(FORCE.name));
+  try {
+    target->begin();
+    Mender(name, target->file(), survey).mend(dropTrailing);
+    target->finish();
+  } catch (const Failure& failure) {
+    throw Failure(failure.what() + target->consequence());
+  }
+  if (survey.isClean()) {
+    std::cout << printable(file) << ": sound, copied to " << printable(name) << '\n';
   }
   return 0;
 }
@@ -204,7 +169,7 @@ int runRepair(const Arguments& arguments) {
 
 const Command REPAIR = {
     .name = "repair",
-    .synopsis = "FILE [-o OUTPUT | --in-place] [--drop-trailing]",
+    .synopsis = "FILE [-o OUTPUT [--force] | --in-place] [--drop-trailing]",
     .summary = "Mend what has one right answer, in a copy",
     .help = R"(
 Sets the sizes of unfinished streams, of chunks that were cut short and of the groups around them to
@@ -215,9 +180,10 @@ has more than one answer (a chunk that ends behind its group, say), nothing is w
 Bytes behind the last group, such as a tag, or what is left of a header, belong to no chunk. They
 are kept as the data of a top-level chunk "tail" at the end of the file.
 
--o OUTPUT         write to this file, which must not exist, also if there is nothing to repair;
+-o OUTPUT         write to this file, also if there is nothing to repair;
                   otherwise song.wav is written to song.repaired.wav
---in-place        write to the file itself; interrupted, this leaves it half mended
+--force           replace OUTPUT if it exists
+--in-place        write to the file itself; see "velmor-core set --help"
 --drop-trailing   drop the bytes that belong to no chunk
 )",
     .minOperands = 1,

@@ -2,11 +2,18 @@
 #ifndef VELMOR_CORE_TOOLS_STORE_H
 #define VELMOR_CORE_TOOLS_STORE_H
 
+#include <cerrno>
+#include <functional>
+#include <optional>
+#include <span>
 #include <string>
-#include <vector>
 #include <velmor_core/velmor_core.hpp>
 
 #include "chunk_id.h"
+#include "errors.h"
+#include "mapping.h"
+#include "original.h"
+#include "survey.h"
 
 namespace tool {
 
@@ -32,18 +39,52 @@ class Chunk : public velmor_core::Chunk {
 
 inline Chunk virtualRoot(const Object& object) { return Chunk(object.root()); }
 
-// Opens a file that has to exist and be a regular file. Throws Failure with the reason, and for
-// bytes that are no chunks with the offset where they are not.
-Object openFile(const std::string& file, int32_t mode);
+// A file that a command works on, and its chunks. The bytes are mapped privately: what is changed
+// here stays in memory, and only what is looked at is loaded.
+class Opened {
+ public:
+  // Opens an existing regular file, surveys it and loads its chunks. An edit may lengthen the copy
+  // in memory by `room` bytes. Throws Failure with the reason, and for bytes that are no chunks
+  // with the offset where they are not.
+  Opened(const std::string& name, Original::Purpose purpose, uint64_t room = 0);
 
-// A file's bytes in memory, open for editing. The file itself is left alone.
-struct Copy {
-  std::vector<char> bytes;  // outlives the object, which works in it
-  Object object;
+  const Original& original() const { return source; }
+  // The first finding of the survey that is no warning.
+  const std::optional<Finding>& damage() const { return firstFound; }
+  const Object& object() const { return chunks; }
+  std::span<const char> bytes() const { return mapping.bytes().first(chunks.size()); }
+
+  // Runs work on these chunks, or on those of a copy of the file. What it throws as Failure gets
+  // the name of the file and, where the library refused, the reason.
+  void explain(const std::function<void()>& work) const;
+
+ private:
+  Original source;
+  Mapping mapping;
+  std::optional<Finding> firstFound;
+  Object chunks;
 };
 
-// Reads a file into memory, with `room` bytes to grow. Throws as openFile().
-Copy openCopy(const std::string& file, uint64_t room);
+// The library refused a call; it does not say why. Keeps the system's error, and gets the reason in
+// Opened::explain().
+class Refused : public Failure {
+ public:
+  explicit Refused(const std::string& what) : Failure(what), error(errno) {}
+  int systemError() const { return error; }
+
+ private:
+  int error;
+};
+
+// Runs a call of the library, which returns something that is false if it failed; throws Refused
+// then.
+template <typename Call>
+auto required(const std::string& what, Call call) {
+  errno = 0;  // the library leaves what the system set
+  auto result = call();
+  if (!result) throw Refused("cannot " + what);
+  return result;
+}
 
 // The chunks of an object in the order of their bytes, groups before what they hold. Neither
 // recurses nor allocates, however deep the tree goes. Call next() before the first chunk.

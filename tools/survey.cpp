@@ -4,6 +4,7 @@
 #include <array>
 
 #include "errors.h"
+#include "original.h"
 #include "progress.h"
 #include "raw_bytes.h"
 #include "text.h"
@@ -357,8 +358,8 @@ Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& repor
 }
 
 Survey surveyFile(const std::string& file, const Report& report) {
-  const File opened(file, File::READ);
-  RawBytes bytes(opened);
+  const Original original(file, Original::LOOK);
+  RawBytes bytes(original.get());
   return surveyBytes(file, bytes, report);
 }
 
@@ -371,15 +372,15 @@ std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes) {
 }
 
 std::optional<Finding> firstDamage(const std::string& file) {
-  const File opened(file, File::READ);
-  RawBytes bytes(opened);
+  const Original original(file, Original::LOOK);
+  RawBytes bytes(original.get());
   return firstDamage(file, bytes);
 }
 
-void requireOpenable(const std::string& name, RawBytes& bytes) {
-  if (const auto damage = firstDamage(name, bytes); damage && damage->isFatal) {
-    throw Failure(name, findingText(*damage));
-  }
+std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes) {
+  auto damage = firstDamage(name, bytes);
+  if (damage && damage->isFatal) throw Failure(name, findingText(*damage));
+  return damage;
 }
 
 std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after) {

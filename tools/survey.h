@@ -65,8 +65,8 @@ std::optional<Finding> firstDamage(const std::string& file);
 // Throws Failure where a command should not let the library open a file: it is no RIFF file, the
 // library would read all of it and then refuse it, or it holds so many zeros that the library would
 // take for empty chunks that they cost too much. Damage with which the library can work is no
-// reason.
-void requireOpenable(const std::string& name, RawBytes& bytes);
+// reason; the first of it is returned.
+std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes);
 
 // The first damage in `after` if there is none in `before`. An edit asks this before its result
 // takes the place of the file.

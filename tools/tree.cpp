@@ -113,9 +113,11 @@ int runTree(const Arguments& arguments) {
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const auto print = arguments.has(JSON.name) ? printJson : printTree;
   return forEach(arguments.all(), [&](const std::string& file) {
-    const Object object = openFile(file, VELMOR_CORE_RIFF_READ_ONLY);
-    applyTo(file, object,
-            [&](const Chunk& root) { print(file, object, path ? path->find(root) : Chunk()); });
+    const Opened opened(file, Original::LOOK);
+    opened.explain([&] {
+      const Chunk root = virtualRoot(opened.object());
+      print(file, opened.object(), path ? path->find(root) : Chunk());
+    });
   });
 }
 
@@ -124,7 +126,7 @@ int runTree(const Arguments& arguments) {
 void printTree(std::string_view title, const Object& object, const Chunk& start) {
   const uint64_t size = object.size();
   const Layout layout(object, start);
-  std::cout << styled(Style::TITLE, title) << "  (" << grouped(size)
+  std::cout << styled(Style::TITLE, printable(title)) << "  (" << grouped(size)
             << (size == 1 ? " byte, " : " bytes, ") << counted(layout.chunks, "chunk") << ")\n";
   if (layout.chunks > 0) printHead(layout);
   for (TreeWalk walk(object, start); walk.next();) printLine(walk, layout, size);
