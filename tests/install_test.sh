@@ -42,15 +42,24 @@ strict='-Wall -Wextra -Wpedantic -Wconversion -Werror'
 # shellcheck disable=SC2086
 "$cc" -std=c99 $strict "$source/tests/consumer/consumer.c" $flags -o "$work/c"
 # shellcheck disable=SC2086
-"$cxx" -std=c++17 $strict "$source/tests/consumer/consumer.cpp" $flags -o "$work/cpp"
+"$cxx" -std=c++17 -fno-exceptions $strict "$source/tests/consumer/consumer.cpp" $flags -o "$work/cpp"
 LD_LIBRARY_PATH=$libdir expect "$work/c"
 LD_LIBRARY_PATH=$libdir expect "$work/cpp"
 
+check() { # LANGUAGE COMPILER FLAG… of $header alone
+  echo "#include <velmor_core/$(basename "$header")>" >"$work/alone.$1"
+  # shellcheck disable=SC2086
+  "${@:2}" $strict -I"$prefix/include" -fsyntax-only "$work/alone.$1"
+}
 for header in "$prefix"/include/velmor_core/*.h; do
-  echo "#include <velmor_core/$(basename "$header")>" >"$work/alone.c"
-  cp "$work/alone.c" "$work/alone.cpp"
-  # shellcheck disable=SC2086
-  "$cc" -std=c99 $strict -I"$prefix/include" -fsyntax-only "$work/alone.c"
-  # shellcheck disable=SC2086
-  "$cxx" -std=c++17 $strict -Wold-style-cast -I"$prefix/include" -fsyntax-only "$work/alone.cpp"
+  check c "$cc" -std=c99
+  check cpp "$cxx" -std=c++17 -Wold-style-cast
+done
+for header in "$prefix"/include/velmor_core/*.hpp; do
+  check cpp "$cxx" -std=c++17 -Wold-style-cast
+  check cpp "$cxx" -std=c++20 -Wold-style-cast -fno-exceptions
+  if check cpp "$cxx" -std=c++14 2>"$work/errors" || [ "$(grep -c error: "$work/errors")" != 1 ]; then
+    echo "$header: not one error line below C++17" >&2
+    exit 1
+  fi
 done

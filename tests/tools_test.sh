@@ -353,7 +353,7 @@ c'
   expect_equal "rest of a file" "$(tail -c +101 clip.avi | sha256sum; sha256sum </dev/null)" \
     "$({ dd bs=100 count=1 of=/dev/null status=none; "$program" sha256 - -; } <clip.avi)"
   rejects 1 "gone: No such file" sha256 gone
-  rejects 1 "/: Is a directory" sha256 /
+  rejects 1 "/: cannot be read: Is a directory" sha256 /
 }
 
 # Deeper than a stack of 256 KiB is for anything that calls itself.

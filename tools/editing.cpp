@@ -87,7 +87,7 @@ void changeTarget(const Opened& opened, Target& target, const Edit& edit) {
   Change change;
   opened.explain([&] {
     object = required("read the chunks", [&] {
-      return Object::openFile(target.path(), velmor_core::READ_WRITE, std::nothrow);
+      return Object::openFile(target.path(), velmor_core::Mode::ReadWrite, std::nothrow);
     });
     change = edit(virtualRoot(object));
   });
@@ -143,7 +143,7 @@ Change addValue(const Chunk& group, uint32_t id, const Value& value) {
   requireGrowingGroup(group, HEADER_SIZE + padded(size));
   return [group, id, size, stored = value.storedIn(group)] {
     required("add " + idText(id), [&] {
-      const Chunk added(group.addData(id, stored, std::nothrow));
+      const Chunk added(group.addData(velmor_core::Id(id), stored, std::nothrow));
       return added && takeBackPadByte(added, size);
     });
   };
@@ -153,7 +153,7 @@ Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId) {
   requireGrowingGroup(group, GROUP_HEADER_SIZE);
   return [group, id, groupId] {
     required("add " + nameText(id, groupId),
-             [&] { return group.addGroup(id, groupId, std::nothrow); });
+             [&] { return group.addGroup(velmor_core::Id(id), velmor_core::GroupId(groupId), std::nothrow); });
   };
 }
 

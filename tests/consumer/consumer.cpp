@@ -1,18 +1,18 @@
-#include <velmor_core/velmor_core.h>
-
+// Uses the C++ headers without exceptions.
 #include <cstdio>
+#include <velmor_core/velmor_core.hpp>
 
-constexpr uint32_t DATA = VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a');
-static_assert(DATA == 0x61746164, "ids are constants, their first character in the low byte");
+using namespace velmor_core;
 
 int main() {
-  velmor_core_riff_object_t* cache = nullptr;
-  if (velmor_core_riff_open_cache(64, &cache) != VELMOR_CORE_SUCCESS) return 1;
-  velmor_core_riff_chunk_t* root = velmor_core_riff_object_get_virtual_root_chunk(cache);
-  velmor_core_riff_chunk_add_data_chunk(root, DATA, "abc", 3);
-  std::printf("data %u, version %#llx\n",
-              velmor_core_riff_chunk_get_data_size(velmor_core_riff_chunk_get_child(root, 0)),
+  const Library library;
+  const Object cache = Object::openCache(64, std::nothrow);
+  if (!cache.root().addData("data"_id, "abc", std::nothrow)) return 1;
+  if (cache.first().data<std::string>(std::nothrow) != "abc") return 1;
+  if (toNumber<double>("4k7", std::nothrow) != 4700 || !Uuid::random(std::nothrow)) return 1;
+  if (sha256("abc") != sha256(std::string("abc"))) return 1;
+  std::printf("%s %u, version %#llx\n", cache.first().id().text().c_str(),
+              cache.root().find("data").dataSize(),
               static_cast<unsigned long long>(velmor_core_get_version()->version));
-  velmor_core_riff_close(cache);
   return 0;
 }
