@@ -15,9 +15,7 @@ namespace {
 constexpr std::size_t ID_SIZE = 4;
 constexpr std::string_view PATH_CHARACTERS = "/:[]\\";
 
-std::string escaped(uint8_t byte) {
-  return "\\x" + hexDigits(byte);
-}
+std::string escaped(uint8_t byte) { return "\\x" + hexDigits(byte); }
 
 // Reads one character, or one \xHH, from the front of text.
 uint8_t takeByte(std::string_view& text) {

@@ -95,7 +95,9 @@ std::string attributeNames(const File& file) {
 }
 
 // What the system keeps there itself, such as labels, a new file has got from the system.
-bool isKeptBySystem(const std::string& name) { return !name.starts_with("user.") && !name.starts_with("system.posix_acl"); }
+bool isKeptBySystem(const std::string& name) {
+  return !name.starts_with("user.") && !name.starts_with("system.posix_acl");
+}
 
 void copyAttribute(const File& source, const File& copy, const std::string& name) {
   std::vector<char> value(65536);  // the largest that Linux has

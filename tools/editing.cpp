@@ -152,15 +152,15 @@ Change addValue(const Chunk& group, uint32_t id, const Value& value) {
 Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId) {
   requireGrowingGroup(group, GROUP_HEADER_SIZE);
   return [group, id, groupId] {
-    required("add " + nameText(id, groupId),
-             [&] { return group.addGroup(velmor_core::Id(id), velmor_core::GroupId(groupId), std::nothrow); });
+    required("add " + nameText(id, groupId), [&] {
+      return group.addGroup(velmor_core::Id(id), velmor_core::GroupId(groupId), std::nothrow);
+    });
   };
 }
 
 Change removeChunk(const Chunk& chunk) {
-  return [chunk] {
-    required("remove " + chunk.name(), [&] { return chunk.remove(std::nothrow); });
-  };
+  return
+      [chunk] { required("remove " + chunk.name(), [&] { return chunk.remove(std::nothrow); }); };
 }
 
 Change recycleChunk(const Chunk& chunk) {

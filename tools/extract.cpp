@@ -63,7 +63,8 @@ void printData(const Data& data, bool mayBeBinary) {
   if (outputIsTerminal() && !mayBeBinary) {
     data.copyTo([](const char* bytes, std::size_t count) {
       if (steersTerminal({bytes, count})) {
-        throw Failure("the data may confuse the terminal: -o writes it to a file, --force prints it");
+        throw Failure(
+            "the data may confuse the terminal: -o writes it to a file, --force prints it");
       }
     });
   }
@@ -121,12 +122,13 @@ int runExtract(const Arguments& arguments) {
 
 const Command EXTRACT = {
     .name = "extract",
-    .synopsis = "FILE PATH [-o OUTPUT]",
+    .synopsis = "FILE PATH [-o OUTPUT] [--force]",
     .summary = "Write the data of a chunk to standard output or a file",
     .help = R"(
-The bytes come as they are stored, without header and pad byte, also the NUL behind a text.
+The bytes come as they are stored, without header and pad byte. A NUL after a text is one of them.
 
--o OUTPUT   write to this file, which is created or emptied first
+-o OUTPUT   write to this file; it gets its name when it is complete
+--force     replace OUTPUT if it exists; without -o, print bytes that may confuse the terminal
 
   velmor-core extract song.wav RIFF:WAVE/data -o samples.raw
 )",

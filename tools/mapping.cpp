@@ -60,11 +60,11 @@ Mapping::Mapping(const File& file, uint64_t size, uint64_t room)
     : file(file), length(size + room), mappedLength(inPages(std::max<uint64_t>(size + room, 1))) {
   // The room comes first, as zeros over the whole length; the file is laid over its front.
   constexpr int PRIVATE = MAP_PRIVATE | MAP_NORESERVE;
-  void* const space = ::mmap(nullptr, mappedLength, PROT_READ | PROT_WRITE, PRIVATE | MAP_ANONYMOUS,
-                             -1, 0);
+  void* const space =
+      ::mmap(nullptr, mappedLength, PROT_READ | PROT_WRITE, PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (space == MAP_FAILED) throw Failure(file.name(), "cannot be mapped: " + systemError());
-  if (size > 0 && ::mmap(space, size, PROT_READ | PROT_WRITE, PRIVATE | MAP_FIXED, file.descriptor(), 0) ==
-      MAP_FAILED) {
+  if (size > 0 && ::mmap(space, size, PROT_READ | PROT_WRITE, PRIVATE | MAP_FIXED,
+                         file.descriptor(), 0) == MAP_FAILED) {
     const std::string reason = systemError();
     ::munmap(space, mappedLength);
     throw Failure(file.name(), "cannot be mapped: " + reason);
@@ -84,7 +84,8 @@ void Mapping::requireIntact() const {
   const auto offset = static_cast<uint64_t>(guarded.lost - begin);
   char byte = 0;
   file.readAll(&byte, 1, offset);  // says why, unless the byte is there again
-  throw Failure(file.name(), "changed while it was read (at offset " + std::to_string(offset) + ")");
+  throw Failure(file.name(),
+                "changed while it was read (at offset " + std::to_string(offset) + ")");
 }
 
 }  // namespace tool

@@ -18,9 +18,9 @@ void syncFolderOf(const std::string& path);
 class NewFile {
  public:
   // Makes an empty file, for the user's eyes only, that is to get the name `path`. If it is to
-  // replace a file, that one has to outlive it, and the new file gets its owner now, its permissions
-  // and attributes in complete(). Throws Failure if the file cannot be made, or if another program is
-  // making one for the same name.
+  // replace a file, that one has to outlive it, and the new file gets its owner now, its
+  // permissions and attributes in complete(). Throws Failure if the file cannot be made, or if
+  // another program is making one for the same name.
   NewFile(std::string path, const File* replaced);
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;

@@ -93,7 +93,7 @@ class TreeWalk {
   // Goes through the whole object, or through a chunk and what it holds.
   explicit TreeWalk(const Object& object, const Chunk& start = Chunk());
 
-  // Goes on to the next chunk; false behind the last one.
+  // Goes on to the next chunk; false after the last one.
   bool next();
   const Chunk& chunk() const { return current; }
   // 0 for top-level chunks.

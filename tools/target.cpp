@@ -114,9 +114,8 @@ class InPlace : public Target {
     if (result == 0 || errno == EOPNOTSUPP || errno == ENOSYS) return;
     const std::string reason = systemError();
     giveBackRoom();
-    throw Failure(original.name(),
-                  "no room to edit it in place: " + reason + " (at offset " +
-                      std::to_string(original.size()) + ")");
+    throw Failure(original.name(), "no room to edit it in place: " + reason + " (at offset " +
+                                       std::to_string(original.size()) + ")");
   }
 
   // Cutting a file where it ends frees the blocks that were reserved past its end.

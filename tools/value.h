@@ -13,9 +13,9 @@ namespace tool {
 // Held in memory once.
 class Value {
  public:
-  // From a typed word: the text itself, "@FILE" for a file's bytes, "@-" for standard input, "@@text"
-  // for the text "@text". All is read here, before anything is changed. Throws Failure if it cannot
-  // be read, or is too long for a chunk.
+  // From a typed word: the text itself, "@FILE" for a file's bytes, "@-" for standard input,
+  // "@@text" for the text "@text". All is read here, before anything is changed. Throws Failure if
+  // it cannot be read, or is too long for a chunk.
   explicit Value(const std::string& word);
 
   std::size_t size() const { return length; }

@@ -9,9 +9,9 @@ _velmor_core() {
   fi
   case $command in
     tree) options+=" --json --path" ;;
-    extract) options+=" -o" ;;
-    set | add | remove | recycle) options+=" --dry-run" ;;
-    repair) options+=" -o --in-place --drop-trailing" ;;
+    extract) options+=" -o --force" ;;
+    set | add | remove | recycle) options+=" --dry-run -o --force --in-place" ;;
+    repair) options+=" -o --force --in-place --drop-trailing" ;;
     uuid) ((COMP_CWORD == 2)) && options+=" new parse compare" ;;
   esac
   if [[ $current == -* || $command == uuid ]]; then
