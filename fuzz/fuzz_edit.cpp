@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "riff_lockstep.h"
+#include "riff/riff_lockstep.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   riff_model::Lockstep lockstep{riff_model::Choices(std::span(data, size))};

@@ -25,6 +25,6 @@ if [ "$update" = --update ]; then
 fi
 describe >"$work/now.abi"
 abidiff --no-architecture "$stored" "$work/now.abi" || {
-  echo "The binary interface has changed: tests/abi_test.sh tells how to store it." >&2
+  echo "The binary interface has changed: tests/product/abi_test.sh tells how to store it." >&2
   exit 1
 }

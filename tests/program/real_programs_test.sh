@@ -1,6 +1,6 @@
 # Other programs read what velmor-core has edited as they read the file before, and decode the same
 # sound or pictures. Skipped (status 77) where they are not installed. See support/shell.sh for arguments.
-source "${BASH_SOURCE%/*}/support/shell.sh"
+source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 needs() {
   local name

@@ -17,8 +17,8 @@
 #include <utility>
 #include <vector>
 
-#include "allocations.h"
 #include "expression_model.h"
+#include "support/allocations.h"
 
 namespace {
 

@@ -29,7 +29,7 @@ expect() { # COMMAND prints the expected line
   [ "$got" = "$expected" ] || { echo "$*: '$got'" >&2; exit 1; }
 }
 
-CC=$cc CXX=$cxx cmake -G Ninja -S "$source/tests/consumer" -B "$work/cmake" \
+CC=$cc CXX=$cxx cmake -G Ninja -S "$source/tests/product/consumer" -B "$work/cmake" \
   -DCMAKE_PREFIX_PATH="$prefix" >>"$work/log"
 cmake --build "$work/cmake" >>"$work/log"
 expect "$work/cmake/consumer_c"
@@ -40,9 +40,9 @@ flags=$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs velmor-core)
 libdir=$(PKG_CONFIG_PATH=$pc pkg-config --variable=libdir velmor-core)
 strict='-Wall -Wextra -Wpedantic -Wconversion -Werror'
 # shellcheck disable=SC2086
-"$cc" -std=c99 $strict "$source/tests/consumer/consumer.c" $flags -o "$work/c"
+"$cc" -std=c99 $strict "$source/tests/product/consumer/consumer.c" $flags -o "$work/c"
 # shellcheck disable=SC2086
-"$cxx" -std=c++17 -fno-exceptions $strict "$source/tests/consumer/consumer.cpp" $flags -o "$work/cpp"
+"$cxx" -std=c++17 -fno-exceptions $strict "$source/tests/product/consumer/consumer.cpp" $flags -o "$work/cpp"
 LD_LIBRARY_PATH=$libdir expect "$work/c"
 LD_LIBRARY_PATH=$libdir expect "$work/cpp"
 

@@ -9,7 +9,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 mkdir "$work/project"
-cp "$source/tests/consumer/consumer.c" "$work/project"
+cp "$source/tests/product/consumer/consumer.c" "$work/project"
 cat >"$work/project/CMakeLists.txt" <<'EOF'
 cmake_minimum_required(VERSION 3.25)
 project(app LANGUAGES C CXX)

@@ -1,7 +1,7 @@
 # What "check" finds and "repair" mends, and what other programs make of it. See support/shell.sh for
 # the arguments.
 fixtures=$(realpath "${BASH_SOURCE%/*}/data")
-source "${BASH_SOURCE%/*}/support/shell.sh"
+source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 bytes() { printf "$(printf '\\x%s' "$@")"; }
 

@@ -5,7 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "allocations.h"
+#include "support/allocations.h"
 #include "support/riff_support.h"
 
 namespace {

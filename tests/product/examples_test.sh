@@ -1,6 +1,6 @@
 # The example programs do what they say, as velmor-core sees it. See support/shell.sh for the first
 # arguments; the fourth is the folder with the examples.
-source "${BASH_SOURCE%/*}/support/shell.sh"
+source "${BASH_SOURCE%/*}/../support/shell.sh"
 examples=$(realpath "$4")
 
 readme_lists_the_chunks() {

@@ -1,5 +1,5 @@
 # What velmor-core prints, changes and leaves alone. See support/shell.sh for the arguments.
-source "${BASH_SOURCE%/*}/support/shell.sh"
+source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 # Prints "LEVEL NAME SIZE" for each chunk of a sound file; knows nothing of the program under test.
 read_tree() {
