@@ -19,7 +19,7 @@ Status checkFile(const std::string& file) {
     complain(file + ": " + (finding.isWarning ? "warning: " : "") + findingText(finding));
   });
   if (survey.damages > 0) return DAMAGED;
-  std::cout << file << ": sound, " << counted(survey.chunks, "chunk");
+  std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk");
   if (survey.warnings > 0) std::cout << ", " << counted(survey.warnings, "warning");
   std::cout << '\n';
   return CLEAN;
@@ -44,7 +44,7 @@ void verifyFile(const std::string& file) {
     if (!first && !finding.isWarning) first = finding;
   });
   if (first) throw Failure(file, findingText(*first));
-  std::cout << file << ": sound, " << counted(survey.chunks, "chunk") << '\n';
+  std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk") << '\n';
 }
 
 int runVerify(const Arguments& arguments) { return forEach(arguments.all(), verifyFile); }

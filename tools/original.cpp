@@ -92,11 +92,14 @@ Original::Original(const std::string& name, Purpose purpose)
 }
 
 void Original::requireUnchanged() const {
-  const struct stat now = statusOf(path());
-  if (!isSameFile(now, before) || now.st_size != before.st_size ||
-      !isSameTime(now.st_mtim, before.st_mtim) || !isSameTime(now.st_ctim, before.st_ctim)) {
+  if (!isUnchanged(before, statusOf(path()))) {
     throw Failure(name(), "was changed by another program meanwhile");
   }
+}
+
+bool isUnchanged(const struct stat& before, const struct stat& now) {
+  return isSameFile(before, now) && before.st_size == now.st_size &&
+         isSameTime(before.st_mtim, now.st_mtim) && isSameTime(before.st_ctim, now.st_ctim);
 }
 
 std::string markerOf(const std::string& path) { return path + ".velmor-core-edit"; }

@@ -37,6 +37,9 @@ class Original {
   struct stat before {};
 };
 
+// Whether a file is the same and has not been written, as far as its status tells.
+bool isUnchanged(const struct stat& before, const struct stat& now);
+
 // The name of the file that marks an edit in place of `path`.
 std::string markerOf(const std::string& path);
 

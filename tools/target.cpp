@@ -56,6 +56,7 @@ class InPlace : public Target {
       : original(original), what(std::move(what)), marker(markerOf(original.path())) {
     original.requireUnchanged();
     reserve(room);
+    reserved = original.get().status();
   }
   ~InPlace() override {
     if (!begun) giveBackRoom();
@@ -73,6 +74,9 @@ class InPlace : public Target {
       file.write(text.data(), text.size());
       file.sync();
       syncFolderOf(marker);
+      if (!isUnchanged(reserved, statusOf(path()))) {
+        throw Failure(original.name(), "was changed by another program meanwhile");
+      }
     } catch (const Failure&) {
       ::unlink(marker.c_str());
       throw;
@@ -128,6 +132,7 @@ class InPlace : public Target {
   const Original& original;
   std::string what;
   std::string marker;
+  struct stat reserved {};
   bool begun = false;
   bool finished = false;
 };
