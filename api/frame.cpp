@@ -1,5 +1,4 @@
-// The C functions of the frame: users are counted, the first one has the processor's features
-// detected.
+// The C functions of the frame: the count of registered users, and the version.
 
 #include <velmor_core/frame.h>
 
@@ -9,7 +8,7 @@
 
 namespace {
 
-constexpr velmor_core_version_t VERSION = {0x0001'0000'0010'0000, ""};
+constexpr velmor_core_version_t VERSION = {VELMOR_CORE_VERSION_NUMBER, ""};
 
 std::atomic<int64_t> initCount = 0;
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "api/boundary.h"
+#include "api/riff_handles.h"
 #include "riff/cache_object.h"
 #include "riff/file_object.h"
 

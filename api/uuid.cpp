@@ -4,6 +4,8 @@
 
 #include <velmor_core/uuid.h>
 
+#include <array>
+#include <concepts>
 #include <cstring>
 
 #include "api/boundary.h"
@@ -16,7 +18,8 @@ int compare(const velmor_core_uuid_t* a, const velmor_core_uuid_t* b) {
   return std::memcmp(a->bytes, b->bytes, sizeof a->bytes);
 }
 
-// Fills the record with what `make` returns; if that throws, leaves it alone and returns false.
+// Fills the record with the result of `make`. If that throws, leaves the record unchanged and
+// returns false.
 template <std::invocable Make>
 bool fill(velmor_core_uuid_t* uuid, Make make) {
   return api::guarded(false, [&] {
@@ -32,6 +35,7 @@ bool parse(const char* text, uint64_t length, velmor_core_uuid_t* uuid) {
 
 }  // namespace
 
+// If the system denies random bytes, the record stays unchanged: there is no failure result.
 void velmor_core_uuid_generate_random(velmor_core_uuid_t* uuid) {
   fill(uuid, core::generateRandomUuid);
 }

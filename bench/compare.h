@@ -1,5 +1,5 @@
-// Times a piece of work and its peer in turn, so that both see the same machine, and reports the
-// medians per item and their ratio.
+// Times a piece of work and its peer in turns, so that noise of the machine affects both. Reports
+// the median times per item and their ratio.
 
 #ifndef BENCH_COMPARE_H
 #define BENCH_COMPARE_H
@@ -18,7 +18,8 @@ inline double median(std::vector<double>& times) {
   return *middle;
 }
 
-// Processor time of this thread, the kernel's included: what other programs do does not count.
+// The processor time of this thread in nanoseconds, including the kernel's work for it. The time of
+// other programs is not in it.
 inline double threadTime() {
   timespec now = {};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
@@ -32,7 +33,7 @@ double nanoseconds(Work&& work) {
   return threadTime() - start;
 }
 
-// Each run of work and of peer handles `items` items. Register with UseManualTime().
+// Each call of work and of peer handles `items` items. Register the benchmark with UseManualTime().
 template <typename Work, typename Peer>
 void compare(benchmark::State& state, double items, Work work, Peer peer) {
   std::vector<double> ours;

@@ -1,4 +1,4 @@
-// SHA-256 of a buffer beside OpenSSL 3, in each of its forms, and nettle.
+// Compares SHA-256 of a buffer with nettle and with each interface of OpenSSL 3.
 
 #include <benchmark/benchmark.h>
 #include <velmor_core/hash.h>
@@ -7,7 +7,7 @@
 #include <vector>
 
 #ifdef HAVE_OPENSSL
-#define OPENSSL_SUPPRESS_DEPRECATED  // the low-level form is deprecated, and still its fastest
+#define OPENSSL_SUPPRESS_DEPRECATED  // the low-level interface is deprecated, but the fastest
 #include <openssl/evp.h>
 #include <openssl/sha.h>
 #endif
@@ -37,7 +37,7 @@ void opensslEvpOneShot(const uint8_t* data, size_t size, uint8_t* digest) {
   EVP_Digest(data, size, digest, nullptr, EVP_sha256(), nullptr);
 }
 
-// The algorithm is looked up and the context allocated once.
+// Looks the algorithm up and allocates the context only once.
 void opensslEvpPrefetched(const uint8_t* data, size_t size, uint8_t* digest) {
   static EVP_MD* const sha256 = EVP_MD_fetch(nullptr, "SHA256", nullptr);
   static EVP_MD_CTX* const context = EVP_MD_CTX_new();

@@ -1,4 +1,4 @@
-// Edits: beside the bare system calls and moves that they cannot do without.
+// Compares edits with the bare system calls and memory moves that they need at least.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -18,7 +18,7 @@ constexpr uint64_t TAIL = uint64_t{64} << 20;
 
 const Bytes PAYLOAD(65536, 7);
 
-// The bare file: the calls that a chunk store makes, without the store.
+// A bare file, for the system calls that an edit makes.
 class BareFile {
  public:
   explicit BareFile(const char* path) : fd(open(path, O_RDWR | O_CLOEXEC)) {}
@@ -35,7 +35,7 @@ class BareFile {
     seek(offset);
     check(write(fd, block.data(), length) == static_cast<ssize_t>(length));
   }
-  // The bytes from `from` to the end, up by delta bytes, 64 KiB at a time from the back.
+  // Moves `length` bytes at `from` up by delta bytes, 64 KiB at a time, the last ones first.
   void moveUp(uint64_t from, uint64_t length, uint64_t delta) {
     for (uint64_t remaining = length; remaining > 0;) {
       const uint64_t piece = std::min<uint64_t>(remaining, block.size());
@@ -62,7 +62,7 @@ class BareFile {
   Bytes block = Bytes(65536);
 };
 
-// 11 calls: one growth, five seeks with a transfer each (group size, header, id, size, data).
+// 11 calls: one growth, then a seek and a transfer each for group size, header, id, size and data.
 void bareAppend(BareFile& file, uint64_t at) {
   file.resize(at + 8 + SIZE);
   file.writeAt(4, 4);
@@ -94,7 +94,7 @@ void appendToFile(benchmark::State& state) {
       });
 }
 
-// As many at once from a cache: one growth, two writes, and three reads a chunk.
+// Adds a cache with the same number of chunks: one growth, two writes, and three reads a chunk.
 void spliceIntoFile(benchmark::State& state) {
   const Bytes empty = group(RIFF, {});
   const ScratchFile ours(empty);
@@ -131,8 +131,8 @@ void spliceIntoFile(benchmark::State& state) {
   velmor_core_riff_close(cache);
 }
 
-// A small group in front of 64 MiB: one chunk is added to it, lengthened and removed again, which
-// moves the 64 MiB three times.
+// A small group before 64 MiB of data. A chunk is added to the group, resized and removed, so the
+// 64 MiB move three times.
 Bytes makeTailed() {
   Bytes bytes = group(RIFF, {});
   putChunk(bytes, DATA, TAIL);
@@ -176,8 +176,7 @@ void editInFrontFile(benchmark::State& state) {
   velmor_core_riff_close(object);
 }
 
-// 1,000 chunks, every fifth of them a hole. One chunk is recycled and one of another size added,
-// over and over.
+// 1,000 chunks, every fifth of them free. Each step recycles a chunk and adds one of another size.
 Bytes makeHoled() {
   Bytes content;
   for (uint32_t i = 0; i < 1000; ++i) {
@@ -190,7 +189,7 @@ class Replacer {
  public:
   explicit Replacer(Object* object) : riff(velmor_core_riff_object_get_root_chunk(object)) {}
   void operator()() {
-    // The chunk between two that are in use: nothing is joined.
+    // Takes a random chunk that is in use.
     random = random * 1664525 + 1013904223;
     Chunk* chunk = velmor_core_riff_chunk_get_child(
         riff, (random >> 8) % velmor_core_riff_chunk_get_child_count(riff));
@@ -251,8 +250,8 @@ void replaceInFile(benchmark::State& state) {
   velmor_core_riff_close(object);
 }
 
-// 50,000 chunks into one free chunk, and all of them recycled again, from the first on. Beside it
-// the bare moves of an ordered list that loses its first entries one by one.
+// Adds 50,000 chunks into one free chunk, then recycles all of them, first to last. The peer is an
+// array that loses its first entry 50,000 times.
 void fillAndRecycle(benchmark::State& state) {
   constexpr int N = 50'000;
   Bytes content;

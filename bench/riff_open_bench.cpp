@@ -1,4 +1,4 @@
-// Opening and walking: beside a bare loop over the same headers, and over the same system calls.
+// Compares opening and walking with a bare loop over the same headers or the same system calls.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@ using namespace bench;
 
 enum Shape { FLAT, NESTED, FREE, FREE_EMPTY, FREE_RANDOM };
 
-// n chunks: leaves side by side in one group, groups inside each other, or free chunks.
+// Makes n chunks: data chunks in one group, groups inside each other, or free chunks in one group.
 Bytes makeTree(Shape shape, int64_t n) {
   Bytes content;
   if (shape == NESTED) {
@@ -32,7 +32,7 @@ Bytes makeTree(Shape shape, int64_t n) {
   return group(RIFF, content);
 }
 
-// The headers alone, as the simplest reader would see them: groups are entered, leaves skipped.
+// Reads only the headers, as the simplest reader would: enters groups and skips data.
 uint64_t walkBytes(const Bytes& bytes) {
   uint64_t sum = 0;
   for (size_t offset = 0; offset < bytes.size();) {
@@ -64,7 +64,7 @@ uint32_t read32(int fd, uint64_t offset) {
   return value;
 }
 
-// The system calls that opening makes: each header field on its own, the id twice.
+// Makes the system calls of opening a file: one read for each header field, two for the id.
 void walkFile(const char* path) {
   const int fd = open(path, O_RDWR | O_CLOEXEC);
   const auto size = static_cast<uint64_t>(lseek(fd, 0, SEEK_END));
@@ -87,7 +87,7 @@ void openFile(benchmark::State& state, Shape shape) {
       [&] { walkFile(file.path()); });
 }
 
-// 160,000 free chunks beside as many plain leaves.
+// Compares opening 160,000 free chunks with opening as many data chunks.
 void openFreeChunks(benchmark::State& state, Shape shape) {
   constexpr int64_t N = 160'000;
   const Bytes free = makeTree(shape, N);
@@ -101,7 +101,7 @@ void openFreeChunks(benchmark::State& state, Shape shape) {
       state, N, [&] { open(free); }, [&] { open(plain); });
 }
 
-// Every chunk visited by index and asked for its id, beside the bare loop over the bytes.
+// Walks all chunks and reads each id and data size. The peer is the bare loop over the bytes.
 void walkTree(benchmark::State& state, Shape shape) {
   Bytes bytes = makeTree(shape, state.range(0));
   Object* object = bench::openBuffer(bytes, bytes.size());

@@ -1,4 +1,4 @@
-// Trees and files for the benchmarks of the chunk store.
+// Makes chunk trees and files for the benchmarks of the riff family.
 
 #ifndef BENCH_RIFF_SUPPORT_H
 #define BENCH_RIFF_SUPPORT_H
@@ -36,14 +36,14 @@ inline uint32_t get32(const uint8_t* bytes) {
   return value;
 }
 
-// A chunk of `size` bytes, an even number.
+// Appends a data chunk of zeros. The data size must be even.
 inline void putChunk(Bytes& bytes, uint32_t id, uint32_t size) {
   put32(bytes, id);
   put32(bytes, size);
   bytes.resize(bytes.size() + size);
 }
 
-// A group around bytes.
+// Makes a group whose children are the bytes of content.
 inline Bytes group(uint32_t id, const Bytes& content) {
   Bytes bytes;
   put32(bytes, id);
@@ -53,7 +53,7 @@ inline Bytes group(uint32_t id, const Bytes& content) {
   return bytes;
 }
 
-// A file that goes when the benchmark does.
+// A file that is deleted at the end of the benchmark.
 class ScratchFile {
  public:
   explicit ScratchFile(const Bytes& bytes) {

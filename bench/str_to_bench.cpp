@@ -1,5 +1,5 @@
-// Texts to numbers beside strtod and strtoull, libavutil's evaluator (which knows the prefixes
-// too), muParser and fparser: time and allocations of one conversion.
+// Compares the time of one conversion with strtod, strtoull, muParser, fparser and the evaluator of
+// libavutil, which also knows the prefixes. Counts the allocations of our conversion.
 
 #include <benchmark/benchmark.h>
 #include <muParser.h>
@@ -97,7 +97,7 @@ std::string sum(int terms) {
   return text;
 }
 
-// 200 characters that every evaluator here reads.
+// An expression that all evaluators here accept.
 const std::string EXPRESSION =
     "(12.5+3)*4-7/(2+1.25)^2+100*(3-(4+5)*2)/8+(1+2)*(3+4)-(5-6)*7.75+2^3^2-128/16*3+(9.5-1.5)*"
     "(2.25+3.75)-(1000+24)/(4*8)+17*(19-13)/3-0.125*(64+32)+6*(7-(8-9)*(10+11))/12+3.5^2-(45+55)/"

@@ -1,4 +1,4 @@
-// UUIDs beside libuuid, Boost.UUID called directly, and the random source alone.
+// Compares UUIDs with libuuid, with Boost.UUID called directly, and with the random source alone.
 
 #include <benchmark/benchmark.h>
 #include <sys/random.h>

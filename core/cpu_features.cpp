@@ -1,4 +1,5 @@
-// Feature detection, bit by bit after the processor vendors' manuals (CPUID, XGETBV).
+// Detects the processor's features. The bits are those of the CPUID and XGETBV instructions in the
+// processor vendors' manuals.
 
 #include "core/cpu_features.h"
 
@@ -11,7 +12,7 @@ CpuFeatures cpuFeatures;
 namespace {
 
 constexpr uint32_t YMM_STATE = 0x06;  // XCR0: SSE and AVX registers
-constexpr uint32_t ZMM_STATE = 0xE6;  // XCR0: those, opmasks and both halves of the ZMM registers
+constexpr uint32_t ZMM_STATE = 0xE6;  // XCR0: these, opmask and both ZMM states
 
 constexpr bool bit(uint32_t value, unsigned index) { return ((value >> index) & 1U) != 0; }
 
@@ -46,8 +47,9 @@ void readLeaf7(CpuFeatures& features, const CpuidResult& leaf, const CpuidResult
   features.avx512bf16 = bit(subleaf1.eax, 5);
 }
 
-// Takes back what the operating system does not save on a task switch. The AVX-512 extensions that
-// are of no use without avx512f are left as the processor reports them.
+// Clears the features whose registers the operating system does not save on a task switch. Of
+// AVX-512 these are avx512f, avx512bw and avx512dq. The others stay as the processor reports them:
+// none of them can be used without avx512f.
 void applySystemSupport(CpuFeatures& features, bool ymm, bool zmm) {
   if (!ymm) {
     features.avx = false;
@@ -68,11 +70,12 @@ class ThisProcessor final : public Processor {
     __cpuid_count(leaf, subleaf, result.eax, result.ebx, result.ecx, result.edx);
     return result;
   }
-  // Written out, since the compiler's intrinsic needs the whole file built for XSAVE.
+  // The compiler's intrinsic would need the whole file built for XSAVE. Volatile, since it reads
+  // a register that the operating system may change.
   uint32_t xgetbv() const override {
     uint32_t low = 0;
     uint32_t high = 0;
-    __asm__("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+    __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
     return low;
   }
 };
@@ -87,7 +90,10 @@ CpuFeatures detectCpuFeatures(CpuFeatures known, const Processor& processor) {
   readLeaf1(known, leaf1);
   const bool osxsave = bit(leaf1.ecx, 27);
   const uint32_t savedState = osxsave ? processor.xgetbv() : 0;
-  if (highestLeaf >= 7) readLeaf7(known, processor.cpuid(7, 0), processor.cpuid(7, 1));
+  if (highestLeaf >= 7) {
+    const CpuidResult leaf7 = processor.cpuid(7, 0);
+    readLeaf7(known, leaf7, processor.cpuid(7, 1));
+  }
   applySystemSupport(known, (savedState & YMM_STATE) == YMM_STATE,
                      (savedState & ZMM_STATE) == ZMM_STATE);
   return known;

@@ -1,4 +1,4 @@
-// Which instruction-set extensions the processor offers, found out with cpuid and xgetbv.
+// The instruction-set extensions that the processor offers, detected with cpuid and xgetbv.
 
 #ifndef CORE_CPU_FEATURES_H
 #define CORE_CPU_FEATURES_H
@@ -7,6 +7,7 @@
 
 namespace core {
 
+// avx512fp16 is never set: no bit is assigned to it so far. neon belongs to Arm.
 struct CpuFeatures {
   bool sse = false;
   bool sse2 = false;
@@ -37,8 +38,8 @@ struct CpuFeatures {
   bool neon = false;
 };
 
-// All false until the first detection. Written by detectCpuFeatures() alone, with plain stores:
-// who reads it on another thread waits for velmor_core_init() to return first.
+// All false until the first detection. Only detectCpuFeatures() writes it, with plain stores. A
+// thread may read it once velmor_core_init() has returned on the thread that called it first.
 extern CpuFeatures cpuFeatures;
 
 struct CpuidResult {
@@ -48,24 +49,24 @@ struct CpuidResult {
   uint32_t edx = 0;
 };
 
-// The two instructions that detection rests on. Tests put recorded processors in their place.
+// The two instructions that detection uses. Tests replace them with recorded processors.
 class Processor {
  public:
   virtual ~Processor() = default;
   virtual CpuidResult cpuid(uint32_t leaf, uint32_t subleaf) const = 0;
-  // The low half of XCR0, in which the operating system tells what register state it saves. Raises
-  // an invalid-opcode fault where leaf 1 does not report OSXSAVE.
+  // The low half of XCR0: the register states that the operating system saves. Raises an
+  // invalid-opcode fault if leaf 1 does not report OSXSAVE.
   virtual uint32_t xgetbv() const = 0;
 };
 
-// The processor that runs this.
+// The processor that runs this code.
 const Processor& getThisProcessor();
 
-// Returns `known` with the flags overwritten that the processor tells of. A processor that lacks
-// leaf 1 or leaf 7 leaves the flags of that leaf as they are.
+// Returns `known` with the processor's features in it. The flags of a leaf that the processor does
+// not have (leaf 1 or leaf 7) stay as they are.
 CpuFeatures detectCpuFeatures(CpuFeatures known, const Processor& processor);
 
-// Detects the features of the processor that runs this, into cpuFeatures.
+// Detects the features of the processor that runs this code and stores them in cpuFeatures.
 void detectCpuFeatures();
 
 }  // namespace core

@@ -1,3 +1,5 @@
+// Asks Linux for the number of processors and the size of the memory.
+
 #include "core/platform.h"
 
 #include <sys/sysinfo.h>
@@ -13,7 +15,7 @@ uint32_t getProcessorCount() {
 uint64_t getPhysicalMemorySize() {
   struct sysinfo info = {};
   if (sysinfo(&info) != 0) return 0;
-  // The kernel counts in units of mem_unit bytes where bytes would not fit its fields.
+  // totalram counts units of mem_unit bytes.
   return static_cast<uint64_t>(info.totalram) * info.mem_unit;
 }
 

@@ -1,4 +1,4 @@
-// Facts about the machine, asked of the operating system on every call.
+// Facts about the machine. Every call asks the operating system again.
 
 #ifndef CORE_PLATFORM_H
 #define CORE_PLATFORM_H
@@ -7,10 +7,10 @@
 
 namespace core {
 
-// Processors online; 1 when the system does not tell.
+// The number of processors online, or 1 if the system does not report it.
 uint32_t getProcessorCount();
 
-// Usable main memory in bytes; 0 when the system does not tell.
+// The usable main memory in bytes, or 0 if the system does not report it.
 uint64_t getPhysicalMemorySize();
 
 }  // namespace core

@@ -1,4 +1,4 @@
-// Blocks and padding of SHA-256 (FIPS 180-4, 5.1.1 and 6.2).
+// Cuts a message into blocks and pads the last one (FIPS 180-4, 5.1.1 and 6.2).
 
 #include "core/sha256.h"
 
@@ -16,14 +16,14 @@ void Sha256Hasher::update(std::span<const uint8_t> bytes) {
     if (pendingSize < SHA256_BLOCK) return;
     compressPending();
   }
-  // Whole blocks are hashed where they lie.
+  // Whole blocks are hashed in place, without a copy.
   const uint64_t blocks = bytes.size() / SHA256_BLOCK;
   if (blocks > 0) compress(state, bytes.data(), blocks);
   append(bytes.subspan(blocks * SHA256_BLOCK));
 }
 
 void Sha256Hasher::append(std::span<const uint8_t> bytes) {
-  if (bytes.empty()) return;  // where the pointer may be null
+  if (bytes.empty()) return;  // the pointer may be null then
   std::memcpy(pending.data() + pendingSize, bytes.data(), bytes.size());
   pendingSize += bytes.size();
 }
@@ -34,9 +34,9 @@ void Sha256Hasher::compressPending() {
   pendingSize = 0;
 }
 
-// Behind the message come a 1 bit and zeros, and its length in bits as the last 8 bytes of a block.
+// After the message come a 1 bit, zeros, and its length in bits as the last 8 bytes of a block.
 void Sha256Hasher::finish() {
-  const uint64_t mark = 0x80;  // in memory: the 1 bit and 63 of the zeros
+  const uint64_t mark = 0x80;  // in memory: the 1 bit, then 63 zero bits
   const uint64_t bits = __builtin_bswap64(length.getBitCount());
   const uint64_t lengthOffset = SHA256_BLOCK - sizeof bits;
   std::memcpy(pending.data() + pendingSize, &mark, sizeof mark);
@@ -45,7 +45,8 @@ void Sha256Hasher::finish() {
   compress(state, pending.data(), 1);
 }
 
-// Straight into the range where all has room in it: a copy would wait for the words to be stored.
+// Writes directly into a range that has room for the whole digest: copying the words directly after
+// they were stored would make the processor wait.
 void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
   std::array<uint8_t, 32> spare;
   uint8_t* const bytes = digest.size() < spare.size() ? spare.data() : digest.data();

@@ -1,10 +1,10 @@
-// Which form of the compression function this processor runs.
+// Chooses the form of the compression function for this processor.
 
 #include "core/sha256_compress.h"
 
 namespace core {
 
-// The extensions themselves, and the SSSE3 and SSE4.1 instructions that stand between them.
+// The SHA instructions, and the SSSE3 and SSE4.1 instructions that are used with them.
 bool hasShaExtensions(const Processor& processor) {
   if (processor.cpuid(0, 0).eax < 7) return false;
   const uint32_t sse = processor.cpuid(1, 0).ecx;

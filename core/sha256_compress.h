@@ -12,22 +12,22 @@ namespace core {
 
 constexpr uint64_t SHA256_BLOCK = 64;  // bytes
 
-// The hash value a to h; each word holds 32 bits.
+// The eight words of the hash value. Each holds 32 bits.
 using Sha256State = std::array<uint64_t, 8>;
 
-// Takes `count` blocks, which lie back to back at any address, into the state.
+// Hashes `count` adjacent blocks into the state. They need no alignment.
 using Sha256Compress = void (*)(Sha256State& state, const uint8_t* blocks, uint64_t count);
 
 // Runs on every processor.
 void compressSha256Portable(Sha256State& state, const uint8_t* blocks, uint64_t count);
 
-// Runs where hasShaExtensions() is true.
+// Runs on processors for which hasShaExtensions() is true.
 void compressSha256ShaNi(Sha256State& state, const uint8_t* blocks, uint64_t count);
 
 bool hasShaExtensions(const Processor& processor);
 
-// The fastest form for the processor that runs this. The first call asks the processor, whatever
-// velmor_core_init() has detected; any thread may make it.
+// The fastest form for the processor that runs this code. The first call queries the processor
+// itself and does not need velmor_core_init(). Any thread may call this.
 Sha256Compress getSha256Compress();
 
 // The first 32 bits of the fractional parts of the cube roots of the first 64 primes.

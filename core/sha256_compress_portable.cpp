@@ -23,16 +23,16 @@ uint32_t bigSigma1(uint32_t e) { return std::rotr(e, 6) ^ std::rotr(e, 11) ^ std
 uint32_t smallSigma0(uint32_t w) { return std::rotr(w, 7) ^ std::rotr(w, 18) ^ (w >> 3); }
 uint32_t smallSigma1(uint32_t w) { return std::rotr(w, 17) ^ std::rotr(w, 19) ^ (w >> 10); }
 
-// One block: the last 16 words of the message schedule, word t in place t modulo 16, and the
-// working variables a to h. Instead of moving all eight on in each round, as the standard does,
-// round t finds a in place -t modulo 8, and the others behind it.
+// Hashes one block. Holds the last 16 words of the message schedule, word t at index t modulo 16,
+// and the working variables a to h. The standard moves all eight variables in each round. Here they
+// stay in place, and round t has a at index -t modulo 8, b directly after it, and so on.
 class Block {
  public:
   Block(const Variables& hash, const uint8_t* block) : words{}, v(hash) {
     for (uint64_t t = 0; t < 16; ++t) words[t] = bigEndian32(block + 4 * t);
   }
 
-  // All indices are known when this is compiled: unrolled, words and variables are registers.
+  // Unrolled, so that all indices are constants and words and variables stay in registers.
   const Variables& run() {
     for (uint64_t first = 0; first < 64; first += 16) {
 #pragma GCC unroll 16

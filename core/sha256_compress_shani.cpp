@@ -1,16 +1,16 @@
 // The compression function on the SHA extensions (Intel 64 and IA-32 Architectures Software
 // Developer's Manual, volume 2: SHA256RNDS2, SHA256MSG1, SHA256MSG2).
 //
-// An instruction for two rounds takes 4 cycles on the processors of today, and each waits for the
-// one before it: 128 cycles a block, and one to add the result to the hash value. Loading the block
-// and expanding its schedule fits between.
+// One instruction does two rounds and takes 4 cycles on today's processors. Each waits for the one
+// before it, so a block takes 128 cycles, and one more to add the result to the hash value. Loading
+// the block and expanding its schedule run in parallel and take no extra time.
 
 #include <immintrin.h>
 
 #include "core/sha256_compress.h"
 
-// This file alone may use the extensions, and only in functions that say so: anything else that is
-// compiled here can be called on any processor.
+// Marks the functions that may use the extensions. The rest of the file is compiled for every
+// processor.
 #define SHA_EXTENSIONS __attribute__((target("sha,ssse3,sse4.1")))
 
 namespace core {
@@ -27,9 +27,9 @@ SHA_EXTENSIONS inline __m128i load(const void* words) {
   return _mm_loadu_si128(static_cast<const __m128i*>(words));
 }
 
-// Four words of a block. They are loaded in halves, since the padding of a short message has just
-// been stored in pieces of 8 bytes: a processor hands those on to a load of the same size, while a
-// load across two of them would wait until they have reached the cache.
+// Four words of a block, loaded in two halves. The padding of a short message has just been stored
+// in pieces of 8 bytes. The processor forwards a store to a load of the same size, but a load of 16
+// bytes would wait until both stores have reached the cache.
 SHA_EXTENSIONS inline __m128i loadBigEndian(const uint8_t* bytes) {
   const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
   const __m128d both = _mm_loadh_pd(
@@ -38,7 +38,7 @@ SHA_EXTENSIONS inline __m128i loadBigEndian(const uint8_t* bytes) {
   return _mm_shuffle_epi8(_mm_castpd_si128(both), swapBytes);
 }
 
-// Words t to t + 3 of the schedule out of the 16 before them.
+// Computes words t to t + 3 of the schedule from the 16 words before them.
 SHA_EXTENSIONS inline __m128i expand(__m128i w16, __m128i w12, __m128i w8, __m128i w4) {
   const __m128i w7 = _mm_alignr_epi8(w4, w8, 4);
   return _mm_sha256msg2_epu32(_mm_add_epi32(_mm_sha256msg1_epu32(w16, w12), w7), w4);
@@ -47,8 +47,8 @@ SHA_EXTENSIONS inline __m128i expand(__m128i w16, __m128i w12, __m128i w8, __m12
 }  // namespace
 
 SHA_EXTENSIONS void compressSha256ShaNi(Sha256State& state, const uint8_t* blocks, uint64_t count) {
-  // The instructions want a, b, e, f in one register and c, d, g, h in the other, a and c on top.
-  // Words at the even positions of the loaded registers are the ones of the state.
+  // The instructions take a, b, e, f in one register and c, d, g, h in the other, with a and c in
+  // the highest lanes. The state has 64-bit words, so its values are in the even lanes of a load.
   const auto pack = [](const uint64_t* low, const uint64_t* high) SHA_EXTENSIONS {
     return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(load(low)),
                                            _mm_castsi128_ps(load(high)), _MM_SHUFFLE(0, 2, 0, 2)));

@@ -1,4 +1,4 @@
-// The length of a message that is hashed with SHA-256.
+// Counts the length of a message that is hashed with SHA-256.
 
 #ifndef CORE_SHA256_LENGTH_H
 #define CORE_SHA256_LENGTH_H
@@ -8,8 +8,8 @@
 
 namespace core {
 
-// Counts bytes modulo 2^64, as four digits to the base 65536, the lowest first. Between two calls
-// each digit is below 65536.
+// Counts bytes modulo 2^64, as four digits of base 65536, the lowest first. Between two calls each
+// digit is below 65536.
 class Sha256Length {
  public:
   void add(uint64_t bytes) {
@@ -21,7 +21,7 @@ class Sha256Length {
     digits[3] &= 0xFFFF;
   }
 
-  // The length in bits modulo 2^64, which is what the padding tells.
+  // The length in bits modulo 2^64, as the padding states it.
   uint64_t getBitCount() const {
     uint64_t bits = 0;
     uint64_t carry = 0;

@@ -1,4 +1,4 @@
-// Making, reading and writing UUIDs.
+// Generates, parses and formats UUIDs. Boost.UUID generates and parses.
 
 #include "core/uuid.h"
 
@@ -17,14 +17,14 @@ Uuid toBytes(const boost::uuids::uuid& uuid) {
 
 }  // namespace
 
-// A fresh generator each time: it has no state but a reference to the system's random source.
+// A new generator for each call. It keeps no state and only calls the system's random source.
 Uuid generateRandomUuid() { return toBytes(boost::uuids::random_generator_pure()()); }
 
 Uuid parseUuid(const char* text, uint64_t length) {
   return toBytes(boost::uuids::string_generator()(text, text + length));
 }
 
-// Boost's own formatting builds a std::string, which is an allocation; this cannot fail.
+// Written out, since Boost's formatting allocates a std::string. This cannot fail and is faster.
 std::array<char, UUID_TEXT_LENGTH> formatUuid(const Uuid& uuid) {
   static constexpr char DIGITS[] = "0123456789abcdef";
   std::array<char, UUID_TEXT_LENGTH> text{};

@@ -1,4 +1,4 @@
-// Making, reading and writing UUIDs (RFC 4122), with Boost.UUID inside.
+// Generates, parses and formats UUIDs (RFC 4122).
 
 #ifndef CORE_UUID_H
 #define CORE_UUID_H
@@ -13,15 +13,15 @@ using Uuid = std::array<uint8_t, 16>;
 
 constexpr uint64_t UUID_TEXT_LENGTH = 36;  // characters, without a NUL
 
-// Version 4, from getrandom(). Throws boost::uuids::entropy_error, a std::runtime_error, when the
-// system denies random bytes.
+// Returns a UUID of version 4 with random bits from getrandom(). If the system denies them, throws
+// boost::uuids::entropy_error, a std::runtime_error.
 Uuid generateRandomUuid();
 
-// Reads all `length` bytes as one UUID: hexadecimal digits in either case, with hyphens between all
-// groups or none, bare or in braces. Throws std::runtime_error on anything else.
+// Parses a UUID that takes all `length` bytes: hexadecimal digits in either case, with hyphens
+// between all groups or none, with or without braces. Throws std::runtime_error for any other text.
 Uuid parseUuid(const char* text, uint64_t length);
 
-// Lower case, with hyphens.
+// Returns the text form: lower case, with hyphens, without a NUL.
 std::array<char, UUID_TEXT_LENGTH> formatUuid(const Uuid& uuid);
 
 }  // namespace core

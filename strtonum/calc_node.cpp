@@ -1,4 +1,4 @@
-// The walks over a calculation tree, none of them recursive.
+// Evaluates, prints and deletes an expression's tree, with loops in place of recursion.
 
 #include "strtonum/calc_node.h"
 
@@ -12,7 +12,7 @@ namespace StrToNum {
 
 namespace {
 
-// Enough for the walk through a tree of ordinary depth.
+// Levels for which memory is reserved, so that ordinary trees need one allocation.
 constexpr size_t USUAL_DEPTH = 32;
 
 }  // namespace
@@ -20,7 +20,7 @@ constexpr size_t USUAL_DEPTH = 32;
 double CalcNode::evaluate() const {
   struct Pending {
     const CalcNode* node;
-    const CalcNode* right;  // still to be evaluated once left is known
+    const CalcNode* right;  // to be evaluated after left; null once that has begun
     double left;
   };
   std::vector<Pending> pending;
@@ -62,10 +62,13 @@ void CalcNode::print(std::ostream& out, uint32_t depth) const {
   }
 }
 
-// A left operand that has operands itself is rotated to the top until the top has nothing on its
-// left and can go. Each rotation moves one node for good to the chain that hangs on the right, so
-// there are no more of them than nodes, and every node is deleted without operands.
-void CalcNode::dismantleNodes(std::unique_ptr<CalcNode> tree) noexcept {
+// No node has operands when it is deleted, so destructors never nest.
+//
+// A top without a left operand is deleted, and its right operand becomes the top. A top whose left
+// operand is binary is rotated to the right: the left operand becomes the top, and the old top its
+// right operand. Each rotation adds a node to the chain of right operands, so there are fewer
+// rotations than nodes. Any other left operand is deleted, and its own operand takes its place.
+void CalcNode::deleteNodes(std::unique_ptr<CalcNode> tree) noexcept {
   for (Operands top = tree->operands();;) {
     if (!top.left || !*top.left) {
       tree = top.right ? std::move(*top.right) : nullptr;

@@ -1,7 +1,7 @@
-// The tree that an expression is held as.
+// The base class of the nodes of an expression's tree.
 //
-// A tree is as deep as its expression is long: a sum of n terms has n - 1 levels. So nothing here
-// recurses; evaluation and printing keep a stack of their own, and destruction needs none.
+// A tree is as deep as its expression is long: a sum of n terms has n - 1 levels. Recursion over
+// a long text would overflow the stack, so nothing here recurses.
 
 #ifndef STRTONUM_CALC_NODE_H
 #define STRTONUM_CALC_NODE_H
@@ -23,22 +23,27 @@ class CalcNode {
   CalcNode& operator=(const CalcNode&) = delete;
   virtual ~CalcNode() = default;
 
-  // Nodes are made in a pool, and deleted as usual.
+  // A node is created in a pool and deleted like any other object.
   static void* operator new(size_t /*size*/, NodePool& pool) { return pool.allocate(); }
   // NOLINTNEXTLINE(cert-dcl54-cpp): there is no new without a pool
   static void operator delete(void* node) noexcept { NodePool::free(node); }
   static void operator delete(void* node, NodePool& /*pool*/) noexcept { NodePool::free(node); }
 
-  // The value in double precision. Operands are not checked; infinities and NaN go up the tree.
-  // Throws std::bad_alloc alone.
+  // Returns the tree's value in double precision, left operands evaluated first. Operands are not
+  // checked: infinities and NaN propagate. Throws only std::bad_alloc.
   virtual double evaluate() const;
 
-  // Writes a line for each node, an operator in front of its operands and those one level (two
-  // spaces) deeper.
+  // Writes one line for each node, indented by two spaces a level. An operator comes before its
+  // operands.
   virtual void print(std::ostream& out, uint32_t depth) const;
 
+  // Deletes a tree, which may be null. Operators delete their operands with this.
+  static void deleteTree(std::unique_ptr<CalcNode> tree) noexcept {
+    if (tree) deleteNodes(std::move(tree));
+  }
+
  protected:
-  // Where a node keeps its operands: both null in a constant, right null in a negation.
+  // Where a node keeps its operands. Both are null for a constant, right is null for a negation.
   struct Operands {
     std::unique_ptr<CalcNode>* left;
     std::unique_ptr<CalcNode>* right;
@@ -46,20 +51,17 @@ class CalcNode {
 
   CalcNode() = default;
 
-  // Deletes a tree. Every operator's destructor calls this for its operands.
-  static void dismantle(std::unique_ptr<CalcNode> tree) noexcept {
-    if (tree) dismantleNodes(std::move(tree));
-  }
-
  private:
-  static void dismantleNodes(std::unique_ptr<CalcNode> tree) noexcept;
+  static void deleteNodes(std::unique_ptr<CalcNode> tree) noexcept;
 
+  // What the loops in place of recursion need to know of each node.
   virtual Operands operands() noexcept = 0;
-  // The node's value from those of its operands; the operand of a negation comes as right.
+  // Returns the node's value for the given values of its operands. A negation takes its operand
+  // as `right`, a constant ignores both.
   virtual double apply(double left, double right) const noexcept = 0;
   virtual void printLabel(std::ostream& out) const = 0;
 
-  // The operands, for walks that change nothing.
+  // The operands, for loops that only read.
   Operands operandsToRead() const noexcept { return const_cast<CalcNode*>(this)->operands(); }
 };
 

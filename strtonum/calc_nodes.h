@@ -1,5 +1,4 @@
-// The nodes of the calculation tree: constants and, for each operator, a class that owns its
-// operands.
+// The concrete nodes of an expression's tree: constants, and one class for each operator.
 
 #ifndef STRTONUM_CALC_NODES_H
 #define STRTONUM_CALC_NODES_H
@@ -27,124 +26,101 @@ class CNConstant final : public CalcNode {
   double value;
 };
 
-// Operators take ownership of the operands that they are built from.
-class CNPower final : public CalcNode {
+// Owns the operands of a binary operator, from its construction on.
+//
+// It is a second base class: every node derives directly from CalcNode.
+class BinaryOperands {
  public:
-  CNPower(CalcNode* l, CalcNode* r) : left(l), right(r) {}
-  ~CNPower() override {
-    dismantle(std::move(left));
-    dismantle(std::move(right));
-  }
+  BinaryOperands(CalcNode* l, CalcNode* r) : left(l), right(r) {}
+  BinaryOperands(const BinaryOperands&) = delete;
+  BinaryOperands& operator=(const BinaryOperands&) = delete;
 
- private:
-  Operands operands() noexcept override { return {&left, &right}; }
-  double apply(double a, double b) const noexcept override { return std::pow(a, b); }
-  void printLabel(std::ostream& out) const override { out << "^ power"; }
+ protected:
+  ~BinaryOperands() {
+    CalcNode::deleteTree(std::move(left));
+    CalcNode::deleteTree(std::move(right));
+  }
 
   std::unique_ptr<CalcNode> left;
   std::unique_ptr<CalcNode> right;
 };
 
+class CNPower final : public CalcNode, private BinaryOperands {
+ public:
+  using BinaryOperands::BinaryOperands;
+
+ private:
+  Operands operands() noexcept override { return {&left, &right}; }
+  double apply(double a, double b) const noexcept override { return std::pow(a, b); }
+  void printLabel(std::ostream& out) const override { out << "^ power"; }
+};
+
 class CNNegate final : public CalcNode {
  public:
+  // Takes ownership of the operand.
   explicit CNNegate(CalcNode* tree) : operand(tree) {}
-  ~CNNegate() override { dismantle(std::move(operand)); }
+  ~CNNegate() override { deleteTree(std::move(operand)); }
 
  private:
   Operands operands() noexcept override { return {&operand, nullptr}; }
-  // Flips the sign bit, of 0 and NaN too.
+  // Flips the sign bit, also of 0 and NaN.
   double apply(double /*left*/, double value) const noexcept override { return -value; }
   void printLabel(std::ostream& out) const override { out << "- negate"; }
 
   std::unique_ptr<CalcNode> operand;
 };
 
-class CNMultiply final : public CalcNode {
+class CNMultiply final : public CalcNode, private BinaryOperands {
  public:
-  CNMultiply(CalcNode* l, CalcNode* r) : left(l), right(r) {}
-  ~CNMultiply() override {
-    dismantle(std::move(left));
-    dismantle(std::move(right));
-  }
+  using BinaryOperands::BinaryOperands;
 
  private:
   Operands operands() noexcept override { return {&left, &right}; }
   double apply(double a, double b) const noexcept override { return a * b; }
   void printLabel(std::ostream& out) const override { out << "* multiply"; }
-
-  std::unique_ptr<CalcNode> left;
-  std::unique_ptr<CalcNode> right;
 };
 
-class CNDivide final : public CalcNode {
+class CNDivide final : public CalcNode, private BinaryOperands {
  public:
-  CNDivide(CalcNode* l, CalcNode* r) : left(l), right(r) {}
-  ~CNDivide() override {
-    dismantle(std::move(left));
-    dismantle(std::move(right));
-  }
+  using BinaryOperands::BinaryOperands;
 
  private:
   Operands operands() noexcept override { return {&left, &right}; }
   double apply(double a, double b) const noexcept override { return a / b; }
   void printLabel(std::ostream& out) const override { out << "/ divide"; }
-
-  std::unique_ptr<CalcNode> left;
-  std::unique_ptr<CalcNode> right;
 };
 
-class CNModulo final : public CalcNode {
+class CNModulo final : public CalcNode, private BinaryOperands {
  public:
-  CNModulo(CalcNode* l, CalcNode* r) : left(l), right(r) {}
-  ~CNModulo() override {
-    dismantle(std::move(left));
-    dismantle(std::move(right));
-  }
+  using BinaryOperands::BinaryOperands;
 
  private:
   Operands operands() noexcept override { return {&left, &right}; }
   double apply(double a, double b) const noexcept override { return std::fmod(a, b); }
   void printLabel(std::ostream& out) const override { out << "% modulo"; }
-
-  std::unique_ptr<CalcNode> left;
-  std::unique_ptr<CalcNode> right;
 };
 
-class CNAdd final : public CalcNode {
+class CNAdd final : public CalcNode, private BinaryOperands {
  public:
-  CNAdd(CalcNode* l, CalcNode* r) : left(l), right(r) {}
-  ~CNAdd() override {
-    dismantle(std::move(left));
-    dismantle(std::move(right));
-  }
+  using BinaryOperands::BinaryOperands;
 
  private:
   Operands operands() noexcept override { return {&left, &right}; }
   double apply(double a, double b) const noexcept override { return a + b; }
   void printLabel(std::ostream& out) const override { out << "+ add"; }
-
-  std::unique_ptr<CalcNode> left;
-  std::unique_ptr<CalcNode> right;
 };
 
-class CNSubtract final : public CalcNode {
+class CNSubtract final : public CalcNode, private BinaryOperands {
  public:
-  CNSubtract(CalcNode* l, CalcNode* r) : left(l), right(r) {}
-  ~CNSubtract() override {
-    dismantle(std::move(left));
-    dismantle(std::move(right));
-  }
+  using BinaryOperands::BinaryOperands;
 
  private:
   Operands operands() noexcept override { return {&left, &right}; }
   double apply(double a, double b) const noexcept override { return a - b; }
   void printLabel(std::ostream& out) const override { out << "- subtract"; }
-
-  std::unique_ptr<CalcNode> left;
-  std::unique_ptr<CalcNode> right;
 };
 
-// All nodes have the sizes of these.
+// Every node is as large as one of these.
 static_assert(sizeof(CNConstant) <= NodePool::NODE_SIZE && sizeof(CNAdd) <= NodePool::NODE_SIZE);
 
 }  // namespace StrToNum

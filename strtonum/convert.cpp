@@ -1,12 +1,13 @@
+// Evaluates a number text and converts the result to the type that the caller asked for.
+
 #include "strtonum/convert.h"
 
 #include <limits>
 #include <optional>
-#include <vector>
 
-#include "strtonum/calc_node.h"
 #include "strtonum/driver.h"
-#include "strtonum/number_text.h"
+#include "strtonum/number.h"
+#include "strtonum/results.h"
 
 namespace StrToNum {
 
@@ -14,33 +15,22 @@ namespace {
 
 constexpr double TWO_TO_63 = 9223372036854775808.0;
 
-// The list of results that a driver fills, with its trees.
-class Results {
- public:
-  Results() = default;
-  Results(const Results&) = delete;
-  Results& operator=(const Results&) = delete;
-  ~Results() {
-    for (CalcNode* root : roots) delete root;
-  }
-
-  std::vector<CalcNode*> roots;
-};
-
+// Nothing if the text is rejected or holds no expression.
 std::optional<double> evaluate(const std::string& text) {
   Results results;
   if (!Driver(results.roots).parse(text) || results.roots.empty()) return std::nullopt;
   return results.roots.front()->evaluate();
 }
 
-// What the processor's conversion instruction gives: the lowest integer for NaN and for values
-// that do not fit.
+// Truncates toward zero. NaN and values that do not fit give the lowest integer, as the processor's
+// conversion instruction does; a plain cast would be undefined for them.
 int64_t toInt64(double value) {
   const bool fits = value >= -TWO_TO_63 && value < TWO_TO_63;
   return fits ? static_cast<int64_t>(value) : std::numeric_limits<int64_t>::min();
 }
 
-// Negative values wrap: integer constants from 2^63 on come as such.
+// Truncates toward zero. Negative values wrap modulo 2^64: integers from 2^63 on enter the
+// calculation as negative values (see constantValue()).
 uint64_t toUint64(double value) {
   constexpr uint64_t TOP_BIT = uint64_t{1} << 63;
   if (value >= TWO_TO_63) return static_cast<uint64_t>(toInt64(value - TWO_TO_63)) ^ TOP_BIT;

@@ -1,5 +1,5 @@
-// Conversion of a text to a number. The text is a number or an expression, or lines of those, the
-// first of which counts.
+// Converts a number text to a number. The text is one number, an expression, or several lines of
+// these. The first line that is not empty gives the result.
 
 #ifndef STRTONUM_CONVERT_H
 #define STRTONUM_CONVERT_H
@@ -10,15 +10,18 @@
 
 namespace StrToNum {
 
-// True if text is valid throughout and holds an expression; only then *value is written. Throws
-// std::exception where memory is exhausted or the text too long for the scanner.
+// Returns true and writes *value if every line is valid and at least one is not empty. Otherwise
+// returns false and leaves *value unchanged. Throws std::bad_alloc when memory is exhausted, and
+// std::length_error for a text of 2^31 - 1 bytes or more.
 bool convert(const std::string& text, int64_t* value);
 bool convert(const std::string& text, uint64_t* value);
 bool convert(const std::string& text, double* value);
 
-// The short road for a text that is one number, perhaps with a sign in front and with blanks and
-// empty lines around: what convert() gives, without scanner, parser and memory. False for every
-// other text, valid or not.
+// The fast path for a text that is one number, with or without a sign, surrounded by any blanks
+// and empty lines. Nearly all texts are, and they need no scanner, parser or allocation.
+//
+// Returns true and writes the value that convert() would write. Returns false for every other
+// text, valid or not, and leaves *value unchanged.
 bool convertLoneNumber(std::string_view text, int64_t* value) noexcept;
 bool convertLoneNumber(std::string_view text, uint64_t* value) noexcept;
 bool convertLoneNumber(std::string_view text, double* value) noexcept;

@@ -1,4 +1,4 @@
-// Runs scanner and parser over one text.
+// Runs scanner and parser over one number text.
 
 #ifndef STRTONUM_DRIVER_H
 #define STRTONUM_DRIVER_H
@@ -16,19 +16,21 @@ class Scanner;
 
 class Driver {
  public:
-  // The trees of the lines are appended to list, whose owner frees them.
+  // Appends the tree of each line to list. The owner of the list owns the trees too (Results).
   explicit Driver(std::vector<CalcNode*>& list) : results(&list) {}
 
-  // Parses text; false if it is rejected. The trees of the lines in front of the rejected one stay
-  // in the list of results then, as they do when an exception passes.
+  // Parses text. Returns false if it is rejected. The trees of the lines before the rejected one
+  // stay in the list of results, also when an exception is thrown. Throws std::bad_alloc, and
+  // std::length_error for a text that is too long for the scanner.
   bool parse(const std::string& text);
 
-  // Told about each syntax error. Nobody asks for the messages so far.
+  // Receives each syntax error. The message is dropped: no caller has a way to ask for it.
   void error(const Parser::location_type& /*location*/, const std::string& /*message*/) {}
 
-  // For the parser.
-  Scanner* scanner = nullptr;  // set while a parse runs, not to be used outside
-  std::vector<CalcNode*>* results;
+  // For the parser's actions.
+  Scanner* scanner = nullptr;       // valid during parse() only
+  std::vector<CalcNode*>* results;  // borrowed
+  // Allocates the nodes. A field of the driver, since the driver is all that the actions can reach.
   NodePool nodes;
 };
 

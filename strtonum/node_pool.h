@@ -1,8 +1,8 @@
-// Memory for the nodes of one parse, in blocks: an allocation of its own for each node would take
-// longer than parsing it.
+// Memory for the nodes of one parse. The nodes are carved from blocks, since a separate allocation
+// for each node would take longer than parsing it.
 //
-// A node is deleted like any object, and may outlive the pool. Each slot names its block, and
-// a block goes with the last of its nodes once the pool has no more use for it.
+// A node is deleted like any other object and may outlive the pool. Each slot points to its block.
+// A block is freed when its last node is deleted and the pool has no free slots left in it.
 
 #ifndef STRTONUM_NODE_POOL_H
 #define STRTONUM_NODE_POOL_H
@@ -20,11 +20,11 @@ class NodePool {
   NodePool(const NodePool&) = delete;
   NodePool& operator=(const NodePool&) = delete;
   ~NodePool() {
-    // A block without free slots belongs to its nodes alone and may be gone.
+    // A block without free slots belongs only to its nodes and may have been freed.
     if (taken < SLOTS) release(block, SLOTS - taken);
   }
 
-  // Room for one node. Throws std::bad_alloc.
+  // Returns memory for one node. Throws std::bad_alloc.
   void* allocate() {
     if (taken == SLOTS) addBlock();
     Slot& slot = block->slots[taken++];
@@ -32,11 +32,11 @@ class NodePool {
     return slot.node.data();
   }
 
-  // Gives back what any pool allocated.
+  // Frees a node's memory, whichever pool it came from.
   static void free(void* node) noexcept { release(static_cast<Block**>(node)[-1], 1); }
 
  private:
-  // Keeps a block below 1,032 bytes, up to which malloc has a quick list for each thread.
+  // Keeps a block below 1,032 bytes: glibc serves smaller blocks from a list for each thread.
   static constexpr size_t SLOTS = 31;
 
   struct Block;
@@ -45,7 +45,7 @@ class NodePool {
     alignas(double) std::array<std::byte, NODE_SIZE> node;
   };
   struct Block {
-    size_t users = SLOTS;  // nodes that live, and slots that are not taken yet
+    size_t users = SLOTS;  // living nodes, and slots that the pool has not used yet
     std::array<Slot, SLOTS> slots;
   };
 

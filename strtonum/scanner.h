@@ -1,4 +1,4 @@
-// Cuts a text into the tokens of the expression grammar; scanner.l has the rules.
+// Cuts a number text into the tokens of the grammar. The rules are in scanner.l.
 
 #ifndef STRTONUM_SCANNER_H
 #define STRTONUM_SCANNER_H
@@ -9,7 +9,7 @@
 
 #include "strtonum/parser.h"
 
-// flex's header declares the scanner class that it generates under the name that this gives.
+// Makes flex's header declare the generated class under its own name.
 #ifndef yyFlexLexerOnce
 #define yyFlexLexer StrToNumFlexLexer
 #include <FlexLexer.h>
@@ -17,28 +17,31 @@
 
 namespace StrToNum {
 
-// Scans one text, once. The text is held in one piece and the generated scanner works on it in
-// place: no refills (each of which would scan the current token anew) and none of the generated
-// scanner's own buffers, whose allocation failures end the process.
+// Scans one text, once.
+//
+// The text is held in one piece, and the generated scanner works on it in place. So it never
+// refills a buffer, which would scan the current token again. It also never allocates a buffer of
+// its own, where exhausted memory would end the process.
 class Scanner : public StrToNumFlexLexer {
  public:
-  // Throws std::length_error for a text of 2^31 - 1 bytes or more: the generated scanner, columns
-  // and lines count in int.
+  // Throws std::length_error for a text of 2^31 - 1 bytes or more: the generated scanner counts
+  // bytes, columns and lines in int.
   explicit Scanner(std::string input);
-  // Reads all that the stream still holds; the stream is not needed any more afterwards.
+  // Reads the rest of the stream at once. The stream is not used afterwards.
   explicit Scanner(std::istream* input);
   ~Scanner() override;
 
-  // The next token: its code, with the value of an integer or double and the place where it stands.
-  // Returns 0 at the end of the text, then and ever after.
+  // Returns the code of the next token; 0 at the end of the text and on every later call. Writes
+  // the value of an integer or double, and the location of every token.
   int yylex(Parser::value_type* value, Parser::location_type* location);
 
   using StrToNumFlexLexer::yylex;
 
  private:
-  std::string text;  // with a NUL behind it; together with the string's own that marks the end
+  // Ends in a NUL of its own before the string's: two NULs are the generated scanner's end mark.
+  std::string text;
   std::unique_ptr<yy_buffer_state> state;
-  yy_buffer_state* stack;  // the generated scanner's stack of buffers: this one
+  yy_buffer_state* stack;  // the generated scanner's stack of buffers, which holds only state
 };
 
 }  // namespace StrToNum

@@ -51,8 +51,8 @@ Chunk takeStep(const Chunk& from, const PathStep& step) {
 }  // namespace
 
 bool PathStep::fits(const Chunk& chunk) const {
-  if (chunk.id().value() != id) return false;
-  return !groupId || (chunk.isGroup() && chunk.groupId().value() == *groupId);
+  if (chunk.id() != id) return false;
+  return !groupId || (chunk.isGroup() && chunk.groupId() == *groupId);
 }
 
 ChunkPath::ChunkPath(std::string_view text) : typed(text) {

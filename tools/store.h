@@ -26,10 +26,12 @@ class Chunk : public velmor_core::Chunk {
   explicit Chunk(velmor_core::Chunk chunk) : velmor_core::Chunk(chunk) {}
   explicit Chunk(velmor_core_riff_chunk_t* chunk) : velmor_core::Chunk(chunk) {}
 
-  std::string name() const { return nameText(id().value(), groupId().value()); }
+  uint32_t id() const { return velmor_core::Chunk::id().value(); }
+  uint32_t groupId() const { return velmor_core::Chunk::groupId().value(); }
+  std::string name() const { return nameText(id(), groupId()); }
   // Holds for chunks as they are loaded, and the tool creates groups under these ids alone.
-  bool isGroup() const { return isVirtualRoot() || isGroupId(id().value()); }
-  bool isFree() const { return id().value() == ID_JUNK; }
+  bool isGroup() const { return isVirtualRoot() || isGroupId(id()); }
+  bool isFree() const { return id() == ID_JUNK; }
   bool isVirtualRoot() const { return !parent(); }
 
   Chunk parent() const { return Chunk(velmor_core::Chunk::parent()); }

@@ -36,8 +36,8 @@ void printJson(std::string_view file, const Object& object, const Chunk& start) 
   for (TreeWalk walk(object, start); walk.next(); separator = ",") {
     const Chunk& chunk = walk.chunk();
     std::cout << separator << "{\"offset\":" << walk.offset() << ",\"level\":" << walk.level()
-              << ",\"id\":" << quoted(idText(chunk.id().value()));
-    if (chunk.isGroup()) std::cout << ",\"groupId\":" << quoted(idText(chunk.groupId().value()));
+              << ",\"id\":" << quoted(idText(chunk.id()));
+    if (chunk.isGroup()) std::cout << ",\"groupId\":" << quoted(idText(chunk.groupId()));
     std::cout << ",\"dataSize\":" << chunk.dataSize() << ",\"totalSize\":" << chunk.totalSize()
               << ",\"pad\":" << chunk.dataSize() % 2
               << ",\"free\":" << (chunk.isFree() ? "true" : "false")

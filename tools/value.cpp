@@ -30,7 +30,7 @@ Value::Value(const std::string& word) {
 }
 
 uint64_t Value::sizeIn(const Chunk& group) const {
-  const bool endsInNul = isText && group.groupId().value() == ID_INFO;
+  const bool endsInNul = isText && group.groupId() == ID_INFO;
   return length + (endsInNul ? 1 : 0);
 }
 

@@ -85,19 +85,20 @@ struct IsBorrowed<const std::basic_string_view<Char, Traits> > : std::true_type 
 
 }  // namespace detail
 
-/** A borrowed view of bytes to read, made implicitly from what a caller has: two words, no copy.
- *  It is valid as long as the range that it was made from; as an argument, that is the whole call.
+/** A view of bytes to read, made implicitly from what a caller has. It is two words and copies
+ *  nothing. It is valid as long as the range that it was made from; a temporary range is fine as an
+ *  argument, since it lives until the call returns.
  *
  *  Any contiguous range of trivially copyable elements serves: std::vector, std::array,
- *  std::string, std::string_view, std::span, arrays. String literals and const char* are text and
- *  end before their NUL. An array of char that can be written does not compile, since it may hold
- *  either text or bytes: name one with std::string_view or std::span.
+ *  std::string, std::string_view, std::span, arrays. String literals and const char* are text
+ *  and end before their first NUL. An array of char that is not const does not compile, because it
+ *  may hold either text or bytes: pass a std::string_view or std::span of it.
  */
 class Bytes {
  public:
   /** No bytes. */
   constexpr Bytes() noexcept = default;
-  /** `size` bytes at an address. */
+  /** `size` bytes at an address, which may be null if there are none. */
   constexpr Bytes(const void* data, uint64_t size) noexcept : first(data), count(size) {}
   /** The characters of a text up to its NUL, which does not count; no bytes for null. */
   constexpr Bytes(const char* text) noexcept  // NOLINT(google-explicit-constructor)
@@ -124,9 +125,9 @@ class Bytes {
   uint64_t count = 0;
 };
 
-/** A borrowed view of bytes to fill, made implicitly from a range whose elements can be written: as
- *  Bytes, and arrays of char serve, too. A temporary container does not compile, a temporary
- *  std::span does.
+/** A view of bytes to fill, made implicitly from the ranges that Bytes takes, if their elements can
+ *  be written. Arrays of char serve, too. A temporary std::span compiles, a temporary container
+ *  does not.
  */
 class MutableBytes {
  public:

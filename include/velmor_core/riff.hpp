@@ -1,8 +1,9 @@
-/** RIFF chunk trees as C++ types: see riff.h for the format, the order of edits, what a failed edit
- *  leaves behind, and how long handles live.
+/** RIFF chunk trees as C++ types: see riff.h for the format, the effect of each edit, what a failed
+ *  edit leaves behind, and how long handles live.
  *
- *  An Object owns an open file, buffer or cache. A Chunk is a handle into it, and ends as riff.h
- *  says: with its object, or when an edit deletes the chunk. Using one after that is undefined.
+ *  An Object owns an open file, buffer or cache. A Chunk is a handle to a chunk in it. The handle
+ *  ends as riff.h says: with its object, or when an edit deletes the chunk. Using it after that is
+ *  undefined.
  */
 #ifndef VELMOR_CORE_RIFF_HPP
 #define VELMOR_CORE_RIFF_HPP
@@ -107,12 +108,16 @@ consteval GroupId operator""_group(const char* text, std::size_t length) {
 #endif
 }  // namespace literals
 
-/** A chunk of an open object, or none: as cheap to copy as a pointer, which it is. It owns nothing.
- *  Without a chunk, all queries give 0, no chunk or an empty range, and all edits fail.
+/** A handle to a chunk of an open object, or an empty handle. It is one pointer, is copied as one,
+ *  and owns nothing. Of an empty one, all queries give 0, an empty handle or an empty range, and
+ *  all edits fail.
+ *
+ *  Operations that can fail have two forms, as velmor_core.hpp says; the forms with std::nothrow
+ *  come first and have the full text.
  */
 class Chunk {
  public:
-  /** No chunk. */
+  /** An empty handle. */
   constexpr Chunk() noexcept = default;
   /** The chunk of a handle of the C interface, which may be null. */
   constexpr explicit Chunk(velmor_core_riff_chunk_t* raw) noexcept : chunk(raw) {}
@@ -155,7 +160,9 @@ class Chunk {
     return Chunk(velmor_core_riff_chunk_get_child(chunk, index));
   }
 
-  /** The children of a group, in the order of the bytes; an empty range for a data chunk. */
+  /** The children of a group, in the order of the bytes; an empty range for a data chunk. The view
+   *  and its iterators are valid as long as this chunk.
+   */
   Children children() const noexcept;
   /** The children with an id, in the order of the bytes. */
   Matches findAll(Id wanted) const noexcept;
@@ -165,14 +172,15 @@ class Chunk {
   Chunk find(Id wanted) const noexcept;
   /** The first child group with this id and group id, or none. */
   Chunk find(Id wanted, GroupId wantedGroup) const noexcept;
-  /** The first chunk, in the order of the bytes, that a path from this group names, or none:
+  /** The first chunk, in the order of the bytes, that a path names, or none. The path starts with
+   *  the children of this group:
    *
    *    file.root().find("RIFF:WAVE/LIST:INFO/INAM")
    *
-   *  Each step is an id, or an id and a group id with a colon between; steps are separated by
-   *  slashes, and ids of fewer than four characters are padded with spaces. A group that fits is
-   *  left for the next one if the rest of the path leads nowhere in it. A text that is no such path
-   *  finds no chunk. Ids that hold a slash or colon are found by the other forms.
+   *  Steps are separated by slashes. A step is an id, or an id and a group id separated by a colon.
+   *  Ids of fewer than four characters are padded with spaces. Where several groups fit a step, all
+   *  of them are searched, in order. A malformed path finds nothing. Use the other forms for ids
+   *  that contain a slash or colon. Looks at each chunk at most once, and allocates nothing.
    */
   Chunk find(std::string_view path) const noexcept;
 
@@ -191,10 +199,10 @@ class Chunk {
   [[nodiscard]] bool write(Bytes bytes, uint32_t offset, const std::nothrow_t&) const noexcept {
     return writeStatus(bytes, offset) == VELMOR_CORE_SUCCESS;
   }
-  /** All data, as a std::vector, std::string or other container of single bytes that can be
-   *  resized. Empty if the data cannot be read. The container allocates, and may throw
-   *  std::bad_alloc, but only once the last byte has been read: a chunk that was cut short costs
-   *  nothing, whatever its size field claims.
+  /** All data, in a std::vector, std::string or other container of single bytes that can be
+   *  resized. Empty if there is no data chunk, or the data cannot be read. The container may throw
+   *  std::bad_alloc. It allocates only after the last byte was read as a test, so that a chunk that
+   *  was cut short allocates nothing, whatever its size field claims.
    */
   template <typename Container>
   [[nodiscard]] std::optional<Container> data(const std::nothrow_t&) const {
@@ -203,39 +211,41 @@ class Chunk {
     return bytes;
   }
 
-  /* --- Edits. False or no chunk on failure; riff.h says for each what it leaves behind --- */
+  /* --- Edits: false or an empty handle on failure. riff.h says what a failed edit leaves --- */
 
   /** Lengthens or cuts the data at their end; the bytes after the chunk move. New bytes are
-   *  uninitialised. Refused if a group would become larger than 2^32 - 1 bytes.
+   *  uninitialised. Fails without a change if an ancestor would become larger than its size field
+   *  can say, which is 2^32 - 1 bytes.
    */
   [[nodiscard]] bool resize(uint32_t size, const std::nothrow_t&) const noexcept {
     return hasRoomToResize(size) &&
            velmor_core_riff_chunk_set_data_size(chunk, size) == VELMOR_CORE_SUCCESS;
   }
-  /** Adds a data chunk to this group: in free space where it fits, else after the last child.
-   *  Bytes(nullptr, size) leaves its data uninitialised. Refused if this group or an ancestor would
-   *  become larger than 2^32 - 1 bytes, even where free space would take the chunk.
+  /** Adds a data chunk to this group: in free space where it fits, else after the last child. Fails
+   *  without a change if there are more than 2^32 - 1 bytes, or if this group or an ancestor would
+   *  become larger than that. Free space is not counted: near that limit, a chunk is refused even
+   *  if free space would take it.
    */
   [[nodiscard]] Chunk addData(Id newId, Bytes bytes, const std::nothrow_t&) const noexcept {
     if (bytes.size() > MAX_SIZE || !hasRoom(totalSizeOf(bytes.size()))) return Chunk();
     return Chunk(velmor_core_riff_chunk_add_data_chunk(chunk, newId.value(), bytes.data(),
                                                        static_cast<uint32_t>(bytes.size())));
   }
-  /** Appends an empty group to this group. Refused as addData(). */
+  /** Appends an empty group to this group. The limit is that of addData(). */
   [[nodiscard]] Chunk addGroup(Id newId, GroupId newGroupId, const std::nothrow_t&) const noexcept {
     if (!hasRoom(EMPTY_GROUP_SIZE)) return Chunk();
     return Chunk(velmor_core_riff_chunk_add_group_chunk(chunk, newId.value(), newGroupId.value()));
   }
-  /** Appends a copy of a chunk of this or another object, with everything in it. Refused as
-   *  addData().
+  /** Appends a copy of a chunk of this or another object, with everything in it. The limit is that
+   *  of addData().
    */
   [[nodiscard]] Chunk addCopy(Chunk source, const std::nothrow_t&) const noexcept {
     if (!hasRoom(source.totalSize())) return Chunk();
     return Chunk(velmor_core_riff_chunk_add_chunk(chunk, source.chunk));
   }
-  /** Adds all chunks of a cache or buffer, together and in order, where addData() would; returns
-   * the first of them in this group. The cache stays as it is. Refused as addData(), and if the
-   * cache is empty.
+  /** Adds all chunks of a cache or buffer, together and in order, in free space or after the last
+   *  child. Returns the first of them in this group. The cache stays as it is. Fails also if the
+   *  cache is empty; the limit is that of addData().
    */
   [[nodiscard]] Chunk addCache(const Object& cache, const std::nothrow_t&) const noexcept;
   /** Removes the chunk and everything in it; the bytes after it move. Every handle into it ends. */
@@ -278,24 +288,21 @@ class Chunk {
   }
   /** Lengthens or cuts the data at their end; throws Error on failure. */
   void resize(uint32_t size) const {
-    if (!hasRoomToResize(size)) fail(TOO_LARGE, VELMOR_CORE_FAILURE);
+    if (!hasRoomToResize(size)) fail(TOO_LARGE);
     const int32_t status = velmor_core_riff_chunk_set_data_size(chunk, size);
     if (status != VELMOR_CORE_SUCCESS) fail("the chunk cannot be resized", status);
   }
   /** Adds a data chunk to this group; throws Error on failure. */
   Chunk addData(Id newId, Bytes bytes) const {
-    requireRoom(totalSizeOf(bytes.size()));
-    return added(addData(newId, bytes, std::nothrow));
+    return added(addData(newId, bytes, std::nothrow), totalSizeOf(bytes.size()));
   }
   /** Appends an empty group to this group; throws Error on failure. */
   Chunk addGroup(Id newId, GroupId newGroupId) const {
-    requireRoom(EMPTY_GROUP_SIZE);
-    return added(addGroup(newId, newGroupId, std::nothrow));
+    return added(addGroup(newId, newGroupId, std::nothrow), EMPTY_GROUP_SIZE);
   }
   /** Appends a copy of a chunk with everything in it; throws Error on failure. */
   Chunk addCopy(Chunk source) const {
-    requireRoom(source.totalSize());
-    return added(addCopy(source, std::nothrow));
+    return added(addCopy(source, std::nothrow), source.totalSize());
   }
   /** Adds all chunks of a cache or buffer; throws Error on failure, and if there are none. */
   Chunk addCache(const Object& cache) const;
@@ -340,11 +347,13 @@ class Chunk {
     return velmor_core_riff_chunk_get_data(chunk, std::data(bytes), size, 0);
   }
 
-  // Whether this group and all its ancestors have a size field for `growth` more bytes. The C
-  // functions let a field wrap, which would lose the chunks of a file. One step for each ancestor.
+  // Whether the size fields of this group and all its ancestors can count `growth` more bytes. The
+  // C functions let them wrap, which makes the file unreadable. The virtual root has no such field.
   bool hasRoom(uint64_t growth) const noexcept {
-    for (Chunk group = *this; group.parent(); group = group.parent()) {
+    Chunk group = *this;
+    for (Chunk above = parent(); above; above = above.parent()) {
       if (growth > MAX_SIZE || evenSize(group.dataSize()) + growth > MAX_SIZE) return false;
+      group = above;
     }
     return true;
   }
@@ -358,7 +367,7 @@ class Chunk {
   static constexpr const char* PAST_END = "the range ends past the end of the chunk's data";
   static constexpr const char* TOO_LARGE = "a group would become larger than 4 GiB";
 
-  [[noreturn]] static void fail(const char* what, int32_t status) {
+  [[noreturn]] static void fail(const char* what, int32_t status = VELMOR_CORE_FAILURE) {
     detail::fail(
         status == VELMOR_CORE_BAD_HANDLE ? "there is no chunk, or it is of another kind" : what,
         status);
@@ -366,12 +375,12 @@ class Chunk {
   bool isInside(uint64_t size, uint32_t offset) const noexcept {
     return size <= dataSize() && offset <= dataSize() - size;
   }
-  void requireRoom(uint64_t growth) const {
-    if (!hasRoom(growth)) fail(TOO_LARGE, VELMOR_CORE_FAILURE);
-  }
-  Chunk added(Chunk result) const {
-    if (!result)
-      fail("the chunk cannot be added", chunk ? VELMOR_CORE_FAILURE : VELMOR_CORE_BAD_HANDLE);
+  // What adding `growth` bytes gave; throws the reason if it is no chunk.
+  Chunk added(Chunk result, uint64_t growth) const {
+    if (!result) {
+      fail(hasRoom(growth) ? "the chunk cannot be added" : TOO_LARGE,
+           chunk ? VELMOR_CORE_FAILURE : VELMOR_CORE_BAD_HANDLE);
+    }
     return result;
   }
 #endif
@@ -393,9 +402,9 @@ struct ChunkFilter {
 
 }  // namespace detail
 
-/** A forward iterator over chunks side by side that gives them by value. A step is one C call, or
- *  one for each chunk that findAll() passes over. It ends when its chunk does: keep the next one
- *  before you remove or recycle a chunk.
+/** A forward iterator over the chunks of a group that gives them by value. A step takes constant
+ *  time; one of findAll() takes time linear in the chunks that it passes over. An iterator is valid
+ *  as long as the chunk that it stands on: step on before you remove or recycle that chunk.
  */
 class ChunkIterator {
  public:
@@ -461,9 +470,9 @@ class ChunkIterator {
   detail::ChunkFilter filter;
 };
 
-/** The children of a group as a borrowed view: it holds the group's handle, so that it may be
- *  copied, outlived by its iterators, and used after edits that leave the group alive. For a range
- *  `for`, the algorithms of the standard library and std::ranges.
+/** The children of a group, as a view for a range `for`, the algorithms of the standard library and
+ *  std::ranges. It holds the handle of the group and nothing else: it is cheap to copy, its
+ *  iterators may outlive it, and each pass sees the children that the group has then.
  */
 class Children {
  public:
@@ -485,8 +494,8 @@ class Children {
   Chunk group;
 };
 
-/** The children of a group that findAll() finds, as a borrowed view like Children. Nothing is kept:
- *  each pass looks through the children again.
+/** The children of a group that findAll() finds, as a view like Children. Nothing is cached: each
+ *  pass looks through the children again.
  */
 class Matches {
  public:
@@ -563,21 +572,22 @@ inline Chunk Chunk::find(std::string_view path) const noexcept {
 enum class Mode : int32_t {
   ReadOnly = VELMOR_CORE_RIFF_READ_ONLY,    ///< An existing file, for reading.
   ReadWrite = VELMOR_CORE_RIFF_READ_WRITE,  ///< An existing file, for reading and writing.
-  Create = VELMOR_CORE_RIFF_CREATE  ///< For both; creates the file or empties an existing one.
+  /** For reading and writing; creates the file or empties an existing one. */
+  Create = VELMOR_CORE_RIFF_CREATE
 };
 
-/** An open object, or none, closed when this is destroyed. It moves and is not copied; its chunks
- *  stay valid when it moves. Without an object, queries give 0 or no chunk.
+/** Owns an open object, or is empty; closes the object when it is destroyed. It can be moved, not
+ *  copied, and chunks stay valid when it is moved. An empty one gives 0 and empty chunks.
  */
 class Object {
  public:
-  /** None. */
+  /** An empty one. */
   Object() noexcept = default;
-  /** Takes over an object of the C interface; null for none. */
+  /** Takes ownership of an object of the C interface, which may be null. */
   explicit Object(velmor_core_riff_object_t* raw) noexcept : object(raw) {}
-  /** Takes over what another one holds; that one holds none afterwards. */
+  /** Takes ownership from another one, which is empty afterwards. */
   Object(Object&& other) noexcept : object(other.release()) {}
-  /** The same; closes what was open here. */
+  /** Closes the object that this owns, then takes ownership from another one. */
   Object& operator=(Object&& other) noexcept {
     if (this != &other) {
       close();
@@ -587,11 +597,12 @@ class Object {
   }
   Object(const Object&) = delete;
   Object& operator=(const Object&) = delete;
-  /** Closes it. */
+  /** Closes the object. */
   ~Object() { close(); }
 
-  /** Opens a file; the path is in the encoding of the file system. None if it does not open, cannot
-   *  be read, or its bytes are no chunks.
+  /** Opens a file; its path is passed on without conversion. Empty if the path is null, the file
+   *  does not open or cannot be read, its bytes are not RIFF chunks, or memory is exhausted. The
+   *  time is linear in the number of chunks; their data are not read.
    */
   [[nodiscard]] static Object openFile(const char* path, Mode mode,
                                        const std::nothrow_t&) noexcept {
@@ -599,14 +610,16 @@ class Object {
     velmor_core_riff_open_file(path, static_cast<int32_t>(mode), &result.object);
     return result;
   }
-  /** The same for a std::string or std::filesystem::path; no file has a path with a NUL in it. */
+  /** The same for a std::string or std::filesystem::path. Empty also for a path with a NUL in it.
+   */
   [[nodiscard]] static Object openFile(const std::string& path, Mode mode,
                                        const std::nothrow_t&) noexcept {
     if (path.find('\0') != std::string::npos) return Object();
     return openFile(path.c_str(), mode, std::nothrow);
   }
-  /** Opens bytes in memory for reading. They have to live, unchanged, as long as the object, so
-   *  that a temporary container does not compile. None if the bytes are no chunks.
+  /** Opens bytes in memory for reading. They are not copied, and have to live, unchanged, as long
+   *  as the object; a temporary container does not compile. Takes the ranges that Bytes takes, but
+   *  no text. Empty if the bytes are not RIFF chunks, or memory is exhausted.
    */
   template <typename Range, std::enable_if_t<detail::IsBuffer<Range>::value, int> = 0>
   [[nodiscard]] static Object openBuffer(Range&& range, const std::nothrow_t&) noexcept {
@@ -615,9 +628,10 @@ class Object {
     velmor_core_riff_open_buffer_ro(bytes.data(), bytes.size(), &result.object);
     return result;
   }
-  /** Opens bytes in memory for editing: the first `size` bytes of the range hold chunks, all of it
-   *  is room. The range has to live, at its place, as long as the object. None if `size` is larger
-   *  than the range, or the bytes are no chunks.
+  /** Opens bytes in memory for editing. The first `size` bytes of the range hold chunks, and edits
+   *  may use all of it. It has to live, in its place, as long as the object: a std::vector must not
+   *  grow meanwhile. Empty if `size` is larger than the range, its first bytes are not RIFF chunks,
+   *  or memory is exhausted.
    */
   [[nodiscard]] static Object openBuffer(MutableBytes bytes, uint64_t size,
                                          const std::nothrow_t&) noexcept {
@@ -627,8 +641,8 @@ class Object {
     }
     return result;
   }
-  /** Opens an empty cache with room for `capacity` bytes, which grows as chunks are added. None if
-   *  memory is exhausted.
+  /** Opens an empty cache with room for `capacity` bytes, which grows as chunks are added. Empty
+   *  handle if memory is exhausted.
    */
   [[nodiscard]] static Object openCache(uint64_t capacity, const std::nothrow_t&) noexcept {
     Object result;
@@ -660,34 +674,38 @@ class Object {
   }
 #endif
 
-  /** Closes the object now, and all its chunks end; none is left. Does nothing if there is none. */
+  /** Closes the object now; this is empty afterwards, and all handles to its chunks end. Does
+   *  nothing if this is empty.
+   */
   void close() noexcept { velmor_core_riff_close(release()); }
-  /** Hands the object over, to be closed with velmor_core_riff_close(). */
+  /** Gives up ownership: the caller closes the object with velmor_core_riff_close(). */
   [[nodiscard]] velmor_core_riff_object_t* release() noexcept {
     return std::exchange(object, nullptr);
   }
   /** Whether there is an object. */
   explicit operator bool() const noexcept { return object != nullptr; }
-  /** The handle for the C interface, still to be closed by this; null if there is none. */
+  /** The handle for the C interface; null if this is empty. Ownership stays here. */
   velmor_core_riff_object_t* handle() const noexcept { return object; }
 
-  /** The virtual root: the group of the top-level chunks. It ends with the object. */
+  /** The virtual root: the group of the top-level chunks. Valid as long as the object is open. */
   Chunk root() const& noexcept {
     return Chunk(object ? velmor_core_riff_object_get_virtual_root_chunk(object) : nullptr);
   }
-  /** The first top-level chunk, or none. It ends with the object. */
+  /** The first top-level chunk, or none. Valid until it is removed or the object is closed. */
   Chunk first() const& noexcept {
     return Chunk(object ? velmor_core_riff_object_get_root_chunk(object) : nullptr);
   }
   Chunk root() const&& = delete;   ///< The chunk would end with the temporary object.
   Chunk first() const&& = delete;  ///< The chunk would end with the temporary object.
-  /** The bytes that it holds. */
+  /** The size of the object in bytes; 2^64 - 1 for a file that cannot seek. */
   uint64_t size() const noexcept { return object ? velmor_core_riff_cache_get_size(object) : 0; }
-  /** The bytes that its memory has room for; 0 for a file. */
+  /** The bytes that its memory has room for; 0 for a file and for a buffer opened for reading. */
   uint64_t capacity() const noexcept {
     return object ? velmor_core_riff_cache_get_capacity(object) : 0;
   }
-  /** Empties a cache; all its chunks but the virtual root end. */
+  /** Removes all chunks of a cache and keeps its capacity; only the handle of the virtual root
+   *  stays valid.
+   */
   void clear() const noexcept {
     if (object) velmor_core_riff_cache_clear(object);
   }
@@ -713,9 +731,8 @@ inline Chunk Chunk::addCache(const Object& cache, const std::nothrow_t&) const n
 
 #ifdef __cpp_exceptions
 inline Chunk Chunk::addCache(const Object& cache) const {
-  if (cache.size() == 0) fail("the cache holds no chunks", VELMOR_CORE_FAILURE);
-  requireRoom(evenSize(cache.size()));
-  return added(addCache(cache, std::nothrow));
+  if (cache.size() == 0) fail("the cache holds no chunks");
+  return added(addCache(cache, std::nothrow), evenSize(cache.size()));
 }
 #endif
 

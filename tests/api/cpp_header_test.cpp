@@ -22,12 +22,12 @@ static_assert(sizeof(Object) == sizeof(void*) && !std::is_copy_constructible_v<O
 static_assert("data"_id.value() == VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a'));
 static_assert("IN"_id == "IN  "_id && "IN"_id != "INAM"_id);
 
-// What must not compile: COMPILES(EXPRESSION) over `x`, a value of the type that is named.
+// What must not compile. COMPILES defines name<X>: whether the expression compiles for a type X.
 #define COMPILES(name, expression)       \
   template <typename X, typename = void> \
   struct name : std::false_type {};      \
   template <typename X>                  \
-  struct name<X, std::void_t<decltype(std::declval<X>(), expression)>> : std::true_type {}
+  struct name<X, std::void_t<decltype(expression)>> : std::true_type {}
 COMPILES(GivesRoot, std::declval<X>().root());
 COMPILES(GivesFirst, std::declval<X>().first());
 COMPILES(Opens, Object::openBuffer(std::declval<X>(), std::nothrow));
@@ -118,9 +118,11 @@ TEST(CppHeader, ChunksAreFoundByIdAndPathAndWalkedAsRange) {
 TEST(CppHeader, EmptyHandlesGiveNothing) {
   Object object = Object::openCache();
   object.root().addData("data"_id, "abc");
-  const Object moved = std::move(object);
+  Object moved;
+  moved = std::move(object);
+  EXPECT_EQ(moved.size(), 12u);
   const Chunk none;
-  // NOLINTNEXTLINE(bugprone-use-after-move): that is what is tested
+  // NOLINTBEGIN(bugprone-use-after-move,clang-analyzer-cplusplus.Move): that is what is tested
   EXPECT_FALSE(object || object.root() || object.first() || none.next() || none.parent());
   EXPECT_EQ(object.size() + object.capacity() + none.totalSize() + none.childCount(), 0u);
   EXPECT_EQ(none.id().value() + none.groupId().value() + none.dataSize(), 0u);
@@ -128,6 +130,7 @@ TEST(CppHeader, EmptyHandlesGiveNothing) {
   object.clear();
   EXPECT_FALSE(none.addData("data"_id, "abc", std::nothrow) ||
                moved.root().addCache(object, std::nothrow) || none.remove(std::nothrow));
+  // NOLINTEND(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
   Object closed = Object::openCache();
   closed.close();
   EXPECT_FALSE(closed.root());
@@ -142,7 +145,7 @@ TEST(CppHeader, BuffersOfAnyKindAreOpened) {
   EXPECT_EQ(editable.capacity(), 40u);
   editable.root().addData("more"_id, "x");
   EXPECT_EQ(bytes.substr(12, 4), "more");
-  EXPECT_FALSE(Object::openBuffer(bytes, 41, std::nothrow));
+  EXPECT_FALSE(Object::openBuffer(MutableBytes(bytes.data(), 11), 12, std::nothrow));
 }
 
 // Runs a call that has to fail; returns the status and text of its error.
@@ -159,20 +162,24 @@ std::string errorOf(Call call) {
 TEST(CppHeader, FailuresThrowStatusAndReasonOrNothing) {
   EXPECT_EQ(errorOf([] { (void)Object::openFile("/nonexistent"); }),
             "-1 the file cannot be read as RIFF chunks");
-  EXPECT_FALSE(Object::openFile(std::string("/nonexistent"), Mode::ReadOnly, std::nothrow));
+  EXPECT_FALSE(Object::openFile(std::string("/dev/null\0x", 11), Mode::ReadOnly, std::nothrow));
   const string_view cut("data\xff\xff\xff\xffxyz", 11);
   const Object object = Object::openBuffer(cut);
   const Chunk data = object.first();
   char buffer[2];
   EXPECT_EQ(errorOf([&] { (void)data.data<std::string>(); }),
             "-1 the data of the chunk cannot be read");
-  EXPECT_EQ(data.data<std::string>(std::nothrow), std::nullopt);
+  struct NeverResized : std::string {
+    static void resize(std::size_t) { FAIL(); }
+  };
+  EXPECT_FALSE(data.data<NeverResized>(std::nothrow));
   EXPECT_EQ(errorOf([&] { (void)object.root().data<std::string>(); }),
             "-200 there is no chunk, or it is of another kind");
   EXPECT_EQ(errorOf([&] { data.read(buffer, 0xfffffffe); }),
             "-1 the range ends past the end of the chunk's data");
   EXPECT_EQ(errorOf([&] { data.write(cut); }), "-1 the data of the chunk cannot be written");
   EXPECT_EQ(errorOf([&] { object.root().addData("x"_id, cut); }), "-1 the chunk cannot be added");
+  EXPECT_EQ(errorOf([&] { object.root().addCache(Object()); }), "-1 the cache holds no chunks");
   EXPECT_EQ(errorOf([&] { object.root().recycle(); }), "-1 the chunk cannot be recycled");
   EXPECT_EQ(errorOf([&] { object.root().remove(); }), "-1 the chunk cannot be removed");
   EXPECT_EQ(errorOf([] { Chunk().resize(1); }), "-200 there is no chunk, or it is of another kind");
@@ -184,20 +191,25 @@ TEST(CppHeader, GroupsDoNotGrowPast4GiB) {
   const std::string path = testing::TempDir() + "cpp_header_" + std::to_string(getpid());
   const Object file = Object::openFile(path, Mode::Create);
   const Chunk riff = file.root().addGroup("RIFF"_id, "test"_group);
-  const Chunk large = riff.addData("data"_id, Bytes(nullptr, 0xffffffe0));  // leaves 19 bytes
+  const Chunk list = riff.addGroup("LIST"_id, "grp"_group);
+  const Chunk large = riff.addData("data"_id, "");
+  large.resize(0xffffffd4);  // leaves 19 bytes
   EXPECT_EQ(std::remove(path.c_str()), 0);
   const Object cache = Object::openCache();
   cache.root().addData("more"_id, "12345678901");
   const std::string refused = "-1 a group would become larger than 4 GiB";
-  EXPECT_EQ(errorOf([&] { riff.addData("more"_id, "12345678901"); }), refused);
+  EXPECT_EQ(errorOf([&] { list.addData("more"_id, "12345678901"); }), refused);
   EXPECT_EQ(errorOf([&] { riff.addCopy(cache.first()); }), refused);
   EXPECT_EQ(errorOf([&] { riff.addCache(cache); }), refused);
-  EXPECT_EQ(errorOf([&] { large.resize(0xfffffff5); }), refused);
-  EXPECT_FALSE(riff.addData("more"_id, "12345678901", std::nothrow));
+  EXPECT_EQ(errorOf([&] { large.resize(0xffffffe9); }), refused);
+  EXPECT_FALSE(riff.addData("more"_id, "12345678901", std::nothrow) ||
+               riff.addCopy(cache.first(), std::nothrow) || riff.addCache(cache, std::nothrow) ||
+               large.resize(0xffffffe9, std::nothrow));
   EXPECT_EQ(riff.dataSize(), 0xffffffecu);
   riff.addData("more"_id, "1234567890");
   EXPECT_EQ(riff.dataSize(), 0xfffffffeu);
   EXPECT_EQ(errorOf([&] { riff.addGroup("LIST"_id, "grp"_group); }), refused);
+  EXPECT_FALSE(riff.addGroup("LIST"_id, "grp"_group, std::nothrow));
 }
 
 TEST(CppHeader, ValuesOfTheOtherFamilies) {

@@ -42,7 +42,8 @@ strict='-Wall -Wextra -Wpedantic -Wconversion -Werror'
 # shellcheck disable=SC2086
 "$cc" -std=c99 $strict "$source/tests/product/consumer/consumer.c" $flags -o "$work/c"
 # shellcheck disable=SC2086
-"$cxx" -std=c++17 -fno-exceptions $strict "$source/tests/product/consumer/consumer.cpp" $flags -o "$work/cpp"
+"$cxx" -std=c++17 -fno-exceptions $strict "$source/tests/product/consumer/consumer.cpp" \
+  $flags -o "$work/cpp"
 LD_LIBRARY_PATH=$libdir expect "$work/c"
 LD_LIBRARY_PATH=$libdir expect "$work/cpp"
 

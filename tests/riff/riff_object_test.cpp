@@ -2,6 +2,7 @@
 // messages of what they refuse.
 
 #include <array>
+#include <cstddef>
 
 #include "riff/cache_object.h"
 #include "riff/file_object.h"
@@ -23,12 +24,12 @@ std::string failure(const std::function<void()>& operation) {
 }
 
 std::string readFailure(RIFF::Object& object, uint64_t offset, uint64_t length) {
-  std::array<char, 64> out;
+  std::array<std::byte, 64> out;
   return failure([&] { object.read(offset, out.data(), length); });
 }
 
 std::string writeFailure(RIFF::Object& object, uint64_t offset, uint64_t length) {
-  const std::array<char, 64> in = {};
+  const std::array<std::byte, 64> in = {};
   return failure([&] { object.write(offset, in.data(), length); });
 }
 
@@ -82,7 +83,7 @@ TEST(CacheObjectTest, RefusesWhatNoMemoryHolds) {
 TEST(CacheObjectTest, KeepsTheWholeOldBufferAndClearsTheNew) {
   std::make_unique<std::string>(8000, 'x').reset();  // leaves memory that is not clear
   CacheObject cache(2000);
-  cache.write(1996, "abcd", 4);
+  cache.write(1996, reinterpret_cast<const std::byte*>("abcd"), 4);
   cache.resize(2);
   cache.resize(2001);
   const auto* bytes = reinterpret_cast<const char*>(cache.getBuffer());

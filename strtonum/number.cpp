@@ -1,7 +1,7 @@
-// Reads number texts by hand. The scanner's patterns accept the same texts; they tell it where a
-// number ends before it asks here what the number is worth.
+// Reads numbers by hand, since sscanf and strtod follow the locale and take longer. Accepts the
+// texts that the scanner's number patterns match, and no others.
 
-#include "strtonum/number_text.h"
+#include "strtonum/number.h"
 
 #include <array>
 #include <charconv>
@@ -24,7 +24,8 @@ const char* skipDigits(const char* text, const char* end) {
   return text;
 }
 
-// Reads digits, possibly none, and leaves text behind them.
+// Reads a run of digits, which may be empty, and moves text past it. Returns 2^64 - 1 for larger
+// values.
 uint64_t readDigits(const char*& text, const char* end) {
   constexpr uint64_t LARGEST = std::numeric_limits<uint64_t>::max();
   uint64_t value = 0;
@@ -69,7 +70,7 @@ double prefixFactor(char letter) {
   }
 }
 
-// How far the multiplier of a binary prefix shifts, 0 for any other letter.
+// The binary logarithm of a binary prefix, 0 for any other character.
 int binaryShift(char letter) {
   switch (letter) {
     case 'K':
@@ -85,8 +86,9 @@ int binaryShift(char letter) {
   }
 }
 
-// The value of "digits[.digits][e[sign]digits]" where it leaves the range of a double. The first
-// digit that counts decides: left of the point the text is too large, right of it too small.
+// The value of "digits[.digits][e[sign]digits]" when it is out of the range of a double: infinity
+// or 0. The first nonzero digit decides, with the exponent applied: before the point the number is
+// too large, after the point too small.
 double outOfRange(const char* text, const char* end) {
   const char* point = skipDigits(text, end);
   int64_t exponent = point - text;
@@ -98,7 +100,7 @@ double outOfRange(const char* text, const char* end) {
   if (mark != end) {
     const bool negative = mark[1] == '-';
     const char* digits = mark + (negative || mark[1] == '+' ? 2 : 1);
-    // More than the length of any text, and far from an overflow of the sum.
+    // Larger than the length of any text, and small enough that the sum cannot overflow.
     constexpr uint64_t LIMIT = uint64_t{1} << 62;
     const uint64_t written = readDigits(digits, end);
     const auto shift = static_cast<int64_t>(written < LIMIT ? written : LIMIT);
@@ -117,13 +119,13 @@ double toDouble(const char* text, const char* end) {
 Number integer(const char* end, uint64_t value) { return {end, true, value, 0.0}; }
 Number real(const char* end, double value) { return {end, false, 0, value}; }
 
-// "4Ki": exact while the product fits, in double precision beyond.
+// "4Ki": an exact integer if the product fits, else a double.
 Number withBinaryPrefix(const char* end, uint64_t value, int shift) {
   const double product = static_cast<double>(value) * static_cast<double>(uint64_t{1} << shift);
   return product < TWO_TO_64 ? integer(end, value << shift) : real(end, product);
 }
 
-// pow(10, exponent). The first powers are doubles, which pow would not give faster.
+// pow(10, exponent). The powers up to 10^22 are exact doubles; the table saves the call.
 double powerOfTen(std::ptrdiff_t exponent) {
   static constexpr std::array<double, 23> EXACT = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                    1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
@@ -132,7 +134,8 @@ double powerOfTen(std::ptrdiff_t exponent) {
   return index < EXACT.size() ? EXACT[index] : std::pow(10.0, static_cast<double>(exponent));
 }
 
-// "4k7" and "4da7": the digits behind the prefix are the decimal fraction of the number in front.
+// "4k7" and "4da7": the digits after the prefix are the decimal fraction of the number before it.
+// The fraction is added first, then the sum is multiplied: the order decides the rounding.
 Number withPrefixAsPoint(uint64_t whole, const char* fraction, const char* end, double factor) {
   const char* last = fraction;
   const uint64_t digits = readDigits(last, end);
@@ -143,7 +146,7 @@ Number withPrefixAsPoint(uint64_t whole, const char* fraction, const char* end, 
   return real(last, value * factor);
 }
 
-// Behind the 'e' at mark: where the exponent ends, or mark if there are no digits.
+// Returns the end of the exponent whose 'e' is at mark, or mark if no digits follow.
 const char* skipExponent(const char* mark, const char* end) {
   const char* digits = mark + 1;
   if (digits != end && (*digits == '+' || *digits == '-')) ++digits;
@@ -151,7 +154,7 @@ const char* skipExponent(const char* mark, const char* end) {
   return last == digits ? mark : last;
 }
 
-// "1.", "1.5", "1.5e-3", "1.5k", "4.5da". An exponent or prefix needs a digit behind the point.
+// "1.", "1.5", "1.5e-3", "1.5k", "4.5da". An exponent or prefix needs a digit after the point.
 Number readDecimal(const char* text, const char* point, const char* end) {
   const char* last = skipDigits(point + 1, end);
   if (last == end || last == point + 1) return real(last, toDouble(text, last));
@@ -194,7 +197,7 @@ std::optional<double> evaluateLoneNumber(std::string_view text) noexcept {
   if (first == end) return std::nullopt;
   const char sign = *first;
   if (sign == '+' || sign == '-') {
-    // A line end would leave the sign without a number.
+    // Only blanks: after a line end, the sign would stand without a number.
     do ++first;
     while (first != end && isBlank(*first));
   }

@@ -1,0 +1,43 @@
+// Reads one number: digits with a decimal fraction and exponent, with an SI or binary prefix, or
+// with a prefix letter in place of the decimal point.
+//
+//   12   4Ki   1.   1.5   1e3   1.5e-3   1.5k   4.5da   4k   4k7   4da7
+//
+// A number has no sign. A digit string is an unsigned 64-bit integer; larger ones count as
+// 2^64 - 1. Decimal fractions and exponents give the nearest double, which may be 0 or infinity.
+// The decimal point is '.' under every locale.
+
+#ifndef STRTONUM_NUMBER_H
+#define STRTONUM_NUMBER_H
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace StrToNum {
+
+// A number that was read. Digits alone are an integer, and so are digits with a binary prefix when
+// the product is below 2^64. Everything else is a double.
+struct Number {
+  const char* end;  // directly after the number's last character
+  bool isInteger;
+  uint64_t integer;  // if isInteger
+  double real;       // if not
+};
+
+// Reads the longest number that begins at text. text must be before end and point to a digit.
+Number readNumber(const char* text, const char* end);
+
+// An integer's value in a calculation: its 64 bits taken as signed. Integers from 2^63 on become
+// negative. The conversion to an unsigned integer maps them back.
+inline double constantValue(uint64_t integer) {
+  return static_cast<double>(static_cast<int64_t>(integer));
+}
+
+// Evaluates a text that is one number, with or without a sign, surrounded by any blanks and empty
+// lines. Gives the value that the parser and its tree would give; nothing for every other text.
+std::optional<double> evaluateLoneNumber(std::string_view text) noexcept;
+
+}  // namespace StrToNum
+
+#endif
