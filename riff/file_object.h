@@ -44,13 +44,16 @@ class FileObject final : public Object {
   void read(uint64_t offset, std::byte* destination, uint64_t length) override;
   void write(uint64_t offset, const std::byte* source, uint64_t length) override;
   // In pieces of 64 KiB, starting at the end from which each piece is read before it is
-  // overwritten.
+  // overwritten. A move towards the end of the file reserves its room first. If there is none, no
+  // byte moves, and an object that ends where the move would end is cut where the source ends:
+  // growing and moving fail together.
   void move(uint64_t source, uint64_t destination, uint64_t length) override;
   // Closes the file.
   ~FileObject() override = default;
 
  private:
   void seek(uint64_t offset) const;
+  void reserveUp(uint64_t source, uint64_t destination, uint64_t length);
 
   int32_t mode;   // as given at open
   Descriptor fd;  // 32 bits; owns the file from the moment it is open

@@ -92,6 +92,10 @@ bool editWithFault(const Scenario& scenario, const std::string& tree, Kind kind,
     EXPECT_EQ(velmor_core_riff_cache_get_size(store.object()), before.size());
     EXPECT_EQ(picture, tree);
   }
+  if (!done && call == Call::FALLOCATE) {
+    EXPECT_EQ(store.content(), before);
+    EXPECT_EQ(picture, tree);
+  }
   // Memory is taken before the first change of the tree, and of bytes if no chunk comes with
   // others.
   if (POOLED && !done && (call == Call::NEW || call == Call::REALLOC)) {

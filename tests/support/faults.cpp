@@ -84,6 +84,14 @@ int ftruncate(int fd, off_t length) noexcept {
   return fails(Call::FTRUNCATE) ? -1 : real<int(int, off_t)>("ftruncate")(fd, length);
 }
 
+int fallocate(int fd, int mode, off_t offset, off_t length) {
+  if (!fails(Call::FALLOCATE)) {
+    return real<int(int, int, off_t, off_t)>("fallocate")(fd, mode, offset, length);
+  }
+  errno = ENOSPC;
+  return -1;
+}
+
 int close(int fd) {
   record('c', fd, 0);
   return real<int(int)>("close")(fd);

@@ -13,9 +13,22 @@
 
 namespace faults {
 
-enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM, SYSCONF, SYSINFO };
-constexpr Call ALL_CALLS[] = {Call::NEW,  Call::REALLOC, Call::OPEN,      Call::LSEEK,
-                              Call::READ, Call::WRITE,   Call::FTRUNCATE, Call::GETRANDOM};
+enum class Call {
+  NEW,
+  REALLOC,
+  OPEN,
+  LSEEK,
+  READ,
+  WRITE,
+  FTRUNCATE,
+  FALLOCATE,
+  GETRANDOM,
+  SYSCONF,
+  SYSINFO
+};
+constexpr Call ALL_CALLS[] = {Call::NEW,       Call::REALLOC,   Call::OPEN,
+                              Call::LSEEK,     Call::READ,      Call::WRITE,
+                              Call::FTRUNCATE, Call::FALLOCATE, Call::GETRANDOM};
 
 enum class How {
   FAIL_ONCE,
