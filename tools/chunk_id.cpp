@@ -19,7 +19,7 @@ std::string escaped(uint8_t byte) { return "\\x" + hexDigits(byte); }
 
 // Reads one character, or one \xHH, from the front of text.
 uint8_t takeByte(std::string_view& text) {
-  const char first = text.front();
+  const char first = text[0];
   if (first != '\\') {
     text.remove_prefix(1);
     return static_cast<uint8_t>(first);
@@ -60,9 +60,11 @@ std::string nameText(uint32_t id, uint32_t groupId) {
 uint32_t parseId(std::string_view text) {
   std::array<uint8_t, ID_SIZE> bytes{' ', ' ', ' ', ' '};
   std::size_t count = 0;
-  for (std::string_view rest = text; !rest.empty(); ++count) {
+  std::string_view rest = text;
+  while (count <= ID_SIZE && !rest.empty()) {
     const uint8_t byte = takeByte(rest);
     if (count < ID_SIZE) bytes[count] = byte;
+    ++count;
   }
   if (count == 0 || count > ID_SIZE) {
     throw UsageError("\"" + std::string(text) + "\" is no id: an id has one to four characters");
