@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <memory>
+#include <string>
 #include <vector>
 
 #include "errors.h"
@@ -80,17 +80,15 @@ class Copier {
   std::vector<char> block;
 };
 
-// The names of a file's extended attributes, each with its NUL; access control lists are among
-// them.
-std::string attributeNames(const File& file) {
-  std::string names;
-  ssize_t size = ::flistxattr(file.descriptor(), nullptr, 0);
-  if (size > 0) {
-    names.resize(static_cast<std::size_t>(size));
-    size = ::flistxattr(file.descriptor(), names.data(), names.size());
-  }
+// The names of a file's extended attributes. Access control lists are among them.
+std::vector<std::string> attributeNames(const File& file) {
+  std::vector<char> list(65536);  // the most that Linux gives
+  const ssize_t size = ::flistxattr(file.descriptor(), list.data(), list.size());
   if (size == -1 && errno != EOPNOTSUPP) throw Failure(file.name(), systemError());
-  names.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
+  std::vector<std::string> names;
+  for (const char* name = list.data(); name < list.data() + size; name += names.back().size() + 1) {
+    names.emplace_back(name);
+  }
   return names;
 }
 
@@ -108,6 +106,11 @@ void copyAttribute(const File& source, const File& copy, const std::string& name
   }
   if (isKeptBySystem(name)) return;
   throw Failure(copy.name(), "cannot keep the attribute " + name + ": " + systemError());
+}
+
+void removeAttribute(const File& file, const std::string& name) {
+  if (::fremovexattr(file.descriptor(), name.c_str()) == 0 || isKeptBySystem(name)) return;
+  throw Failure(file.name(), "cannot do without the attribute " + name + ": " + systemError());
 }
 
 void setMode(const File& file, mode_t mode) {
@@ -135,10 +138,12 @@ void copyOwner(const File& source, const File& copy) {
 }
 
 void copyAttributes(const File& source, const File& copy) {
-  const std::string names = attributeNames(source);
-  for (std::size_t at = 0; at < names.size(); at = names.find('\0', at) + 1) {
-    copyAttribute(source, copy, names.c_str() + at);
+  const std::vector<std::string> names = attributeNames(source);
+  for (const std::string& name : attributeNames(copy)) {
+    // The folder's default access control list, say, would let more people in than the original.
+    if (std::ranges::find(names, name) == names.end()) removeAttribute(copy, name);
   }
+  for (const std::string& name : names) copyAttribute(source, copy, name);
   setMode(copy, source.status().st_mode & ALL_BITS);
 }
 

@@ -56,8 +56,18 @@ Original::Purpose purposeOf(const Arguments& arguments) {
   return arguments.has(OUTPUT.name) ? Original::COPY : Original::EDIT;
 }
 
+// An edit may be meant to leave a file that other programs reject. Nobody should get one unawares.
+void warnOfDamage(const Opened& before, RawBytes after) {
+  const std::string& name = before.original().name();
+  if (before.damage()) return;
+  if (const auto damage = firstDamage(name, after)) {
+    complain(name + ": warning: after this edit, " + findingText(*damage));
+  }
+}
+
 void showResult(const Opened& opened, const Edit& edit) {
   opened.explain([&] { edit(virtualRoot(opened.object()))(); });
+  warnOfDamage(opened, RawBytes(opened.bytes()));
   printTree(opened.original().name() + ", as it would be", opened.object());
 }
 
@@ -70,16 +80,6 @@ std::unique_ptr<Target> openTarget(const Original& original, const std::string& 
     return writeOutput(original, *output, arguments.has(FORCE.name));
   }
   return replaceOriginal(original);
-}
-
-// An edit may well be meant to leave a file that other programs reject; but nobody should get one
-// unawares.
-void warnOfDamage(const Opened& before, const Target& target) {
-  if (before.damage()) return;
-  RawBytes after(target.file());
-  if (const auto damage = firstDamage(before.original().name(), after)) {
-    complain(before.original().name() + ": warning: after this edit, " + findingText(*damage));
-  }
 }
 
 void changeTarget(const Opened& opened, Target& target, const Edit& edit) {
@@ -97,7 +97,7 @@ void changeTarget(const Opened& opened, Target& target, const Edit& edit) {
     opened.explain(change);
   }
   object = Object();
-  warnOfDamage(opened, target);
+  warnOfDamage(opened, RawBytes(target.file()));
   target.finish();
 }
 
