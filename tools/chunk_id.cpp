@@ -37,6 +37,11 @@ uint8_t takeByte(std::string_view& text) {
 
 }  // namespace
 
+bool isPrintable(uint32_t id) {
+  return std::ranges::all_of(littleEndianBytes(id),
+                             [](uint8_t byte) { return byte >= ' ' && byte <= '~'; });
+}
+
 std::string idText(uint32_t id) {
   const std::array<uint8_t, ID_SIZE> bytes = littleEndianBytes(id);
   std::size_t length = ID_SIZE;

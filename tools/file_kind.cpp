@@ -72,7 +72,7 @@ std::string_view kindOf(std::string_view bytes) {
 
 }  // namespace
 
-std::optional<std::string> foreignKind(const RawBytes& bytes) {
+std::optional<std::string> foreignKind(RawBytes& bytes) {
   std::array<char, LONGEST_LOOK> start{};
   const uint64_t count = std::min<uint64_t>(start.size(), bytes.size());
   bytes.copy(start.data(), count, 0);
@@ -90,7 +90,7 @@ std::optional<std::string> foreignKind(const RawBytes& bytes) {
   return text + "its first bytes are of no kind that is known here";
 }
 
-void requireRiff(const std::string& name, const RawBytes& bytes) {
+void requireRiff(const std::string& name, RawBytes& bytes) {
   if (const auto kind = foreignKind(bytes)) throw Failure(name, *kind);
 }
 

@@ -11,11 +11,11 @@ namespace tool {
 
 // Nothing for a RIFF file, whose first chunk is a RIFF. For any other, "not a RIFF file" and what
 // it looks like: "not a RIFF file: it looks like PNG".
-std::optional<std::string> foreignKind(const RawBytes& bytes);
+std::optional<std::string> foreignKind(RawBytes& bytes);
 
 // Throws Failure with that text unless the bytes are a RIFF file's. The commands that read or
 // change chunks call this before anything else.
-void requireRiff(const std::string& name, const RawBytes& bytes);
+void requireRiff(const std::string& name, RawBytes& bytes);
 
 }  // namespace tool
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "chunk_id.h"
 #include "file.h"
@@ -29,10 +30,24 @@ struct RawChunk {
 // for which a window of a few KiB is kept: a header that lies near the last one costs no call.
 class RawBytes {
  public:
-  explicit RawBytes(const File& file) : file(&file), length(file.size()) {}
-  explicit RawBytes(std::span<const char> memory) : memory(memory), length(memory.size()) {}
+  explicit RawBytes(const File& file) : file(&file), stored(file.size()), length(stored) {}
+  explicit RawBytes(std::span<const char> memory)
+      : memory(memory), stored(memory.size()), length(stored) {}
 
   uint64_t size() const { return length; }
+
+  // From now on, shows the bytes as they will be with other size fields (sorted by offset) and
+  // another end. What is added at the end is 0.
+  struct Patch {
+    uint64_t offset;  // of the chunk's header
+    uint32_t dataSize;
+  };
+  void patch(std::vector<Patch> sizes, uint64_t end) {
+    patches = std::move(sizes);
+    length = end;
+    windowSize = 0;
+  }
+
   // The chunk whose header stands at an offset. What lies past the end of the file reads as 0.
   RawChunk chunkAt(uint64_t offset);
   uint8_t byteAt(uint64_t offset);
@@ -40,7 +55,7 @@ class RawBytes {
   void copy(void* to, uint64_t count, uint64_t offset) const;
   // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
   // files are skipped unread.
-  uint64_t endOfZeros(uint64_t offset, uint64_t end) const;
+  uint64_t endOfZeros(uint64_t offset, uint64_t end);
 
  private:
   static constexpr std::size_t WINDOW = 4096;
@@ -50,7 +65,9 @@ class RawBytes {
 
   const File* file = nullptr;  // or null, for memory
   std::span<const char> memory;
+  uint64_t stored;  // bytes in the file or memory
   uint64_t length;
+  std::vector<Patch> patches;
   uint64_t windowOffset = 0;
   uint64_t windowSize = 0;
   std::array<uint8_t, WINDOW + GROUP_HEADER_SIZE> window{};  // the rest stays 0

@@ -24,6 +24,10 @@ std::string counted(uint64_t number, std::string_view what) {
   return text;
 }
 
+std::string counted(uint64_t number, std::string_view one, std::string_view many) {
+  return std::to_string(number).append(" ").append(number == 1 ? one : many);
+}
+
 std::string grouped(uint64_t number) {
   constexpr std::size_t GROUP = 3;
   std::string text = std::to_string(number);

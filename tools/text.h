@@ -10,6 +10,8 @@ namespace tool {
 
 // "1 byte", "20 bytes".
 std::string counted(uint64_t number, std::string_view what);
+// "1 entry", "20 entries".
+std::string counted(uint64_t number, std::string_view one, std::string_view many);
 
 // "4,294,967,295": readable, and still exact.
 std::string grouped(uint64_t number);
