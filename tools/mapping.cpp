@@ -23,12 +23,15 @@ struct Guarded {
 };
 Guarded guarded{};
 
+// From now on the signal ends the program, as it does where nothing is mapped.
+void endBy(int signal) { static_cast<void>(::signal(signal, SIG_DFL)); }
+
 // The system raises SIGBUS where a page of the file cannot be loaded. From there on zeros take the
 // place of the file, and the work goes on; its result is refused later.
 void loseRest(int signal, siginfo_t* info, void* /*context*/) {
   auto* const address = static_cast<char*>(info->si_addr);
   if (address < guarded.begin || address >= guarded.end) {
-    ::signal(signal, SIG_DFL);
+    endBy(signal);
     return;
   }
   char* const page =
@@ -37,7 +40,7 @@ void loseRest(int signal, siginfo_t* info, void* /*context*/) {
   const auto rest = static_cast<std::size_t>(guarded.end - page);
   if (::mmap(page, rest, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED, -1, 0) ==
       MAP_FAILED) {
-    ::signal(signal, SIG_DFL);
+    endBy(signal);
   }
 }
 
@@ -74,7 +77,7 @@ Mapping::Mapping(const File& file, uint64_t size, uint64_t room)
 }
 
 Mapping::~Mapping() {
-  ::signal(SIGBUS, SIG_DFL);
+  endBy(SIGBUS);
   guarded = {};
   ::munmap(begin, mappedLength);
 }

@@ -31,7 +31,7 @@ sigset_t endingSignals() {
 // The signal's own action has been restored by then; it acts when the handler returns.
 void removeAndEnd(int signal) {
   if (unfinishedFile[0] != '\0') ::unlink(unfinishedFile.data());
-  ::raise(signal);
+  static_cast<void>(::raise(signal));
 }
 
 }  // namespace
