@@ -78,10 +78,7 @@ class AviForm : public Form {
       takeTop(chunk);
     } else if (chunk.id == ID_AVIH && parent == ID_HDRL) {
       takeMainHeader(chunk);
-    } else if (chunk.id == ID_INDX && parent == ID_STRL) {
-      hasIndex = true;
-      checkOpenDml(chunk);
-    } else if (firstHalf(chunk.id) == ID_IX && (parent == ID_MOVI || parent == ID_REC)) {
+    } else if (isOpenDml(chunk, parent)) {
       hasIndex = true;
       checkOpenDml(chunk);
     }
@@ -136,6 +133,11 @@ class AviForm : public Form {
         countMisses(fromMovi, 1).misses > 0 && countMisses(0, 1).misses == 0 ? 0 : fromMovi;
     const IndexCheck check = countMisses(base, count);
     if (check.misses > 0) warn(chunk.offset, check.text("RIFF:AVI/idx1"));
+  }
+
+  static bool isOpenDml(const RawChunk& chunk, uint32_t parent) {
+    if (parent == ID_STRL) return chunk.id == ID_INDX;
+    return (parent == ID_MOVI || parent == ID_REC) && firstHalf(chunk.id) == ID_IX;
   }
 
   // The size of an entry in 32-bit words, two bytes for the kind of index, the number of entries,

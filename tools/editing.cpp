@@ -67,8 +67,9 @@ void warnOfDamage(const Opened& before, RawBytes after) {
 
 void showResult(const Opened& opened, const Edit& edit) {
   opened.explain([&] { edit(virtualRoot(opened.object()))(); });
-  warnOfDamage(opened, RawBytes(opened.bytes()));
-  printTree(opened.original().name() + ", as it would be", opened.object());
+  RawBytes edited(opened.bytes());
+  warnOfDamage(opened, edited);
+  printTree(opened.original().name() + ", as it would be", edited, RawNode::virtualRoot(edited));
 }
 
 std::unique_ptr<Target> openTarget(const Original& original, const std::string& command,

@@ -11,11 +11,14 @@
 #include "command.h"
 #include "editing.h"
 #include "errors.h"
-#include "layout.h"
+#include "file_kind.h"
 #include "new_file.h"
+#include "original.h"
 #include "progress.h"
+#include "survey.h"
 #include "terminal.h"
 #include "text.h"
+#include "tree_items.h"
 
 namespace tool {
 
@@ -29,18 +32,16 @@ using Write = std::function<void(const char* bytes, std::size_t count)>;
 // A data chunk's bytes in the file.
 class Data {
  public:
-  Data(const Opened& opened, const Chunk& chunk) : file(opened.original().get()), chunk(chunk) {
-    for (TreeWalk walk(opened.object(), chunk); walk.next();) begin = walk.offset() + HEADER_SIZE;
-  }
+  Data(const File& file, const RawChunk& chunk) : file(file), chunk(chunk) {}
 
   // Hands them over piece by piece.
   void copyTo(const Write& write) const {
-    const uint64_t size = chunk.dataSize();
-    Progress progress("extracting " + chunk.name(), size);
+    const uint64_t size = chunk.dataSize;
+    Progress progress("extracting " + idText(chunk.id), size);
     std::vector<char> block(std::min(size, BLOCK));
     for (uint64_t done = 0; done < size; done += block.size()) {
       block.resize(std::min(size - done, BLOCK));
-      file.readAll(block.data(), block.size(), begin + done);
+      file.readAll(block.data(), block.size(), chunk.dataOffset() + done);
       write(block.data(), block.size());
       progress.at(done);
     }
@@ -48,8 +49,7 @@ class Data {
 
  private:
   const File& file;
-  Chunk chunk;
-  uint64_t begin = 0;
+  RawChunk chunk;
 };
 
 // Whether a terminal may take some of the bytes for commands. NULs, which texts end in, do nothing.
@@ -95,6 +95,22 @@ void writeData(const Data& data, const std::string& name, bool mayReplace) {
   file.publish();
 }
 
+// The data chunk that a path names. Its headers are read as they stand: damage elsewhere in the
+// file does not matter.
+RawChunk findData(const Original& original, const ChunkPath& path) {
+  RawBytes bytes(original.get());
+  requireRiff(original.name(), bytes);
+  try {
+    const RawNode found = path.find(RawNode::virtualRoot(bytes));
+    if (found.isGroup()) throw Failure(found.name() + " is a group: extract the chunks in it");
+    if (found.chunk().dataEnd() <= std::min(found.limit(), bytes.size())) return found.chunk();
+    throw Failure(found.name() + " cannot be read to its end");
+  } catch (const Failure& failure) {
+    const auto damage = firstDamage(original.name(), bytes);
+    throw Failure(original.name(), failure.what() + (damage ? ": " + findingText(*damage) : ""));
+  }
+}
+
 int runExtract(const Arguments& arguments) {
   const std::string& name = arguments[0];
   const ChunkPath path(arguments[1]);
@@ -102,14 +118,8 @@ int runExtract(const Arguments& arguments) {
   if (output && isSameFile(name, *output)) {
     throw UsageError("the data cannot be written over the file that it comes from");
   }
-  const Opened opened(name, Original::LOOK);
-  Chunk chunk;
-  opened.explain([&] {
-    chunk = path.find(virtualRoot(opened.object()));
-    if (chunk.isGroup()) throw Failure(chunk.name() + " is a group: extract the chunks in it");
-    requireAllBytes(chunk);
-  });
-  const Data data(opened, chunk);
+  const Original original(name, Original::LOOK);
+  const Data data(original.get(), findData(original, path));
   if (output) {
     writeData(data, *output, arguments.has(FORCE.name));
   } else {

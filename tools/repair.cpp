@@ -129,7 +129,7 @@ Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes&
   requireRiff(file, bytes);
   constexpr std::size_t SHOWN = 100;
   std::vector<Finding> doubts;
-  const Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
+  Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
     if (finding.isWarning()) complain(file + ": warning: " + findingText(finding));
     if (finding.isDoubtful() && doubts.size() < SHOWN) doubts.push_back(finding);
   });

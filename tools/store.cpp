@@ -4,8 +4,6 @@
 
 #include <cstring>
 
-#include "layout.h"
-
 namespace tool {
 
 namespace {
@@ -40,38 +38,6 @@ void Opened::explain(const std::function<void()>& work) const {
     throw Failure(source.name(), failure.what());
   }
   mapping.requireIntact();
-}
-
-TreeWalk::TreeWalk(const Object& object, const Chunk& start)
-    : first(start), current(virtualRoot(object)) {}
-
-bool TreeWalk::next() {
-  while (!isInside && first) {
-    if (!advance()) return false;
-    isInside = current == first;
-    firstDepth = depth;
-    if (isInside) return true;
-  }
-  return advance() && (!first || depth > firstDepth);
-}
-
-bool TreeWalk::advance() {
-  Chunk following = current.firstChild();
-  if (following) {
-    ++depth;
-  } else {
-    following = current.next();
-    while (!following && depth > 0) {
-      current = current.parent();
-      --depth;
-      if (depth > 0) following = current.next();
-    }
-  }
-  if (!following) return false;
-  current = following;
-  start = end;
-  end += current.isGroup() ? GROUP_HEADER_SIZE : current.totalSize();
-  return true;
 }
 
 }  // namespace tool

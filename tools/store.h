@@ -1,4 +1,4 @@
-// Objects and chunks as the commands use them: opened with reasons, walked in the order of bytes.
+// Objects and chunks as the edits use them: opened with reasons.
 #ifndef VELMOR_CORE_TOOLS_STORE_H
 #define VELMOR_CORE_TOOLS_STORE_H
 
@@ -31,7 +31,6 @@ class Chunk : public velmor_core::Chunk {
   std::string name() const { return nameText(id(), groupId()); }
   // Holds for chunks as they are loaded, and the tool creates groups under these ids alone.
   bool isGroup() const { return isVirtualRoot() || isGroupId(id()); }
-  bool isFree() const { return id() == ID_JUNK; }
   bool isVirtualRoot() const { return !parent(); }
 
   Chunk parent() const { return Chunk(velmor_core::Chunk::parent()); }
@@ -87,39 +86,6 @@ auto required(const std::string& what, Call call) {
   if (!result) throw Refused("cannot " + what);
   return result;
 }
-
-// The chunks of an object in the order of their bytes, groups before what they hold. Neither
-// recurses nor allocates, however deep the tree goes. Call next() before the first chunk.
-class TreeWalk {
- public:
-  // Goes through the whole object, or through a chunk and what it holds.
-  explicit TreeWalk(const Object& object, const Chunk& start = Chunk());
-
-  // Goes on to the next chunk; false after the last one.
-  bool next();
-  const Chunk& chunk() const { return current; }
-  // 0 for top-level chunks.
-  uint64_t level() const { return depth - 1; }
-  // Of the chunk's header, from the object's first byte.
-  uint64_t offset() const { return start; }
-  // Bytes of the chunk, pad byte included, that an object of this size lacks. Groups lack none:
-  // what is missing belongs to the last chunk in them.
-  uint64_t missing(uint64_t objectSize) const {
-    const uint64_t chunkEnd = offset() + current.totalSize();
-    return current.isGroup() || chunkEnd <= objectSize ? 0 : chunkEnd - objectSize;
-  }
-
- private:
-  bool advance();
-
-  Chunk first;  // where the walk begins, if not at the top
-  bool isInside = false;
-  uint64_t firstDepth = 0;
-  Chunk current;
-  uint64_t depth = 0;
-  uint64_t start = 0;
-  uint64_t end = 0;  // of what has been shown: where the next chunk starts
-};
 
 }  // namespace tool
 

@@ -181,28 +181,37 @@ class Surveyor {
   // --- data chunks
 
   void passData(const RawChunk& chunk) {
-    const uint64_t limit = walk.limit();
     if (isStream(chunk)) {
       walk.extendGroups();
       found(chunk.offset, path(chunk) + streamText(chunk.dataSize, size - chunk.dataOffset()));
       extendToFile(chunk);
-    } else if (chunk.end() <= limit) {
+    } else if (chunk.end() <= walk.limit()) {
       passWholeData(chunk);
-    } else if (limit == size && chunk.dataEnd() == size) {
+    } else {
+      passLongData(chunk);
+    }
+  }
+
+  // Data that ends past the end of its group or of the file. Where its group ends with the file,
+  // so should the data.
+  void passLongData(const RawChunk& chunk) {
+    const bool isLast = walk.limit() == size;
+    const bool isCut =
+        isLast && (walk.claimedEnd() == size || chunk.dataEnd() <= walk.claimedEnd());
+    if (isLast && chunk.dataEnd() == size) {
       found(chunk.offset, path(chunk) + " lacks the pad byte after its odd size");
       take(chunk);
       moveTo(chunk.end());
     } else if (!isPrintable(chunk.id)) {
       passUnexplained(chunk);
-    } else if (limit == size &&
-               (walk.claimedEnd() == size || chunk.dataEnd() <= walk.claimedEnd())) {
+    } else if (isCut) {
       found(chunk.offset, path(chunk) + " ends " + counted(chunk.dataEnd() - size, "byte") +
                               " past the end of the file");
       extendToFile(chunk);
     } else if (leaveGroupEnd(chunk)) {
       passWholeData(chunk);
     } else {
-      moveTo(limit);
+      moveTo(walk.limit());
     }
   }
 

@@ -29,19 +29,28 @@ std::string quoted(std::string_view text) {
 
 }  // namespace
 
-void printJson(std::string_view file, const Object& object, const Chunk& start) {
-  const uint64_t size = object.size();
+void printJson(std::string_view file, RawBytes& bytes, const RawNode& start) {
+  const uint64_t size = bytes.size();
   std::cout << "{\"file\":" << quoted(file) << ",\"size\":" << size << ",\"chunks\":[";
   std::string_view separator;
-  for (TreeWalk walk(object, start); walk.next(); separator = ",") {
-    const Chunk& chunk = walk.chunk();
-    std::cout << separator << "{\"offset\":" << walk.offset() << ",\"level\":" << walk.level()
-              << ",\"id\":" << quoted(idText(chunk.id()));
-    if (chunk.isGroup()) std::cout << ",\"groupId\":" << quoted(idText(chunk.groupId()));
-    std::cout << ",\"dataSize\":" << chunk.dataSize() << ",\"totalSize\":" << chunk.totalSize()
-              << ",\"pad\":" << chunk.dataSize() % 2
-              << ",\"free\":" << (chunk.isFree() ? "true" : "false")
-              << ",\"missing\":" << walk.missing(size) << '}';
+  for (TreeItems items(bytes, start); items.next(); separator = ",") {
+    const TreeItem& item = items.item();
+    const RawChunk& chunk = item.chunk;
+    std::cout << separator << "{\"offset\":" << chunk.offset << ",\"level\":" << item.level;
+    if (item.kind != TreeItem::CHUNK) {
+      std::cout << (item.kind == TreeItem::ZEROS ? ",\"zeros\":" : ",\"bytes\":") << item.size
+                << '}';
+      continue;
+    }
+    std::cout << ",\"id\":" << quoted(idText(chunk.id));
+    if (chunk.isGroup()) std::cout << ",\"groupId\":" << quoted(idText(chunk.groupId));
+    std::cout << ",\"dataSize\":" << chunk.dataSize
+              << ",\"totalSize\":" << chunk.end() - chunk.offset
+              << ",\"pad\":" << chunk.dataSize % 2
+              << ",\"free\":" << (chunk.id == ID_JUNK ? "true" : "false")
+              << ",\"missing\":" << missingBytes(item, size);
+    if (const uint64_t past = pastGroup(item, size); past > 0) std::cout << ",\"past\":" << past;
+    std::cout << '}';
   }
   std::cout << "]}\n";
 }

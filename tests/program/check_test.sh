@@ -146,6 +146,7 @@ every_truncation_is_told() {
       head -c $n "$data/$file" >cut
       "$program" check cut >out 2>err && fail "check at $n"
       grep -q "^velmor-core: cut: .* (at offset [0-9]*)$" err || fail "message at $n: $(<err)"
+      "$program" tree cut --any >out 2>err || fail "tree at $n"
       rm -f repaired
       said=$("$program" repair cut -o repaired 2>/dev/null) || { [[ -e repaired ]] && fail "half-way at $n"; continue; }
       kept=$n
@@ -209,6 +210,7 @@ time_grows_with_the_file() {
     { printf 'RIFF\xf4\xff\xff\xffWAVE' && cat one; } >many
     (ulimit -t 20 && "$program" check many >out 2>err)
     expect_equal "check of $kind" 1 $?
+    (ulimit -t 20 && "$program" tree many >out) || fail "tree of $kind"
   done
 }
 

@@ -126,6 +126,23 @@ tree_escapes_what_does_not_print() {
   expect_equal data abc "$("$program" extract odd 'RIFF/\x1b\x5b3m')"
 }
 
+tree_shows_what_stands_there() {
+  { printf RIFF && bytes 34 00 00 00 && printf WAVELIST && bytes 14 00 00 00 && printf 'grp data' && bytes 20 00 00 00 &&
+    printf 01234567 && head -c 20 /dev/zero && printf XYZ; } >file
+  expect_equal tree "file  (63 bytes, 3 chunks)
+  offset  chunk       data size  total
+       0  RIFF:WAVE          52     60
+      12    LIST:grp         20     28
+      24      data           32     40  ends 24 bytes past its group
+      40    (zeros)                 20
+      60  (no chunk)                 3" "$("$program" tree file)"
+  [[ $("$program" tree --json file) == *'"past":24},{"offset":40,"level":1,"zeros":20},{"offset":60,"level":0,"bytes":3}]}' ]] ||
+    fail "json"
+  head -c 9 file | tail -c +2 >foreign
+  rejects 1 "not a RIFF file" tree foreign
+  [[ $("$program" tree --any foreign) == *"IFF4"* ]] || fail "any"
+}
+
 colour_is_for_terminals_that_want_it() {
   take tone.wav
   script -qec true /dev/null >/dev/null || return 77 # no pseudo-terminals here
@@ -220,6 +237,7 @@ hopeless_files_are_refused_at_once() {
   take tone.wav
   truncate -s 8G tone.wav
   [[ $("$program" set tone.wav RIFF/data x 2>&1) == *"8589926548 bytes after the last chunk, all of them 0"* ]] || fail set
+  [[ $("$program" tree tone.wav) == *"8044  (zeros)"*" 8,589,926,548" ]] || fail tree
 }
 
 edits_do_as_they_say() {

@@ -8,10 +8,10 @@ _velmor_core() {
     return
   fi
   case $command in
-    tree) options+=" --json --path" ;;
+    tree) options+=" --json --any --path" ;;
     extract) options+=" -o --force" ;;
     set | add | remove | recycle) options+=" --dry-run -o --force --in-place" ;;
-    repair) options+=" -o --force --in-place --drop-trailing" ;;
+    repair) options+=" -o --force --in-place --keep-trailing --drop-trailing" ;;
     uuid) ((COMP_CWORD == 2)) && options+=" new parse compare" ;;
   esac
   if [[ $current == -* || $command == uuid ]]; then

@@ -13,5 +13,7 @@ complete -c velmor-core -n "__velmor_core_uses extract set add remove recycle re
 complete -c velmor-core -n "__velmor_core_uses extract set add remove recycle repair" -l force -d "Replace it"
 complete -c velmor-core -n "__velmor_core_uses set add remove recycle" -l dry-run -d "Write nothing"
 complete -c velmor-core -n "__velmor_core_uses set add remove recycle repair" -l in-place -d "Write to the file itself"
+complete -c velmor-core -n "__velmor_core_uses tree" -l any -d "Show any file"
+complete -c velmor-core -n "__velmor_core_uses repair" -l keep-trailing -d "Keep bytes of no chunk"
 complete -c velmor-core -n "__velmor_core_uses repair" -l drop-trailing -d "Drop bytes of no chunk"
 complete -c velmor-core -l help -d "Tell more"
