@@ -9,8 +9,8 @@ if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   list(REMOVE_ITEM options -Wshadow=local)
   set_target_properties(velmor_core_warnings PROPERTIES INTERFACE_COMPILE_OPTIONS "${options}")
 endif()
-# The presets with sanitizers leave -Werror out: g++ 12 warns of overflows that the code it
-# instruments does not have.
+# The presets with sanitizers leave -Werror out: in instrumented code, g++ 12 warns of overflows
+# that cannot occur.
 if(VELMOR_CORE_WERROR)
   target_compile_options(velmor_core_warnings INTERFACE -Werror)
 endif()

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Prints the man page of the program, made from its help, so that both say the same.
+# Prints the man page of the program. It is made from the program's help, so both say the same.
 #   program-page.sh PROGRAM VERSION
 set -euo pipefail
 program=$1 version=$2
 
-# Turns help into roff. Paragraphs with columns or indented lines keep their lines, others are filled.
+# Turns help into roff. Paragraphs with columns or indented lines keep their line breaks.
 to_roff() {
   awk -v RS= '{
     gsub(/\\/, "\\e")

@@ -27,7 +27,7 @@ class Descriptor {
 };
 
 // Every access is one seek and as many transfers as the system needs. Nothing is cached, so closing
-// has nothing to flush. Offsets are not checked against the size: the file's own end decides.
+// has nothing to flush. Offsets are not checked against the size. A read past the file's end fails.
 //
 // Failures are "open failed", "lseek failed", "read failed", "write failed" and "ftruncate failed".
 // A failed write or move leaves the bytes that it has already written.
@@ -43,10 +43,10 @@ class FileObject final : public Object {
   void resize(uint64_t newSize) override;
   void read(uint64_t offset, std::byte* destination, uint64_t length) override;
   void write(uint64_t offset, const std::byte* source, uint64_t length) override;
-  // In pieces of 64 KiB, starting at the end from which each piece is read before it is
-  // overwritten. A move towards the end of the file reserves its room first. If there is none, no
-  // byte moves, and an object that ends where the move would end is cut where the source ends:
-  // growing and moving fail together.
+  // In pieces of 64 KiB: from the last one if the bytes move up, from the first one if they move
+  // down. So each piece is read before it is overwritten. A move up reserves its room
+  // first. If there is none, no byte moves; and if the move would end where the object ends, the
+  // object is cut where the source ends, so that growing and moving fail together.
   void move(uint64_t source, uint64_t destination, uint64_t length) override;
   // Closes the file.
   ~FileObject() override = default;
@@ -56,7 +56,7 @@ class FileObject final : public Object {
   void reserveUp(uint64_t source, uint64_t destination, uint64_t length);
 
   int32_t mode;   // as given at open
-  Descriptor fd;  // 32 bits; owns the file from the moment it is open
+  Descriptor fd;  // owns the file from the moment it is open
 };
 
 }  // namespace RIFF

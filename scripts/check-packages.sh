@@ -37,4 +37,4 @@ else
   PATH=$work/root/usr/bin:$PATH LD_LIBRARY_PATH=$lib PKG_CONFIG_PATH=$lib/pkgconfig \
     CMAKE_PREFIX_PATH=$work/root/usr debian/tests/readme
 fi
-echo "The packages are sound."
+echo "The packages passed all checks."

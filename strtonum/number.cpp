@@ -87,8 +87,8 @@ int binaryShift(char letter) {
 }
 
 // The value of "digits[.digits][e[sign]digits]" when it is out of the range of a double: infinity
-// or 0. The first nonzero digit decides, with the exponent applied: before the point the number is
-// too large, after the point too small.
+// or 0. The exponent moves the point. If the first nonzero digit is then before the point, the
+// number is too large. If it is after the point, the number is too small.
 double outOfRange(const char* text, const char* end) {
   const char* point = skipDigits(text, end);
   int64_t exponent = point - text;
@@ -100,7 +100,7 @@ double outOfRange(const char* text, const char* end) {
   if (mark != end) {
     const bool negative = mark[1] == '-';
     const char* digits = mark + (negative || mark[1] == '+' ? 2 : 1);
-    // Larger than the length of any text, and small enough that the sum cannot overflow.
+    // The limit exceeds the length of any text, and is so small that the sum cannot overflow.
     constexpr uint64_t LIMIT = uint64_t{1} << 62;
     const uint64_t written = readDigits(digits, end);
     const auto shift = static_cast<int64_t>(written < LIMIT ? written : LIMIT);
@@ -197,7 +197,7 @@ std::optional<double> evaluateLoneNumber(std::string_view text) noexcept {
   if (first == end) return std::nullopt;
   const char sign = *first;
   if (sign == '+' || sign == '-') {
-    // Only blanks: after a line end, the sign would stand without a number.
+    // Skip blanks only. A sign and its number have to be on the same line.
     do ++first;
     while (first != end && isBlank(*first));
   }
