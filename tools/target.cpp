@@ -149,7 +149,7 @@ std::unique_ptr<Target> replaceOriginal(const Original& original) {
   try {
     return std::make_unique<Copied>(original, original.path(), &original.get());
   } catch (const Failure& failure) {
-    throw Failure(std::string(failure.what()) + OFFER);
+    throw Failure(failure.what() + ("; " + original.name() + " is unchanged") + OFFER);
   }
 }
 

@@ -143,8 +143,8 @@
  *  fallocate(2). If the disk is full, the edit fails; the file and the tree stay as they were,
  *  however often you try. Two cases are not protected: a file system that cannot reserve, and an
  *  edit that lengthens the file at its end, where nothing has to move. There the file may become
- *  longer before the system refuses the bytes, and the edit stops half-way. In the first case, bytes
- *  that had to move may have overwritten others.
+ *  longer before the system refuses the bytes, and the edit stops half-way. In the first case,
+ *  bytes that had to move may have overwritten others.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
  *  SA_RESTART, or block signals during an edit. A process that is killed leaves a file half-way. A

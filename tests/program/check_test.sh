@@ -46,6 +46,8 @@ judged_sound() {
   expect_equal "complaints about $1" "" "$complaints"
 }
 
+# Tests
+
 streams_get_their_sizes() {
   needs ffmpeg ffprobe soxi
   cp "$fixtures"/* .

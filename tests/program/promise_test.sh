@@ -2,6 +2,7 @@
 # for the arguments; FAULTY_CALLS is the library that spoils the program's calls.
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 EIO=5 ENOSPC=28
+[[ ${FAULTY_CALLS-} ]] || exit 77
 
 # spoiled HOW CALL COMMAND ARGUMENT...: runs the program with one of its calls spoiled. Afterwards
 # there is a file "fired" if there was such a call.
@@ -51,6 +52,11 @@ survives() {
     ((at > 8)) || fail "$* makes only $at calls"
   done
 }
+
+# Writes a number as four bytes.
+bytes_of() { printf "\\x$(printf %x $(($1 & 255)))\\x$(printf %x $(($1 >> 8 & 255)))\\x$(printf %x $(($1 >> 16 & 255)))\\x$(printf %x $(($1 >> 24)))"; }
+
+# Tests
 
 edits_survive_every_fault() {
   cp "$data/tagged.wav" old
@@ -161,8 +167,23 @@ large_files_cost_little() {
   awk '{ exit !($2 < 450000) }' used || fail "value: $(<used)"
 }
 
-# Writes a number as four bytes.
-bytes_of() { printf "\\x$(printf %x $(($1 & 255)))\\x$(printf %x $(($1 >> 8 & 255)))\\x$(printf %x $(($1 >> 16 & 255)))\\x$(printf %x $(($1 >> 24)))"; }
+failures_name_their_reason() {
+  take tone.wav
+  local before
+  before=$(sha256sum tone.wav)
+  (ulimit -f 4 && exec "$program" set tone.wav RIFF/data x) 2>err && fail "limit"
+  [[ $(<err) == *"tone.wav.velmor-core-new: cannot be written: File too large (at offset 8044)"*"tone.wav is unchanged"* ]] || fail "$(<err)"
+  truncate -s 1G value
+  (ulimit -v 500000 && exec "$program" set tone.wav RIFF/data @value) 2>err && fail "memory"
+  expect_equal memory "velmor-core: out of memory" "$(<err)"
+  expect_equal file "$before" "$(sha256sum tone.wav)"
+  expect_equal files "err tone.wav value" "$(echo *)"
+  truncate -s 8G value
+  "$program" sha256 value 2>err &
+  sleep 0.2 && truncate -s 100 value
+  wait $! && fail sha256
+  [[ $(<err) == "velmor-core: value: became shorter while it was read (at offset "* ]] || fail "$(<err)"
+}
 
 # What files and names hold does not reach a terminal, and forges no lines.
 hostile_texts_are_escaped() {
