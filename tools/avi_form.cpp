@@ -169,11 +169,15 @@ class AviForm : public Form {
     if (check.misses > 0) warn(chunk.offset, check.text(idText(chunk.id)));
   }
 
-  // Whether a chunk of the id begins there. The index names a LIST:rec by its group id.
-  bool isAt(uint32_t id, uint64_t offset) {
+  // Whether a chunk of the id begins there. The index names a LIST:rec by its group id. Entries may
+  // point anywhere, so only the header is read.
+  bool isAt(uint32_t id, uint64_t offset) const {
     if (offset >= bytes.size()) return false;
-    const RawChunk chunk = bytes.chunkAt(offset);
-    return chunk.id == id || (id == ID_REC && chunk.isGroup() && chunk.groupId == ID_REC);
+    std::array<uint8_t, GROUP_HEADER_SIZE> header{};
+    bytes.copy(header.data(), header.size(), offset);
+    const uint32_t there = littleEndian32(header.data());
+    const uint32_t groupId = littleEndian32(&header[HEADER_SIZE]);
+    return there == id || (id == ID_REC && isGroupId(there) && groupId == ID_REC);
   }
 
   bool hasHeaders = false;

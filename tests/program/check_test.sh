@@ -124,6 +124,7 @@ tagged.wav|{ printf TAG && head -c 117 /dev/zero; } >>f|dropped|120 bytes after 
 tagged.wav|{ printf TAG && head -c 125 /dev/zero; } >>f|repaired|128 bytes after the last chunk: an ID3v1 tag (at offset 8124)
 tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x20' && head -c 19 /dev/zero; } >>f|repaired|32 bytes after the last chunk: an APE tag
 tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x21' && head -c 19 /dev/zero; } >>f|dropped|32 bytes after the last chunk; they would
+tagged.wav|{ printf '%10sTAG' && head -c 125 /dev/zero; } >>f|dropped|138 bytes after the last chunk; they would
 no_pad.wav|:|repaired|RIFF:WAVE/data lacks the pad byte after its odd size (at offset 36)
 clip.avi|cut 15000|repaired|RIFF:AVI/LIST:movi/01wb ends 858 bytes past the end of the file
 clip.avi|poke 20 78|refused|RIFF:AVI has no LIST:hdrl
