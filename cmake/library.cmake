@@ -39,7 +39,7 @@ target_include_directories(velmor-core-objects
   PRIVATE ${PROJECT_SOURCE_DIR}
 )
 target_link_libraries(velmor-core-objects PRIVATE $<BUILD_INTERFACE:velmor_core_warnings>
-                      $<BUILD_INTERFACE:Boost::headers>)
+                      $<BUILD_INTERFACE:velmor_core_hardening> $<BUILD_INTERFACE:Boost::headers>)
 include(cmake/strtonum.cmake)
 
 if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)

@@ -22,7 +22,7 @@ summary=$(head -n 1 <<<"$overview")
 cat <<END
 .TH VELMOR\-CORE 1 "" "velmor\-core $version" "velmor\-core"
 .SH NAME
-velmor\-core \- look into RIFF files and edit them in place
+velmor\-core \- look into RIFF files and edit them
 .SH SYNOPSIS
 .nf
 END

@@ -142,9 +142,12 @@
  *  The caller cannot tell from the result how far an edit got. To be safe, edit a copy of the file,
  *  fsync(2) it and rename(2) it over the original, as examples/retag_wav.c does.
  *
- *  Full disk.  A file system may lengthen a file first and refuse the bytes later. The edit then
- *  stops half-way. The file is longer, and some of the bytes that had to move have overwritten
- *  others. Each further try makes the file still longer.
+ *  Full disk.  Before an edit moves bytes up in a file, it reserves the room for them with
+ *  fallocate(2). If the disk is full, the edit fails; the file and the tree stay as they were,
+ *  however often you try. Two cases are not protected: a file system that cannot reserve, and an
+ *  edit that lengthens the file at its end, where nothing has to move. There the file may become
+ *  longer before the system refuses the bytes, and the edit stops half-way. In the first case,
+ *  bytes that had to move may have overwritten others.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
  *  SA_RESTART, or block signals during an edit. If the process is killed during an edit, the file
