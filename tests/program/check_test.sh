@@ -1,5 +1,5 @@
-# What "check" finds and "repair" repairs, and what other programs make of it. See support/shell.sh
-# for the arguments.
+# What "check" finds and "repair" repairs, and whether other programs read the result. See
+# support/shell.sh for the arguments.
 fixtures=$(realpath "${BASH_SOURCE%/*}/data")
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 
@@ -10,7 +10,7 @@ needs() {
   for name; do type "$name" >/dev/null 2>&1 || { echo "$name is not installed"; exit 77; }; done
 }
 
-# finds STATUS FILE [FINDING...]: all that check says, and in this order
+# finds STATUS FILE [FINDING...]: check reports exactly these findings, in this order
 finds() {
   local status=$1 file=$2 expected=""
   shift 2
@@ -51,7 +51,7 @@ judged_sound() {
 streams_get_their_sizes() {
   needs ffmpeg ffprobe soxi
   cp "$fixtures"/* .
-  # A recorder that was stopped: the sizes of an empty file.
+  # A recorder was stopped: the sizes are those of an empty file.
   { head -c 4 streamed_sox.wav && bytes 24 00 00 00 && head -c 40 streamed_sox.wav | tail -c +9 &&
     bytes 00 00 00 00 && tail -c +45 streamed_sox.wav; } >stopped.wav
   finds 1 stopped.wav "RIFF/data has the size 0 of an unfinished stream, and 1600 bytes (at offset 36)"
@@ -71,7 +71,7 @@ streams_get_their_sizes() {
     cmp <(tail -c +45 repaired) <(tail -c +45 $file) || fail "samples of $file"
     expect_equal "set in $file" "$said" "$(printf 'repaired: set the size of %s\n' 'data to 1600 (at offset 36)' 'RIFF to 1636 (at offset 0)')"
   done
-  # A chunk after the samples must not become samples.
+  # A chunk after the samples must not become part of them.
   { cat streamed_ffmpeg.wav && printf LIST && bytes 04 00 00 00 && printf INFO; } >hidden.wav
   refuses hidden.wav
   [[ $(<err) == *"would then contain LIST (at offset 1644)"* ]] || fail "hidden: $(<err)"
@@ -139,7 +139,7 @@ alpha.webp|poke 20 34|warning|RIFF:WEBP/VP8X announces ICCP, but the file has no
 END
 }
 
-# A file that is cut anywhere is damaged. Repair refuses it, or keeps every byte but those of sizes.
+# A file that is cut anywhere is damaged. Repair refuses it, or keeps every byte except the sizes.
 every_truncation_is_told() {
   local file n kept
   for file in card.webp tone.wav; do
@@ -160,7 +160,7 @@ every_truncation_is_told() {
   done
 }
 
-# Whatever byte of the headers is wrong: what repair writes, is sound and begins with the same samples.
+# Any byte of the headers may be wrong: a repaired file is sound and begins with the same samples.
 repairs_keep_the_samples() {
   local at value
   RANDOM=20
@@ -175,7 +175,7 @@ repairs_keep_the_samples() {
   done
 }
 
-# No command reads or changes what is no RIFF file.
+# No command reads or changes a file that is no RIFF file.
 foreign_files_are_left_alone() {
   local name start command
   while read -r name start; do
@@ -202,7 +202,7 @@ it_holds_only_zeros \x00\x00\x00\x00\x00\x00\x00\x00\x00
 END
 }
 
-# A million wrong chunks took minutes once, or all memory.
+# A million wrong chunks once took minutes, or all memory.
 time_grows_with_the_file() {
   local kind i
   for kind in 'LIST\xf0\xff\xff\x7fabcd' 'LIST\x00\x00\x00\x00movi' 'data\x00\x00\x00\x00' 'abcd\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00'; do
