@@ -28,7 +28,7 @@ class Form {
 
   // Takes each chunk in the order of the bytes, a group before its children. `level` is 1 for the
   // children of the RIFF; `parent` is the group id of the group that holds the chunk. The data
-  // may be incomplete: chunks that end past `end` were cut short.
+  // may be incomplete: chunks that end past the end of the file were cut short.
   virtual void take(const RawChunk& chunk, uint64_t level, uint32_t parent) = 0;
   // Reports what only shows when all chunks are known.
   virtual void finish() = 0;

@@ -35,7 +35,7 @@ Exit status: 0 done, 1 failed, 2 wrong use. "check" also gives 3: a file cannot 
 
 void printOverview() {
   constexpr int NAME_WIDTH = 10;
-  std::cout << "Look into RIFF files (WAV, AVI, WebP and others) and edit them.\n\n"
+  std::cout << "Show, check and edit RIFF files (WAV, AVI, WebP and others).\n\n"
             << "Usage: velmor-core COMMAND [ARGUMENT...]\n\nCommands:\n";
   for (const Command* command : COMMANDS) {
     std::cout << "  " << std::left << std::setw(NAME_WIDTH) << command->name << command->summary

@@ -33,7 +33,7 @@ struct RepairPlan {
 enum class Ids { PRINTABLE, ANY };
 bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& headersLeft);
 
-// Looks for chunks in a range of data: a well-known id from which chunks lead exactly to the
+// Looks for hidden chunks in a range of data: a well-known id from which chunks lead exactly to the
 // range's end. They would be lost in a chunk that takes the range as its data. Returns the offset
 // of the first, or where the search had looked at too many headers. Reads the whole range.
 std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes);

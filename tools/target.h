@@ -1,8 +1,8 @@
 // Where an edit is made, and how its result gets its name.
 //
-// All ways but one promise that the name leads to the complete old file or the complete new one,
-// however the program ends. An edit in place cannot promise this. If it is interrupted, a marker
-// file says so, and the commands refuse to read the file.
+// However the program ends, the name leads to the complete old file or the complete new one. Only
+// an edit in place cannot promise this. If it is interrupted, a marker file says so, and the
+// commands refuse to read the file.
 #ifndef VELMOR_CORE_TOOLS_TARGET_H
 #define VELMOR_CORE_TOOLS_TARGET_H
 

@@ -22,7 +22,7 @@ def main(arguments: Optional[List[str]] = None) -> int:
     0
     """
     parser = argparse.ArgumentParser(
-        prog="python -m velmor_core", description="Look into RIFF files."
+        prog="python -m velmor_core", description="Show RIFF files."
     )
     parser.add_argument("--version", action="version", version=__version__)
     commands = parser.add_subparsers(dest="command", required=True, metavar="COMMAND")

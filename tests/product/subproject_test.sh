@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Another project includes the sources: by FetchContent, and as a static library by add_subdirectory.
+# Another project includes the sources: by FetchContent, or as a static library by
+# add_subdirectory.
 # It gets only the library (no program, no tests, nothing installed), and its own program works.
 #   subproject_test.sh SOURCE CC CXX
 set -euo pipefail

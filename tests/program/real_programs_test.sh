@@ -70,7 +70,7 @@ wav() {
   edit remove RIFF:WAVE/LIST:INFO
   cmp tone.wav "$data/tone.wav" || fail "not the same file"
 
-  begin tagged.wav # its tags stand in front of the sound
+  begin tagged.wav # its tags come before the audio
   edit set RIFF:WAVE/LIST:INFO/INAM "Concert pitch, as agreed upon in 1939"
   tag_is title "Concert pitch, as agreed upon in 1939"
   edit recycle RIFF:WAVE/LIST:INFO/ICMT
@@ -92,7 +92,7 @@ avi() {
   edit add RIFF:AVI/LIST:INFO/IGNR "A"
   tag_is artist "Nobody in particular"
   tag_is genre "A"
-  edit add RIFF:AVI/note "takes some of the free space in front of the pictures"
+  edit add RIFF:AVI/note "takes some of the free space before the pictures"
   edit remove RIFF:AVI/LIST:INFO/IART
   edit remove RIFF:AVI/LIST:hdrl/JUNK
   edit recycle RIFF:AVI/LIST:INFO
