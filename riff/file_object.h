@@ -44,9 +44,9 @@ class FileObject final : public Object {
   void read(uint64_t offset, std::byte* destination, uint64_t length) override;
   void write(uint64_t offset, const std::byte* source, uint64_t length) override;
   // In pieces of 64 KiB: from the last one if the bytes move up, from the first one if they move
-  // down. So each piece is read before it is overwritten. A move up reserves its room
-  // first. If there is none, no byte moves; and if the move would end where the object ends, the
-  // object is cut where the source ends, so that growing and moving fail together.
+  // down. So each piece is read before it is overwritten. A move up first reserves the room that it
+  // writes. If there is none, it fails and no byte moves. If the move would have ended at the end
+  // of the object, the object also gives back its growth: it ends where the source ends.
   void move(uint64_t source, uint64_t destination, uint64_t length) override;
   // Closes the file.
   ~FileObject() override = default;
