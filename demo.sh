@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the library and its command-line program, and shows the chunk trees of the files given, or
-# of the real files that come along.
+# Builds the library and its command-line program, then shows the chunk trees of the given files, or
+# of the files in examples/data.
 #   ./demo.sh [FILE...]
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)

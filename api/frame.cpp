@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr velmor_core_version_t VERSION = {0x0001'0000'0010'0000, ""};
+constexpr velmor_core_version_t VERSION = {VELMOR_CORE_VERSION_NUMBER, ""};
 
 std::atomic<int64_t> initCount = 0;
 

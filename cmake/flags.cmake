@@ -1,21 +1,22 @@
-# Flags of our own builds: velmor_core_warnings for everything that is compiled here, and the
-# sanitizers where a preset asks for them.
+# Flags of everything that is compiled here: warnings, reproducible paths, and the sanitizers that
+# VELMOR_CORE_SANITIZE names.
 add_library(velmor_core_warnings INTERFACE)
 target_compile_options(velmor_core_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion
                        -Wshadow=local $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast>)
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
-  # Clang has no =local; plain -Wshadow is close to it there (constructor parameters excepted).
+  # Clang does not know -Wshadow=local.
   get_target_property(options velmor_core_warnings INTERFACE_COMPILE_OPTIONS)
   list(REMOVE_ITEM options -Wshadow=local)
   set_target_properties(velmor_core_warnings PROPERTIES INTERFACE_COMPILE_OPTIONS "${options}")
 endif()
-# Not for sanitised builds: g++ 12 warns falsely of overflows in the code that it instruments.
+# The presets with sanitizers leave -Werror out: g++ 12 warns of overflows that the code it
+# instruments does not have.
 if(VELMOR_CORE_WERROR)
   target_compile_options(velmor_core_warnings INTERFACE -Werror)
 endif()
 
-# The same bytes from every folder: no path of it gets into what is built. Debug builds keep the
-# paths, for debuggers and coverage.
+# A build gives the same bytes in every folder, since it stores no path of the folder. Debug builds
+# keep the paths for debuggers and coverage.
 target_compile_options(velmor_core_warnings INTERFACE $<$<NOT:$<CONFIG:Debug>>:
                        -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
                        -ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)

@@ -1,9 +1,10 @@
-# What an installed tree holds: headers, library, pkg-config file and CMake package. All paths in
-# them are relative to where they lie, so the tree may be moved. The target uninstall takes back what
-# was installed last.
+# Installs headers, library, pkg-config file and CMake package. The paths in them are relative, so
+# the installed tree can be moved. The target uninstall removes what was installed last.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS velmor-core EXPORT velmor-core-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS velmor-core EXPORT velmor-core-targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY include/velmor_core DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/velmor-core)

@@ -1,5 +1,6 @@
-# libvelmor-core.so.0, and the same objects as a bundle for tests that look behind the interface.
-find_package(Boost REQUIRED)  # headers alone; none of its libraries is linked
+# The objects of the library, which tests of the classes link too, and the library made of them:
+# libvelmor-core.so.0, or libvelmor-core.a where BUILD_SHARED_LIBS is OFF.
+find_package(Boost REQUIRED)  # headers only; none of its libraries is linked
 
 add_library(velmor-core-objects OBJECT
   api/cpu.cpp
@@ -22,10 +23,10 @@ add_library(velmor-core-objects OBJECT
   riff/data_chunk.cpp
   riff/file_object.cpp
   riff/free_list.cpp
+  riff/free_space.cpp
   riff/group_chunk.cpp
   riff/memory_object.cpp
   riff/object.cpp
-  riff/virtual_root_chunk.cpp
   strtonum/calc_node.cpp
   strtonum/convert.cpp
   strtonum/driver.cpp
@@ -40,22 +41,14 @@ target_link_libraries(velmor-core-objects PRIVATE $<BUILD_INTERFACE:velmor_core_
                       $<BUILD_INTERFACE:Boost::headers>)
 include(cmake/strtonum.cmake)
 
-set(export_list ${PROJECT_SOURCE_DIR}/cmake/exports.map)
-add_library(velmor-core SHARED)
+if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)
+  include(cmake/static.cmake)
+else()
+  include(cmake/shared.cmake)
+endif()
 add_library(velmor::core ALIAS velmor-core)
-target_link_libraries(velmor-core PRIVATE $<BUILD_INTERFACE:velmor-core-objects>)
 target_include_directories(velmor-core INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
 )
-target_link_options(velmor-core PRIVATE LINKER:--version-script=${export_list})
-if(NOT VELMOR_CORE_SANITIZE)
-  target_link_options(velmor-core PRIVATE LINKER:--no-undefined)
-endif()
-set_target_properties(velmor-core PROPERTIES
-  VERSION 0.${PROJECT_VERSION_MINOR}.${PROJECT_VERSION_PATCH}
-  SOVERSION 0
-  LINKER_LANGUAGE CXX
-  LINK_DEPENDS ${export_list}
-  EXPORT_NAME core
-)
+set_target_properties(velmor-core PROPERTIES EXPORT_NAME core)

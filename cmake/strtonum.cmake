@@ -5,8 +5,13 @@ find_package(BISON 3.8 REQUIRED)
 
 set(generated_dir ${PROJECT_BINARY_DIR}/generated/strtonum)
 file(MAKE_DIRECTORY ${generated_dir})
+set(bison_flags -Wall)
+if(VELMOR_CORE_WERROR)
+  string(APPEND bison_flags " -Werror")
+endif()
 bison_target(StrToNumParser strtonum/parser.yy ${generated_dir}/parser.cpp
-             DEFINES_FILE ${generated_dir}/parser.h COMPILE_FLAGS "-Wall -Werror")
+             DEFINES_FILE ${generated_dir}/parser.h
+             COMPILE_FLAGS "${bison_flags}")
 flex_target(StrToNumScanner strtonum/scanner.l ${generated_dir}/scanner.cpp)
 add_flex_bison_dependency(StrToNumScanner StrToNumParser)
 

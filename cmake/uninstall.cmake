@@ -1,12 +1,12 @@
-# Run in a build folder: removes the files that "cmake --install" put down last, and the folders that
-# are empty then.
+# Runs in a build folder. Removes the files that the last "cmake --install" installed, and the folders
+# that are empty then.
 set(manifest install_manifest.txt)
 if(NOT EXISTS ${CMAKE_CURRENT_BINARY_DIR}/${manifest})
   message(FATAL_ERROR "There is nothing to uninstall: no ${manifest} here.")
 endif()
 file(STRINGS ${CMAKE_CURRENT_BINARY_DIR}/${manifest} files)
 
-# The prefix is the folder that holds them all.
+# The prefix is the folder that contains all of them.
 list(GET files 0 prefix)
 foreach(file IN LISTS files)
   cmake_path(IS_PREFIX prefix "${file}" is_inside)
@@ -21,7 +21,7 @@ foreach(file IN LISTS files)
   file(REMOVE "$ENV{DESTDIR}${file}")
   cmake_path(GET file PARENT_PATH folder)
   while(NOT folder STREQUAL prefix)
-    # Empty folders of the system stay, such as /usr/local/lib.
+    # The system's own folders stay even when they are empty, such as /usr/local/lib.
     if(prefix MATCHES "^/usr(/local)?$" AND NOT folder MATCHES "/velmor[-_]core")
       break()
     endif()

@@ -1,8 +1,8 @@
-# Doxygen's input filter: the plain comments of the public headers, in Doxygen's commands. The text
-# stays as it is. "In:" and "Out:" begin a table of parameters, "Returns" the results, "Word.  " a
-# paragraph with a title; what is indented stays as it is set.
+# Doxygen's input filter. It turns the plain comments of the public headers into Doxygen's commands:
+# a table after "In:" or "Out:" into parameters, "Returns" into the results, "Word.  " into the title
+# of a paragraph, an indented block into verbatim text. All other text stays as it is.
 
-# The text of a paragraph, where nothing is a command but code in backticks.
+# The text of a paragraph. Only backticks keep their meaning; all else is escaped.
 function plain(text,    parts, count, i, result) {
   count = split(text, parts, "`")
   for (i = 1; i <= count; ++i) {
@@ -27,7 +27,7 @@ function end_block() {
   mode = ""
 }
 
-# A row "name  text" of the parameters; a parameter that goes both ways has a row each.
+# A row "name  text" of the parameters. A parameter that is read and written has two rows.
 function parameter(row, direction,    name) {
   name = row
   sub(/ .*/, "", name)
@@ -85,7 +85,7 @@ function comment_line(text,    indent) {
   blank = 0
 }
 
-# Looks through a whole comment for parameters that go both ways, then puts it out.
+# Finds the parameters of a whole comment that are read and written, then prints it.
 function comment(    i, row, current, rows) {
   delete seen
   delete both_ways

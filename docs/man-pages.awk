@@ -1,6 +1,6 @@
-# Makes the man pages out of Doxygen's, which has one for a whole header: one for each function, and
-# one for the rest of the header, in man3 and man7 below the folder `out`. Pages that tell of no
-# header or type are in section 7.
+# Splits Doxygen's man page of a header into one page for each function and one for the rest of the
+# header. The pages are written to man3 and man7 in the folder `out`; section 7 has those that
+# describe neither a header nor a type.
 #   awk -v out=DIR -v version=1.0.16 -f man-pages.awk FILE.3...
 
 function open_page(page, section) {
@@ -118,12 +118,12 @@ in_functions && /^\\fB(Parameters|Returns)\\fP$/ {
   next
 }
 
-# Backslashes of programs, which Doxygen leaves to roff.
+# Doxygen does not escape the backslashes of programs.
 /^\.nf$/ { in_program = 1 }
 /^\.fi$/ { in_program = 0 }
 in_program && /\\[^&f-]/ { $0 = show_backslashes($0) }
 
-# Parameters one below the other, their texts aligned.
+# One parameter a paragraph, with the texts aligned.
 /^\\fI[a-z_0-9]+\\fP / {
   name = $1
   sub(/^[^ ]+ /, "")

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Prints the man page of the program, made of its own help so that it tells the same.
+# Prints the man page of the program, made from its help, so that both say the same.
 #   program-page.sh PROGRAM VERSION
 set -euo pipefail
 program=$1 version=$2
 
-# Help in roff: what is set in columns or indented stays as it is, other paragraphs are filled.
+# Turns help into roff. Paragraphs with columns or indented lines keep their lines, others are filled.
 to_roff() {
   awk -v RS= '{
     gsub(/\\/, "\\e")

@@ -42,8 +42,8 @@ void build(const char* path) {
   chunks.root().addData("fmt "_id, std::array{Format()});
   chunks.root().addData("data"_id, makeTone());
 
-  const Object file = Object::openFile(path, velmor_core::CREATE);
-  chunks.pourInto(file.root().addGroup("RIFF"_id, "WAVE"_id));
+  const Object file = Object::openFile(path, velmor_core::Mode::Create);
+  file.root().addGroup("RIFF"_id, "WAVE"_group).addCache(chunks);
 }
 
 }  // namespace

@@ -1,10 +1,21 @@
-/* Gives a WAV file a new title, in place: retag_wav FILE TITLE
+/* Gives a WAV file a new title: retag_wav FILE TITLE
  *
- * The title is the chunk INAM in the group LIST:INFO; both are added where they are missing. Sound
- * that lies behind the title moves, the rest of the file is left alone.
+ * FILE itself is never edited. A copy beside it is edited, written to disk with fsync(), and
+ * renamed over it. So FILE is the old file or the new one, whole, even if the disk is full, the
+ * power fails or the process is killed. A process that is killed can leave the copy behind, as
+ * FILE.XXXXXX.
+ *
+ * The title is the chunk INAM in the group LIST:INFO. Both are added where they are missing.
  */
+#define _XOPEN_SOURCE 700 /* NOLINT: POSIX gives the name */
+
+#include <errno.h>
+#include <fcntl.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <velmor_core/velmor_core.h>
 
 #define ID_RIFF VELMOR_CORE_RIFF_ID('R', 'I', 'F', 'F')
@@ -13,8 +24,7 @@
 #define ID_INFO VELMOR_CORE_RIFF_ID('I', 'N', 'F', 'O')
 #define ID_INAM VELMOR_CORE_RIFF_ID('I', 'N', 'A', 'M')
 
-/* The first child with these ids; a group id of 0 stands for a data chunk. Null if there is none.
- */
+/* The first child with these ids, null if there is none. A data chunk has the group id 0. */
 static velmor_core_riff_chunk_t* find_child(velmor_core_riff_chunk_t* group, uint32_t id,
                                             uint32_t group_id) {
   velmor_core_riff_chunk_t* chunk = velmor_core_riff_chunk_get_child(group, 0);
@@ -25,21 +35,86 @@ static velmor_core_riff_chunk_t* find_child(velmor_core_riff_chunk_t* group, uin
   return chunk;
 }
 
-/* Texts in LIST:INFO are stored with the NUL at their end. */
+/* Texts in LIST:INFO are stored with a NUL at their end. */
 static int set_title(velmor_core_riff_object_t* file, const char* title) {
-  const uint32_t size = (uint32_t)strlen(title) + 1;
+  const size_t size = strlen(title) + 1;
   velmor_core_riff_chunk_t* root = velmor_core_riff_object_get_virtual_root_chunk(file);
   velmor_core_riff_chunk_t* wave = find_child(root, ID_RIFF, ID_WAVE);
   if (!wave) return VELMOR_CORE_FAILURE;
 
+  /* The group has to stay below 4 GiB: a header of a group (12), one of a chunk (8), a pad byte. */
+  const uint64_t largest = velmor_core_riff_chunk_get_data_size(wave) + (uint64_t)size + 12 + 8 + 1;
+  if (largest > UINT32_MAX) return VELMOR_CORE_FAILURE;
+
   velmor_core_riff_chunk_t* info = find_child(wave, ID_LIST, ID_INFO);
   if (!info) info = velmor_core_riff_chunk_add_group_chunk(wave, ID_LIST, ID_INFO);
   velmor_core_riff_chunk_t* name = find_child(info, ID_INAM, 0);
-  if (!name) name = velmor_core_riff_chunk_add_data_chunk(info, ID_INAM, NULL, size);
+  if (!name) name = velmor_core_riff_chunk_add_data_chunk(info, ID_INAM, NULL, (uint32_t)size);
 
-  /* A null handle, left by an addition that failed, fails here. */
-  const int32_t status = velmor_core_riff_chunk_set_data_size(name, size);
-  return status ? status : velmor_core_riff_chunk_set_data(name, title, size, 0);
+  /* If an addition has failed, name is null and this fails. */
+  const int32_t status = velmor_core_riff_chunk_set_data_size(name, (uint32_t)size);
+  return status ? status : velmor_core_riff_chunk_set_data(name, title, (uint32_t)size, 0);
+}
+
+static const char* edit(const char* path, const char* title) {
+  velmor_core_riff_object_t* file = NULL;
+  if (velmor_core_riff_open_file(path, VELMOR_CORE_RIFF_READ_WRITE, &file)) return "no RIFF file";
+  const int status = set_title(file, title);
+  velmor_core_riff_close(file);
+  return status ? "the title cannot be set" : NULL;
+}
+
+static int write_all(int to, const char* bytes, size_t size) {
+  while (size > 0) {
+    const ssize_t written = write(to, bytes, size);
+    if (written < 0 && errno != EINTR) return -1;
+    if (written > 0) {
+      bytes += written;
+      size -= (size_t)written;
+    }
+  }
+  return 0;
+}
+
+/* Copies bytes and permission bits. */
+static int copy_file(const char* path, int to) {
+  char block[65536];
+  struct stat facts;
+  ssize_t count;
+  const int from = open(path, O_RDONLY | O_CLOEXEC);
+  if (from < 0) return -1;
+  do {
+    count = read(from, block, sizeof block);
+    if (count > 0 && write_all(to, block, (size_t)count)) break;
+  } while (count > 0 || (count < 0 && errno == EINTR));
+  const int status = count == 0 && fstat(from, &facts) == 0 ? fchmod(to, facts.st_mode) : -1;
+  close(from);
+  return status;
+}
+
+/* A rename is on disk once the folder is. */
+static int sync_folder(const char* absolute_path) {
+  const size_t length = (size_t)(strrchr(absolute_path, '/') - absolute_path);
+  char* folder = length ? strndup(absolute_path, length) : strdup("/");
+  const int fd = folder ? open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
+  const int status = fd < 0 ? -1 : fsync(fd);
+  if (fd >= 0) close(fd);
+  free(folder);
+  return status;
+}
+
+/* `copy` is a template for mkstemp(). Returns the reason of a failure, or null. */
+static const char* replace(const char* path, char* copy, const char* title) {
+  const char* reason = NULL;
+  const int fd = mkstemp(copy);
+  if (fd < 0) return strerror(errno);
+  if (copy_file(path, fd)) reason = strerror(errno);
+  if (!reason) reason = edit(copy, title);
+  if (!reason && (fsync(fd) || rename(copy, path))) reason = strerror(errno);
+  if (reason) unlink(copy);
+  close(fd);
+  if (!reason && sync_folder(path)) reason = strerror(errno);
+  return reason;
 }
 
 int main(int argc, char** argv) {
@@ -47,13 +122,16 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: retag_wav FILE TITLE\n");
     return 2;
   }
-  velmor_core_riff_object_t* file = NULL;
-  if (velmor_core_riff_open_file(argv[1], VELMOR_CORE_RIFF_READ_WRITE, &file)) {
-    fprintf(stderr, "%s: not a RIFF file that can be written\n", argv[1]);
-    return 1;
+  /* A symbolic link stays one: its target is replaced. */
+  char* path = realpath(argv[1], NULL);
+  char* copy = path ? malloc(strlen(path) + sizeof ".XXXXXX") : NULL;
+  const char* reason = strerror(errno);
+  if (copy) {
+    sprintf(copy, "%s.XXXXXX", path);
+    reason = replace(path, copy, argv[2]);
   }
-  const int status = set_title(file, argv[2]);
-  velmor_core_riff_close(file);
-  if (status) fprintf(stderr, "%s: the title cannot be set\n", argv[1]);
-  return status ? 1 : 0;
+  if (reason) fprintf(stderr, "%s: %s\n", argv[1], reason);
+  free(copy);
+  free(path);
+  return reason ? 1 : 0;
 }

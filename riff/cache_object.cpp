@@ -1,6 +1,10 @@
+// The buffer of a cache and its growth.
+
 #include "riff/cache_object.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -8,12 +12,12 @@ namespace RIFF {
 
 namespace {
 
-// The smallest multiple of capacity above n. A capacity of 0 has no multiples: it becomes n.
+// The smallest multiple of capacity above n. A capacity of 0 has no multiples and becomes n.
 uint64_t nextCapacity(uint64_t capacity, uint64_t n) {
   if (capacity == 0) return n;
   uint64_t grown = 0;
   const bool overflows = __builtin_mul_overflow(n / capacity + 1, capacity, &grown);
-  // With a capacity of 1 the number of steps itself may wrap to 0.
+  // With a capacity of 1, n / capacity + 1 may wrap to 0.
   if (overflows || grown <= n) throw std::bad_alloc();
   return grown;
 }
@@ -24,21 +28,23 @@ CacheObject::CacheObject(uint64_t capacity) : MemoryObject(nullptr, 0, 0) {
   if (capacity > 0) reallocate(capacity);
 }
 
+CacheObject::~CacheObject() { std::free(buffer); }
+
 void CacheObject::resize(uint64_t newSize) {
   if (newSize > capacity) reallocate(nextCapacity(capacity, newSize));
   size = newSize;
 }
 
-// Keeps all bytes of the old buffer; on failure, the old buffer itself. What is won is cleared: pad
-// bytes are never written, and must not carry what the memory held before into a file.
+// Keeps all bytes of the old buffer. If it fails, the old buffer stays. New bytes are cleared,
+// since pad bytes are never written: without this, whatever the memory held before could reach a
+// file.
 void CacheObject::reallocate(uint64_t newCapacity) {
   if (newCapacity > PTRDIFF_MAX) throw std::bad_alloc();
-  void* memory = storage ? std::realloc(storage.get(), newCapacity) : std::calloc(newCapacity, 1);
+  // A first buffer comes cleared from the system, often without any of it being touched.
+  void* memory = buffer ? std::realloc(buffer, newCapacity) : std::calloc(newCapacity, 1);
   if (!memory) throw std::bad_alloc();
   auto* grown = static_cast<std::byte*>(memory);
-  if (storage) std::memset(grown + capacity, 0, newCapacity - capacity);
-  static_cast<void>(storage.release());  // realloc has freed or kept it
-  storage.reset(grown);
+  if (buffer) std::memset(grown + capacity, 0, newCapacity - capacity);
   buffer = grown;
   capacity = newCapacity;
 }

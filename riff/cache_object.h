@@ -1,35 +1,29 @@
-// A store in memory of its own that grows on demand: chunks are gathered in it and then poured into
-// another object at once.
+// An object whose bytes lie in a buffer of its own, which grows on demand. Callers build chunks in
+// it and then add them all to another object at once.
 
 #ifndef RIFF_CACHE_OBJECT_H
 #define RIFF_CACHE_OBJECT_H
 
-#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 
 #include "riff/memory_object.h"
 
 namespace RIFF {
 
+// Owns the buffer of its base. The buffer comes from malloc(), so that realloc() may extend it
+// where it lies.
 class CacheObject final : public MemoryObject {
  public:
   explicit CacheObject(uint64_t capacity);
 
-  // Grows the capacity to its next multiple above newSize, at least doubling it; never gives memory
-  // back. std::bad_alloc where there is none, with nothing changed.
+  // Past the capacity, grows it to the smallest of its multiples above newSize, which at least
+  // doubles it. Never gives memory back. Without memory it throws std::bad_alloc and changes
+  // nothing.
   void resize(uint64_t newSize) override;
+  ~CacheObject() override;
 
  private:
-  struct Free {
-    void operator()(std::byte* bytes) const { std::free(bytes); }
-  };
-
   void reallocate(uint64_t newCapacity);
-
-  // What buffer points to; from malloc, so that a growth may extend it where it lies.
-  std::unique_ptr<std::byte[], Free> storage;
 };
 
 }  // namespace RIFF

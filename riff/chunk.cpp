@@ -1,3 +1,5 @@
+// Reading and writing the header that all chunks have: id and data size.
+
 #include "riff/chunk.h"
 
 #include "riff/object.h"
@@ -10,18 +12,22 @@ Chunk::Chunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChun
 Chunk::Chunk(Object& object, int64_t offset, GroupChunk* parent)
     : object(&object), offset(offset), parent(parent) {
   const auto header = static_cast<uint64_t>(offset);
-  object.read(header, &id, ID_SIZE);
-  object.read(header + ID_SIZE, &size, sizeof size);
+  object.read(header, bytesOf(id), ID_SIZE);
+  object.read(header + ID_SIZE, bytesOf(size), sizeof size);
+}
+
+void Chunk::writeHeader(int64_t newOffset, uint32_t newSize) const {
+  object->writeChunkHeader(static_cast<uint64_t>(newOffset), id, newSize);
 }
 
 void Chunk::setId(FourCC newId) {
   id = newId;
-  object->write(static_cast<uint64_t>(offset), &id, ID_SIZE);
+  object->write(static_cast<uint64_t>(offset), bytesOf(id), ID_SIZE);
 }
 
 void Chunk::setSizeField(uint32_t newSize) {
   size = newSize;
-  object->write(static_cast<uint64_t>(offset) + ID_SIZE, &size, sizeof size);
+  object->write(static_cast<uint64_t>(offset) + ID_SIZE, bytesOf(size), sizeof size);
 }
 
 }  // namespace RIFF

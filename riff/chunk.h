@@ -10,8 +10,8 @@ namespace RIFF {
 class GroupChunk;
 class Object;
 
-// A chunk id: four bytes in storage order, the first one in the low 8 bits. This is how the bytes
-// lie in memory on x86-64, so a FourCC is read and written as it is.
+// A chunk id: four bytes in storage order, the first one in the low 8 bits. x86-64 keeps them in
+// memory in that order too, so a FourCC is read and written as it is.
 struct FourCC {
   constexpr FourCC() = default;
   constexpr explicit FourCC(uint32_t value) : value(value) {}
@@ -33,13 +33,13 @@ constexpr uint32_t ID_SIZE = 4;
 constexpr uint32_t CHUNK_HEADER_SIZE = 8;   // id, data size
 constexpr uint32_t GROUP_HEADER_SIZE = 12;  // id, data size, group id
 
-// A data size rounded up to the even number of bytes that it takes in storage.
+// A data size rounded up to even: the bytes that the data and its pad byte take.
 constexpr uint64_t padded(uint32_t size) { return uint64_t{size} + (size & 1U); }
 
-// One chunk: where it lies, what its header says, and its place in the tree.
+// One chunk: its position, what its header says, and its place in the tree.
 //
-// A chunk is a DataChunk or a GroupChunk, told apart by its run-time type alone: a group that was
-// created under another id than "RIFF" or "LIST" is a group all the same.
+// A chunk is a DataChunk or a GroupChunk. Only its run-time type says which: a group that was
+// created under an id other than "RIFF" or "LIST" is a group all the same.
 class Chunk {
  public:
   Chunk(const Chunk&) = delete;
@@ -57,11 +57,14 @@ class Chunk {
   // The bytes that the chunk takes in storage, header and pad byte included. 64 bits: a chunk of
   // full size takes 2^32 + 8.
   uint64_t totalSize() const { return CHUNK_HEADER_SIZE + padded(size); }
-  // Offset of the first byte behind the chunk and its pad byte.
+  // Offset of the first byte after the chunk and its pad byte.
   uint64_t end() const { return static_cast<uint64_t>(offset) + totalSize(); }
 
-  // Both take the value into the node before they write it: if the write fails, the node has the
-  // new value and the bytes have the old one.
+  // Writes the chunk's id and newSize as a header at newOffset, in one write. The node stays as it
+  // is: an edit changes the tree last, when nothing can fail any more.
+  void writeHeader(int64_t newOffset, uint32_t newSize) const;
+  // Both store the value in the node and then write it. If the write fails, the node has the new
+  // value and the bytes have the old one.
   void setId(FourCC newId);
   void setSizeField(uint32_t newSize);
 
@@ -70,7 +73,7 @@ class Chunk {
   // Reads id and size from the header at offset.
   Chunk(Object& object, int64_t offset, GroupChunk* parent);
 
-  // Offset of the first byte behind the header, as the object counts.
+  // Offset of the first byte after the 8-byte header, from the object's first byte.
   uint64_t dataStart() const { return static_cast<uint64_t>(offset) + CHUNK_HEADER_SIZE; }
 
  private:

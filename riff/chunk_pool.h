@@ -14,23 +14,26 @@ namespace RIFF {
 
 class Chunk;
 
-// Destroys a node and gives its memory back to the pool of its object.
+// Destroys a node and returns its memory to the pool of its object. Defined in object.cpp, where
+// the kinds of chunks and their object are known.
 struct ReturnChunk {
   void operator()(Chunk* chunk) const;
 };
-// Owns a chunk, and with a group everything in it.
+// Owns a chunk that is in no tree, not yet or no longer. If the chunk is a group, owns everything
+// in it too.
 using ChunkPointer = std::unique_ptr<Chunk, ReturnChunk>;
 
-// Trees have many small nodes of two sizes that mostly come and go together: opening a file spends
-// more time in malloc than in reading headers. So nodes are cut from blocks, one behind the other;
-// a node that goes is the next one to be handed out. The blocks go with the pool, after the tree.
+// A tree has many small nodes of two sizes, most of which come and go together. With one malloc()
+// for each, opening a file would spend more time there than on reading headers. So nodes are cut
+// from blocks, and a node that is returned is the next one to be handed out. The blocks live as
+// long as the pool.
 class ChunkPool {
  public:
   ChunkPool() = default;
   ChunkPool(const ChunkPool&) = delete;
   ChunkPool& operator=(const ChunkPool&) = delete;
 
-  // Builds a node; if its constructor throws, the memory is taken back.
+  // Builds a node. If its constructor throws, its memory returns to the pool.
   template <typename Kind, typename... Arguments>
   ChunkPointer make(Arguments&&... arguments) {
     static_assert(sizeof(Kind) <= MAX_NODE);
@@ -39,8 +42,13 @@ class ChunkPool {
     memory.node = nullptr;
     return chunk;
   }
-  void release(void* node, std::size_t size);
-  // Makes sure that there is memory for one more node.
+  // Takes back the memory of a destroyed node.
+  void release(void* node, std::size_t size) {
+    if (!POOLED) return ::operator delete(node);
+    FreeNode*& first = freeNodes[toUnits(size)];
+    first = ::new (node) FreeNode{first};
+  }
+  // Allocates now, so that the next node needs no memory from the system.
   void reserveNode() {
     if (restSize < MAX_NODE) addBlock();
   }
@@ -57,17 +65,26 @@ class ChunkPool {
       if (node) pool.release(node, size);
     }
   };
+// The address sanitizer notices the use of a stale handle only if each node has memory of its own.
+#if defined(__SANITIZE_ADDRESS__)
+  static constexpr bool POOLED = false;
+#elif defined(__has_feature)
+  static constexpr bool POOLED = !__has_feature(address_sanitizer);
+#else
+  static constexpr bool POOLED = true;
+#endif
   static constexpr std::size_t UNIT = 16;
   static constexpr std::size_t MAX_NODE = 128;
   static constexpr std::size_t FIRST_BLOCK = 1024;
   static constexpr std::size_t MAX_BLOCK = 65536;
 
+  static constexpr std::size_t toUnits(std::size_t size) { return (size + UNIT - 1) / UNIT; }
   void* allocate(std::size_t size);
   void addBlock();
 
-  std::array<FreeNode*, MAX_NODE / UNIT + 1> freeNodes = {};  // by size in units
+  std::array<FreeNode*, MAX_NODE / UNIT + 1> freeNodes = {};  // lists of returned nodes, by units
   std::vector<std::unique_ptr<std::byte[]>> blocks;
-  std::byte* rest = nullptr;  // of the last block
+  std::byte* rest = nullptr;  // the unused end of the last block
   std::size_t restSize = 0;
   std::size_t nextBlock = FIRST_BLOCK;
 };

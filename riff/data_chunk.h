@@ -1,4 +1,4 @@
-// A leaf of the chunk tree: a chunk whose data is the caller's.
+// A leaf of the chunk tree: a chunk whose data belongs to the caller and is never looked into.
 
 #ifndef RIFF_DATA_CHUNK_H
 #define RIFF_DATA_CHUNK_H
@@ -15,23 +15,25 @@ class DataChunk final : public Chunk {
   // Reads the header at offset.
   DataChunk(Object& object, int64_t offset, GroupChunk* parent) : Chunk(object, offset, parent) {}
 
-  // Copy `length` bytes out of or into the data, from `offset` bytes into it. A range that leaves
-  // the data throws "chunk to small" before anything is copied; the pad byte is out of reach.
+  // Copy `length` bytes out of or into the data, starting `offset` bytes into it. A range that
+  // leaves the data throws "chunk to small" before anything is copied. The pad byte is out of
+  // reach.
   void getData(void* destination, uint32_t length, uint32_t offset) const;
   void setData(const void* source, uint32_t length, uint32_t offset);
 
-  // Lengthens or cuts the data at its end. Bytes that are won hold whatever the storage held.
+  // Lengthens or cuts the data at its end. New bytes are uninitialised.
   void setDataSize(uint32_t newSize);
 
  private:
   void checkRange(uint32_t length, uint32_t offset) const;
 };
 
-// By the address of the type: it is known inside this library only, where there is one of it, and
-// comparing types would compare their names wherever the answer is no.
+// Compares the addresses of the types. The types are known only inside this library, which has one
+// of each. Comparing the types themselves would compare their names whenever the answer is no.
 inline bool isDataChunk(const Chunk& chunk) { return &typeid(chunk) == &typeid(DataChunk); }
 
-// "JUNK" data: space that new chunks may take. A group under that id holds chunks and is not free.
+// A "JUNK" data chunk is free space, which new chunks may take. A group under that id holds chunks
+// and is not free.
 inline bool isFree(const Chunk& chunk) { return chunk.getId() == JUNK_ID && isDataChunk(chunk); }
 
 }  // namespace RIFF

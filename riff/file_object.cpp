@@ -1,3 +1,5 @@
+// The four byte operations as system calls.
+
 #include "riff/file_object.h"
 
 #include <fcntl.h>
@@ -5,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <stdexcept>
 
 namespace RIFF {
@@ -21,7 +22,7 @@ int openFlags(int32_t mode) {
   return O_RDONLY | O_CLOEXEC;
 }
 
-// Calls transfer(bytes, length) until all has gone. An interrupted call counts as failed.
+// Calls transfer(bytes, length) until all bytes are transferred. An interrupted call is a failure.
 template <typename Byte, typename Transfer>
 void transferAll(Byte* bytes, uint64_t length, const char* failure, Transfer transfer) {
   while (length > 0) {
@@ -45,7 +46,7 @@ void Descriptor::open(const std::string& path, int flags) {
 
 FileObject::FileObject(const std::string& path, int32_t openMode) : mode(openMode) {
   fd.open(path, openFlags(mode));
-  // What cannot seek has the size -1, which loads as an empty tree.
+  // If the file cannot seek, the size is -1, which loads as an empty tree.
   size = static_cast<uint64_t>(::lseek(fd.get(), 0, SEEK_END));
   loadChunks();
 }
@@ -57,15 +58,15 @@ void FileObject::resize(uint64_t newSize) {
   size = newSize;
 }
 
-void FileObject::read(uint64_t offset, void* destination, uint64_t length) {
+void FileObject::read(uint64_t offset, std::byte* destination, uint64_t length) {
   seek(offset);
-  transferAll(static_cast<std::byte*>(destination), length, "read failed",
+  transferAll(destination, length, "read failed",
               [this](std::byte* bytes, uint64_t n) { return ::read(fd.get(), bytes, n); });
 }
 
-void FileObject::write(uint64_t offset, const void* source, uint64_t length) {
+void FileObject::write(uint64_t offset, const std::byte* source, uint64_t length) {
   seek(offset);
-  transferAll(static_cast<const std::byte*>(source), length, "write failed",
+  transferAll(source, length, "write failed",
               [this](const std::byte* bytes, uint64_t n) { return ::write(fd.get(), bytes, n); });
 }
 

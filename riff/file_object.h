@@ -1,8 +1,9 @@
-// A store over a file.
+// An object whose bytes lie in a file.
 
 #ifndef RIFF_FILE_OBJECT_H
 #define RIFF_FILE_OBJECT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -10,7 +11,7 @@
 
 namespace RIFF {
 
-// Owns a file descriptor; -1 stands for none.
+// Owns a file descriptor and closes it; -1 stands for none.
 class Descriptor {
  public:
   Descriptor() = default;
@@ -25,30 +26,34 @@ class Descriptor {
   int32_t fd = -1;
 };
 
-// Every access is one seek and as many transfers as the system needs for it; nothing is cached, so
-// closing has nothing to flush. Offsets are not checked against the size: the file's own end
-// decides. Failures are "open failed", "lseek failed", "read failed", "write failed" and
-// "ftruncate failed"; a failed write or move leaves what it has written.
+// Every access is one seek and as many transfers as the system needs. Nothing is cached, so closing
+// has nothing to flush. Offsets are not checked against the size: the file's own end decides.
+//
+// Failures are "open failed", "lseek failed", "read failed", "write failed" and "ftruncate failed".
+// A failed write or move leaves the bytes that it has already written.
 class FileObject final : public Object {
  public:
   static constexpr int32_t READ_WRITE = 1;
-  static constexpr int32_t CREATE = 2;  // or empty what is there; then read-write
+  static constexpr int32_t CREATE = 2;  // creates or empties the file, then read-write
 
   // Every other mode opens for reading only.
   FileObject(const std::string& path, int32_t openMode);
 
-  // A growth adds zeros.
+  // New bytes are zeros.
   void resize(uint64_t newSize) override;
-  void read(uint64_t offset, void* destination, uint64_t length) override;
-  void write(uint64_t offset, const void* source, uint64_t length) override;
-  // In pieces of 64 KiB, from the side on which none is overwritten before it is read.
+  void read(uint64_t offset, std::byte* destination, uint64_t length) override;
+  void write(uint64_t offset, const std::byte* source, uint64_t length) override;
+  // In pieces of 64 KiB, starting at the end from which each piece is read before it is
+  // overwritten.
   void move(uint64_t source, uint64_t destination, uint64_t length) override;
+  // Closes the file.
+  ~FileObject() override = default;
 
  private:
   void seek(uint64_t offset) const;
 
-  int32_t mode;
-  Descriptor fd;
+  int32_t mode;   // as given at open
+  Descriptor fd;  // 32 bits; owns the file from the moment it is open
 };
 
 }  // namespace RIFF

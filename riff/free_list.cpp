@@ -1,3 +1,5 @@
+// Keeping a group's free chunks in the order in which they are used up.
+
 #include "riff/free_list.h"
 
 #include <algorithm>
@@ -7,21 +9,9 @@
 #include <tuple>
 #include <utility>
 
-#include "riff/group_chunk.h"
-
 namespace RIFF {
 
-namespace {
-
-bool isTopLevel(const Chunk& chunk) { return chunk.getParent()->getParent() == nullptr; }
-
-bool comesFirst(const DataChunk* a, const DataChunk* b) { return usedUpBefore(*a, *b); }
-
-}  // namespace
-
-bool isTrailing(const Chunk& chunk) { return !chunk.getNext() && isTopLevel(chunk); }
-
-bool usedUpBefore(const DataChunk& a, const DataChunk& b) {
+bool FreeList::usedUpBefore(const DataChunk& a, const DataChunk& b) const {
   if (isTrailing(a)) return false;
   if (isTrailing(b)) return true;
   if (a.getDataSize() != b.getDataSize()) return a.getDataSize() < b.getDataSize();
@@ -63,7 +53,7 @@ void FreeList::restoreOrder(const Chunk& changed) {
     ordered = true;
     return;
   }
-  // A chunk that has just been appended is found at once.
+  // insert() has just put the chunk at the end, so look there first.
   if (!chunks.empty() && chunks.back() == &changed) return settle(std::prev(chunks.end()));
   const auto found = std::ranges::find(chunks, &changed);
   if (found != chunks.end()) settle(found);
@@ -72,10 +62,10 @@ void FreeList::restoreOrder(const Chunk& changed) {
 // Moves an entry to its place among the others, which are in order.
 void FreeList::settle(std::list<DataChunk*>::iterator entry) {
   auto place = entry;
-  while (place != chunks.begin() && comesFirst(*entry, *std::prev(place))) --place;
+  while (place != chunks.begin() && usedUpBefore(**entry, **std::prev(place))) --place;
   if (place == entry) {
     ++place;
-    while (place != chunks.end() && comesFirst(*place, *entry)) ++place;
+    while (place != chunks.end() && usedUpBefore(**place, **entry)) ++place;
   }
   chunks.splice(place, chunks, entry);
 }
@@ -83,19 +73,23 @@ void FreeList::settle(std::list<DataChunk*>::iterator entry) {
 void FreeList::sortAppended() {
   if (chunks.empty()) return;
   std::list<DataChunk*> last;
-  if (isTopLevel(*chunks.back())) last.splice(last.end(), chunks, std::prev(chunks.end()));
+  if (topLevel) last.splice(last.end(), chunks, std::prev(chunks.end()));
   sort();
   ordered = last.empty() || isTrailing(*last.front());
   chunks.splice(chunks.end(), last);
 }
 
-// As chunks.sort(comesFirst), but quick for long lists: the keys are sorted side by side in memory
-// of their own, if there is any, and not by following links.
+// Gives the same order as chunks.sort(), and is quick for long lists too: the keys are sorted in an
+// array, since following links costs a cache miss each. Without memory for the array, the list
+// sorts itself. Offsets differ, so no two keys are equal and a stable sort is not needed.
 void FreeList::sort() {
-  if (std::ranges::is_sorted(chunks, comesFirst)) return;
+  const auto before = [this](const DataChunk* a, const DataChunk* b) {
+    return usedUpBefore(*a, *b);
+  };
+  if (std::ranges::is_sorted(chunks, before)) return;
   using Key = std::tuple<bool, uint32_t, int64_t, DataChunk*>;  // trailing, size, offset
   const std::unique_ptr<Key[]> keys(new (std::nothrow) Key[chunks.size()]);
-  if (!keys) return chunks.sort(comesFirst);
+  if (!keys) return chunks.sort(before);
   Key* end = keys.get();
   for (DataChunk* chunk : chunks) {
     *end++ = {isTrailing(*chunk), chunk->getDataSize(), chunk->getOffset(), chunk};

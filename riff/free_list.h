@@ -11,22 +11,18 @@
 
 namespace RIFF {
 
-// Whether the chunk ends where its object's tree ends: the last top-level chunk.
-bool isTrailing(const Chunk& chunk);
-
-// The order of the list: the smallest free chunk first, equal ones in byte order, and the trailing
-// one behind all others, since it alone can grow without moving anything.
-bool usedUpBefore(const DataChunk& a, const DataChunk& b);
-
-// Borrows the chunks that it names; none is in it twice.
+// The order: the smallest free chunk first, equal sizes in byte order, the trailing chunk last. So
+// the first one that fits is the best, and the one that can grow without moving anything is taken
+// when nothing else fits.
 //
-// The list is sorted at certain points of an edit and keeps that order in between, even where
-// another chunk has become the trailing one or an entry has got another size meanwhile; what is
-// found depends on it. `ordered` tells whether sorting now would change nothing, which lets a
-// single changed entry be put into its place without comparing the others.
+// The list borrows its chunks; none is in it twice. It is sorted at certain points of an edit and
+// keeps that order in between, even when another chunk becomes the trailing one or an entry gets
+// another size. What is found depends on that. `ordered` says whether sorting now would change
+// nothing. Then one changed entry is moved to its place without comparing the others.
 class FreeList {
  public:
-  // A list entry without its chunk, taken before an edit begins so that nothing fails at its end.
+  // A list entry without its chunk. An edit allocates it before its first change, so that it cannot
+  // run out of memory at its end.
   class Entry {
    public:
     explicit Entry(bool needed = true) : node(needed ? 1 : 0) {}
@@ -36,35 +32,42 @@ class FreeList {
     std::list<DataChunk*> node;
   };
 
-  bool empty() const { return chunks.empty(); }
-  DataChunk* last() const { return chunks.empty() ? nullptr : chunks.back(); }
+  // For the children of the virtual root (topLevel), or of another group.
+  explicit FreeList(bool topLevel) : topLevel(topLevel) {}
 
-  // The first entry that can take n bytes, header included: it is filled exactly, or a whole header
-  // fits behind them. Null if there is none.
+  // Whether a child of the group is the last top-level chunk, which ends where the tree ends.
+  bool isTrailing(const Chunk& child) const { return topLevel && !child.getNext(); }
+
+  // Null if the list is empty.
+  DataChunk* last() const { return chunks.empty() ? nullptr : chunks.back(); }
+  // The first entry that can take n bytes, header included: either they fill it exactly, or its
+  // data has room for them all, so that a whole header fits after them. Null if there is none.
   DataChunk* findFitting(uint64_t n) const;
 
   // Enters a chunk in its place.
   void insert(Entry entry, DataChunk& chunk);
-  // Enters a chunk behind the others; sortAppended() follows once all have come.
+  // Enters a chunk at the end. After a run of these, call sortAppended().
   void append(Entry entry, DataChunk& chunk);
   void remove(const Chunk& chunk);
   void clear();
 
-  // Sorts the list, of which at most `changed` is out of place if it was in order before. `changed`
-  // need not be in the list.
+  // Sorts the list after `changed` has got another size or offset. `changed` need not be in it.
   void restoreOrder(const Chunk& changed);
-  // Sorts after a run of attached chunks as if it had been done at each: at that moment a top-level
-  // chunk was the trailing one, and the last one appended stays behind the others.
+  // Sorts the list after a run of append(), with the result of sorting after each of them. Every
+  // top-level chunk was the trailing one when it was attached, so the last one appended stays last.
   void sortAppended();
-  // An entry has got another size, or another chunk has become the trailing one.
+  // To be called when an entry gets another size, or another chunk becomes the trailing one, and
+  // the list is not sorted at once.
   void noteDisorder() { ordered = false; }
 
  private:
+  bool usedUpBefore(const DataChunk& a, const DataChunk& b) const;
   void sort();
   void settle(std::list<DataChunk*>::iterator entry);
 
   std::list<DataChunk*> chunks;
   bool ordered = true;
+  bool topLevel;
 };
 
 }  // namespace RIFF

@@ -17,8 +17,8 @@ namespace RIFF {
 
 class MemoryObject;
 
-// A "RIFF" or "LIST" with its group id and, back to back behind it, its children. It owns them.
-// Whatever else points at a chunk (the next links, the free list, the handles of C callers) borrows
+// A "RIFF" or "LIST" with its group id, followed by its children back to back. It owns them.
+// Whatever else points to a chunk (the next links, the free list, the handles of C callers) borrows
 // it, and dangles once the chunk is removed.
 //
 // Between two calls, for every group:
@@ -28,13 +28,13 @@ class MemoryObject;
 //      for the virtual root), each later one where its predecessor ends, pad byte included.
 //   3. The size, in memory and in the header, rounded up to even, is 4 plus the children's total
 //      sizes. The virtual root has no header; its size stays 0.
-//   4. freeList names free children only, none twice. Not every free child is in it: one that was
-//      added or poured in under the id "JUNK" where a free chunk lay, and one that a split has left
-//      with no data, stay out until the object is opened anew.
+//   4. freeList names free children only, none twice. Two kinds of free children stay out of it
+//      until the object is opened again: a chunk with the id "JUNK" that was added into free space,
+//      and a free chunk that a split has left without data.
 //
-// An edit that throws leaves bytes and tree as far as it got; nothing is rolled back. So edits ask
-// for room first, which is where they usually fail, and change the tree last. What an edit refuses
-// (missing bytes, a group into itself) it refuses before the first change.
+// An edit that throws stops where it is: nothing is rolled back. So an edit first checks what it
+// has to refuse (missing bytes, a group into itself), then asks for room, which is where most
+// failures occur, and changes the tree last.
 class GroupChunk : public Chunk {
  public:
   GroupChunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChunk* parent,
@@ -50,48 +50,47 @@ class GroupChunk : public Chunk {
   }
   Chunk* getLastChild() const { return children.empty() ? nullptr : children.back(); }
 
-  // Hangs a child, whose bytes lie behind the others and whose parent is this group, behind the
-  // others; takes ownership. A free chunk enters the free list.
-  Chunk& attach(ChunkPointer child);
-  // The same in two steps, for many children: attachUnsorted() for each, then sortAttached().
+  // Attaches a node that was read from this group's bytes: its parent is this group, and its bytes
+  // follow the last child's. Takes ownership. A free chunk enters the free list.
+  Chunk& addChunk(ChunkPointer child);
+  // The same in two steps, so that many children are sorted once: attachUnsorted() for each, then
+  // sortAttached().
   Chunk& attachUnsorted(ChunkPointer child);
   void sortAttached() { freeList.sortAppended(); }
 
   // Appends an empty group. Free space is not used for groups.
   GroupChunk& addGroupChunk(FourCC newId, FourCC newGroupId);
-  // Appends a copy of source and everything in it, from this object or another. Source must have a
-  // header (no virtual root), hold all its bytes, and must not contain this group.
+  // Appends a copy of source and everything in it. Source is any chunk in a tree, of this object or
+  // another. A child of this very group is copied too: attaching it would list it twice. Source
+  // must have a header (no virtual root) and all its bytes, and must not contain this group.
   Chunk& addChunk(Chunk& source);
-  // Takes a child and its bytes out of the object; destroys the child.
+  // Removes a child and its bytes from the object, and destroys the child.
   void remove(Chunk& child);
 
-  // Adds a data chunk where a free chunk fits best, else behind the last child. The data bytes stay
-  // as the storage holds them if data is null.
+  // Adds a data chunk to the free space that fits best, or else appends it. If data is null, the
+  // data bytes stay uninitialised.
   DataChunk& addDataChunk(FourCC newId, const void* data, uint32_t dataSize);
-  // Adds all bytes of cache, which are whole chunks, in the same way. Returns the first chunk, null
-  // if the cache is empty. The cache must not be this group's own object.
+  // Adds all bytes of cache, which are whole chunks, in the same way. Returns the first new chunk,
+  // null if the cache is empty. The cache must not be this group's own object.
   Chunk* addCache(MemoryObject& cache);
-  // Makes a child free space, joined with free neighbours. Moves no byte and changes no other size.
-  // Returns the free chunk that covers the child's bytes now.
+  // Turns a child into free space and merges it with free neighbours. Moves no byte and changes no
+  // size around it. Returns the free chunk that covers the child's bytes now.
   DataChunk& recycle(Chunk& child);
 
-  // A free child that can take n bytes, header included; null if there is none. The trailing chunk
-  // grows if nothing else fits.
-  DataChunk* findFreeChunk(uint64_t n);
   // To be called before a free child gets another size.
   void noteFreeSizeChange() { freeList.noteDisorder(); }
 
-  // Destroys all children, bytes untouched.
+  // Destroys all children. Writes nothing.
   void clear();
 
  private:
   using EnterFreeList = void (FreeList::*)(FreeList::Entry, DataChunk&);
 
-  // New bytes in the place of a free chunk: all of it, or its first n bytes; what remains keeps a
-  // header of its own behind them.
+  // How n new bytes, header included, take the place of a free chunk. Either they fill it exactly,
+  // or they take its first n bytes, and a new header after them makes the rest a free chunk.
   struct Reuse {
     DataChunk& free;
-    std::size_t index;
+    std::size_t index;  // of free among the children
     uint64_t n;
     bool exact;
   };
@@ -103,6 +102,10 @@ class GroupChunk : public Chunk {
   Chunk& link(ChunkPointer&& child);
   void dropChildren(std::size_t index, std::size_t count);
 
+  // A free child that can take n bytes, header included. If there is none but the trailing chunk is
+  // free, grows that one and returns it. Null if neither is possible.
+  DataChunk* findFreeChunk(uint64_t n);
+  DataChunk* growTrailing(uint64_t n);
   Reuse planReuse(DataChunk& free, uint64_t n, uint64_t written);
   void writeRest(const Reuse& reuse);
   void placeAdded(const Reuse& reuse, std::span<ChunkPointer> added);
@@ -112,9 +115,10 @@ class GroupChunk : public Chunk {
   DataChunk& mergeIntoNext(std::size_t index);
   DataChunk& makeFree(std::size_t index);
 
-  // Owned: link() and placeAdded() take them from their ChunkPointers, dropChildren() and clear()
-  // hand them back. Plain pointers, since an edit in a wide group moves those behind it as bytes,
-  // where owning ones would be moved one by one, at several times the cost.
+  // Owned: link() and placeAdded() take them out of their ChunkPointers, dropChildren() and clear()
+  // put them into ChunkPointers again to destroy them. They are plain pointers for speed: when an
+  // edit in a wide group moves later children, it moves plain pointers as bytes, but owning ones
+  // one by one, at several times the cost.
   std::vector<Chunk*> children;
   FreeList freeList;
   FourCC groupId;

@@ -1,11 +1,12 @@
-// Loading and resizing. What a chunk looks like in storage, sizes little-endian:
+// Loading the tree from the bytes, and the resizing that keeps both in step. A chunk in storage,
+// with little-endian sizes:
 //
 //   data chunk   | id 4 | size 4 | data, size bytes             | pad byte if size is odd |
 //   group        | id 4 | size 4 | group id 4 | child | child … | pad byte if size is odd |
 //
 // Top-level chunks lie back to back from offset 0 until the object's size is reached. "RIFF" and
-// "LIST" are groups, every other id is data. The format is RIFF, the Resource
-// Interchange File Format of Microsoft and IBM (1991).
+// "LIST" are groups, every other id is data. The format is RIFF, the Resource Interchange File
+// Format of Microsoft and IBM (1991).
 
 #include "riff/object.h"
 
@@ -14,28 +15,23 @@
 #include <stdexcept>
 #include <utility>
 
-#include "riff/data_chunk.h"
-
 namespace RIFF {
 
 namespace {
 
 constexpr uint64_t MAX_SIZE = std::numeric_limits<int64_t>::max();
 
-// The next chunk in byte order that is not inside chunk; null behind the last one.
-Chunk* nextOutside(const Chunk& chunk) {
+// The next chunk in byte order among all chunks inside group, each group before its children. Null
+// after the last one. The parent links lead back up, so deep nesting costs no memory.
+Chunk* nextInside(const GroupChunk& group, Chunk& chunk) {
+  const GroupChunk* opened = asGroup(&chunk);
+  if (opened && opened->getChild(0)) return opened->getChild(0);
   const Chunk* c = &chunk;
-  while (c && !c->getNext()) c = c->getParent();
-  return c ? c->getNext() : nullptr;
+  while (c != &group && !c->getNext()) c = c->getParent();
+  return c != &group ? c->getNext() : nullptr;
 }
 
-// The next chunk in byte order, groups before what they hold.
-Chunk* nextInOrder(Chunk& chunk) {
-  const GroupChunk* group = asGroup(&chunk);
-  return group && group->getChild(0) ? group->getChild(0) : nextOutside(chunk);
-}
-
-// The chunk whose bytes are the last ones of chunk: the last child of the last child, and so on.
+// The chunk that ends where `chunk` ends: the last child of the last child, and so on.
 const Chunk& lastInside(const Chunk& chunk) {
   const Chunk* last = &chunk;
   while (!isDataChunk(*last)) {
@@ -48,8 +44,23 @@ const Chunk& lastInside(const Chunk& chunk) {
 
 }  // namespace
 
+// The nodes go first: virtualRoot comes before pool, so its own destructor runs after their memory
+// has gone.
+Object::~Object() { virtualRoot.clear(); }
+
+void ReturnChunk::operator()(Chunk* chunk) const {
+  ChunkPool& pool = chunk->getObject().getPool();
+  if (isDataChunk(*chunk)) {
+    static_cast<DataChunk*>(chunk)->~DataChunk();
+    pool.release(chunk, sizeof(DataChunk));
+  } else {
+    static_cast<GroupChunk*>(chunk)->~GroupChunk();
+    pool.release(chunk, sizeof(GroupChunk));
+  }
+}
+
 void Object::loadChunks() {
-  // Signed: a file that cannot seek has the size -1, and nothing to load.
+  // Signed: a file that cannot seek has the size -1 and no chunks.
   const auto end = static_cast<int64_t>(size);
   uint64_t offset = 0;
   while (static_cast<int64_t>(offset) < end) {
@@ -58,16 +69,17 @@ void Object::loadChunks() {
   virtualRoot.sortAttached();
 }
 
-// A group ends where its children end exactly. Where they don't, reading goes on behind the group
-// until a header lies outside the object, and the load fails. How deep groups nest is up to the
-// file, so this does not recurse: the parent links lead back up.
+// A group is complete when a child ends exactly where the group ends. If none does, the chunks
+// after the group are read as its children too, until a header lies outside the object and loading
+// fails. The file decides how deep groups nest, so this does not recurse: the parent links lead
+// back up.
 ChunkPointer Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
   ChunkPointer top;
   GroupChunk* open = &parent;
   do {
     const auto at = static_cast<int64_t>(offset);
     FourCC id;
-    read(offset, &id, ID_SIZE);
+    read(offset, bytesOf(id), ID_SIZE);
     const bool isGroup = id == RIFF_ID || id == LIST_ID;
     ChunkPointer chunk =
         isGroup ? makeChunk<GroupChunk>(at, *open) : makeChunk<DataChunk>(at, *open);
@@ -88,12 +100,12 @@ ChunkPointer Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
 
 void Object::writeChunkHeader(uint64_t offset, FourCC id, uint32_t dataSize) {
   const std::array<uint32_t, 2> header = {id.value, dataSize};
-  write(offset, header.data(), sizeof header);
+  write(offset, bytesOf(header), sizeof header);
 }
 
 void Object::writeGroupHeader(uint64_t offset, FourCC id, FourCC groupId) {
   const std::array<uint32_t, 3> header = {id.value, ID_SIZE, groupId.value};
-  write(offset, header.data(), sizeof header);
+  write(offset, bytesOf(header), sizeof header);
 }
 
 uint64_t Object::resizeChunk(Chunk& chunk, int64_t delta, const Chunk* removed) {
@@ -114,7 +126,11 @@ uint64_t Object::resizeChunk(Chunk& chunk, int64_t delta, const Chunk* removed) 
   for (Chunk* c = &chunk; c->parent; c = c->parent) {
     c->setSizeField(c->size + static_cast<uint32_t>(delta));
   }
-  shiftOffsets(removed ? *removed : chunk, delta);
+  if (removed) {
+    shiftOffsets(static_cast<GroupChunk*>(&chunk), delta, removed);
+  } else {
+    shiftOffsets(chunk.parent, delta, &chunk);
+  }
   return from;
 }
 
@@ -123,10 +139,22 @@ void Object::grow(uint64_t delta) {
   resize(size + delta);
 }
 
-// Every chunk behind `after`, on its own level and on all levels above, moves with everything in
-// it.
-void Object::shiftOffsets(const Chunk& after, int64_t delta) {
-  for (Chunk* c = nextOutside(after); c; c = nextInOrder(*c)) c->offset += delta;
+// Adds delta to the offsets of chunks. If `after` is given, it is a child of group, and all later
+// chunks of the object move: those after it in group, then those after group, and so on upwards.
+// If it is null, all chunks inside group move; this form does not recurse, since the file decides
+// how deep groups nest.
+void Object::shiftOffsets(GroupChunk* group, int64_t delta, const Chunk* after) {
+  if (!after) {
+    for (Chunk* c = group->getChild(0); c; c = nextInside(*group, *c)) c->offset += delta;
+    return;
+  }
+  for (; group; group = group->parent) {
+    for (Chunk* c = after->next; c; c = c->next) {
+      c->offset += delta;
+      if (GroupChunk* inner = asGroup(c)) shiftOffsets(inner, delta, nullptr);
+    }
+    after = group;
+  }
 }
 
 void Object::requireStored(uint64_t upTo) {

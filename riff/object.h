@@ -1,8 +1,9 @@
-// A byte store and the chunk tree that mirrors its bytes.
+// An object: bytes, and the chunk tree that mirrors them.
 
 #ifndef RIFF_OBJECT_H
 #define RIFF_OBJECT_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "riff/chunk_pool.h"
@@ -10,39 +11,52 @@
 
 namespace RIFF {
 
-// Every access to the stored bytes goes through the four virtual operations, in the order in which
-// the edits make them; nothing is cached.
+// A header field as bytes in storage order: RIFF is little-endian, and so is x86-64.
+template <typename Field>
+std::byte* bytesOf(Field& field) {
+  return reinterpret_cast<std::byte*>(&field);
+}
+template <typename Field>
+const std::byte* bytesOf(const Field& field) {
+  return reinterpret_cast<const std::byte*>(&field);
+}
+
+// Every access to the stored bytes is a call of one of the four virtual operations, at the moment
+// when an edit asks for it. Nothing is cached.
 //
-// Stored bytes are those from offset 0 to size - 1. The tree covers them all and may reach past
+// The stored bytes are those from offset 0 to size - 1. The tree covers them all. It may reach past
 // them: files are cut short, and many programs leave out the last pad byte. Such a tree is kept as
-// it was read; requireStored() is how edits find out.
+// it was read. Before an edit relies on bytes, it calls one of the require functions.
 class Object {
  public:
   Object(const Object&) = delete;
   Object& operator=(const Object&) = delete;
-  virtual ~Object() = default;
 
-  // Makes the stored length newSize. What a growth adds is up to the kind of object.
+  // Makes newSize the stored length. What new bytes hold depends on the kind of object.
   virtual void resize(uint64_t newSize) = 0;
-  virtual void read(uint64_t offset, void* destination, uint64_t length) = 0;
-  virtual void write(uint64_t offset, const void* source, uint64_t length) = 0;
-  // As if through a separate buffer: the ranges may overlap. The size stays.
+  virtual void read(uint64_t offset, std::byte* destination, uint64_t length) = 0;
+  virtual void write(uint64_t offset, const std::byte* source, uint64_t length) = 0;
+  // The ranges may overlap: the result is as if the bytes went through a separate buffer. The size
+  // stays.
   virtual void move(uint64_t source, uint64_t destination, uint64_t length) = 0;
+  virtual ~Object();
 
   uint64_t getSize() const { return size; }
   VirtualRootChunk* getVirtualRootChunk() { return &virtualRoot; }
   // The first top-level chunk, null if there is none.
   Chunk* getRootChunk() const { return virtualRoot.getChild(0); }
 
-  // Builds the node of a chunk whose header is stored at offset, a child-to-be of parent.
+  // Builds the node of a chunk from the header that is stored at offset, with parent as its group
+  // to be. Edits too write a header and then read it back here, as loading does: there is one way
+  // to build a node, and no node says anything that the bytes do not.
   template <typename Kind>
   ChunkPointer makeChunk(int64_t offset, GroupChunk& parent) {
     return pool.make<Kind>(*this, offset, &parent);
   }
   ChunkPool& getPool() { return pool; }
 
-  // Builds the chunk at offset with everything in it, as a child to be attached to parent, and
-  // moves offset behind it.
+  // Builds the chunk at offset with everything in it, to be attached to parent, and advances offset
+  // to the end of the chunk.
   ChunkPointer loadChunk(uint64_t& offset, GroupChunk& parent);
 
   // One write each: the header of a data chunk; the header of a group without children.
@@ -50,37 +64,40 @@ class Object {
   void writeGroupHeader(uint64_t offset, FourCC id, FourCC groupId);
 
   // Opens (delta > 0) or closes (delta < 0) a gap and keeps sizes and offsets in step. The gap lies
-  // at the end of chunk, or, where a child of chunk is removed, in place of that child. Returns the
-  // offset at which the gap begins, as it was before the edit.
+  // at the end of chunk. If `removed` is given, it is a child of chunk, and its bytes are the gap
+  // to close. Returns the offset of the first byte after chunk or `removed`, as it was before the
+  // edit. This is where an opened gap begins.
   uint64_t resizeChunk(Chunk& chunk, int64_t delta, const Chunk* removed);
 
-  // Makes sure that all bytes in front of upTo are stored. If nothing but the pad byte behind the
-  // last chunk is missing, the object is lengthened by it; if more is missing, this throws.
+  // Makes sure that all bytes before upTo are stored. If only the pad byte of the last chunk is
+  // missing, adds it. If more is missing, throws "invalid read".
   void requireStored(uint64_t upTo);
-  // Throws if more is missing than that pad byte.
+  // Throws "invalid read" if more is missing than that pad byte.
   void requireComplete() const;
-  // The same for the pad byte at the end of a chunk, which is about to become data; a chunk without
-  // one needs none.
+  // Makes sure that the pad byte at the end of a chunk is stored, before it becomes data. A chunk
+  // without a pad byte needs none.
   void requirePad(const Chunk& chunk);
 
-  // Empties the tree and forgets the bytes; none is written.
+  // Destroys all chunks and sets the size to 0. Writes nothing.
   void clear();
 
  protected:
   Object() : virtualRoot(*this) {}
-  // Builds the tree from the stored bytes; the last step of every constructor.
+  // Builds the tree from the stored bytes. The last step of every constructor.
   void loadChunks();
 
  private:
   void grow(uint64_t delta);
   bool onlyPadIsMissing() const;
-  static void shiftOffsets(const Chunk& after, int64_t delta);
+  static void shiftOffsets(GroupChunk* group, int64_t delta, const Chunk* after);
 
-  ChunkPool pool;  // outlives the tree
   VirtualRootChunk virtualRoot;
 
  protected:
   uint64_t size = 0;
+
+ private:
+  ChunkPool pool;  // memory of all nodes below virtualRoot
 };
 
 }  // namespace RIFF

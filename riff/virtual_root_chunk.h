@@ -7,15 +7,18 @@
 
 namespace RIFF {
 
-// Embedded in its object. It has no header in the bytes: its offset is -1, its ids are null and its
-// size stays 0, whatever it holds. It is the one chunk without a parent.
+// Embedded in its object. It has no header in the bytes: its offset is -1, its ids are null, and
+// its size stays 0 whatever it holds. It is the only chunk without a parent.
 class VirtualRootChunk final : public GroupChunk {
  public:
   explicit VirtualRootChunk(Object& object) : GroupChunk(object, -1, {}, 0, nullptr, {}) {}
 
-  // Offset of the first byte behind the last top-level chunk. It can lie behind the stored bytes,
-  // when the last chunk was cut short.
-  uint64_t endOfChildren() const;
+  // Offset of the first byte after the last top-level chunk. It can lie past the stored bytes, when
+  // they end inside that chunk.
+  uint64_t endOfChildren() const {
+    const Chunk* last = getLastChild();
+    return last ? last->end() : 0;
+  }
 };
 
 }  // namespace RIFF

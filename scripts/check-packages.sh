@@ -1,12 +1,17 @@
 #!/usr/bin/env bash
-# Builds the Debian packages, has lintian judge them, and follows the README with what they hold,
-# unpacked to a folder of its own.
-#   scripts/check-packages.sh [--install]   --install, as root: installs them instead, and shows
-#                                           that nothing remains when they are purged
+# Builds the Debian packages and runs lintian on them. Then unpacks them to a temporary folder and
+# builds the README's programs with what they contain.
+#   scripts/check-packages.sh [--install]   --install, as root: installs the packages instead of
+#                                           unpacking them, and checks that purging removes every file
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
 need_packages "the packages" "${packaging_packages[@]}"
+
+released=$(sed -nE 's/^#define VELMOR_CORE_VERSION_(MAJOR|MINOR|PATCH) //p' \
+  include/velmor_core/frame.h | paste -sd.)
+[ "$(dpkg-parsechangelog -S Version)" = "$released" ] ||
+  { echo "debian/changelog does not begin with the release of frame.h, $released" >&2; exit 1; }
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

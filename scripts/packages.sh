@@ -1,6 +1,6 @@
 # Sourced: makes sure that Debian packages are installed.
 
-# need_packages PURPOSE PACKAGE... installs what is missing, or says what to install and fails.
+# need_packages PURPOSE PACKAGE... installs missing packages, or says which to install and fails.
 need_packages() {
   local purpose=$1 missing=() package
   shift
@@ -29,10 +29,10 @@ need_packages() {
   }
 }
 
-# flex recommends its header, FlexLexer.h, which is in libfl-dev, without installing it.
+# libfl-dev has flex's header, FlexLexer.h. flex only recommends it.
 build_packages=(g++ cmake ninja-build flex libfl-dev bison libboost-dev)
 test_packages=("${build_packages[@]}" libgtest-dev pkg-config)
-# Programs that judge the files which the tests write; tests without them are skipped.
+# Programs that read the files which the tests write. Without them these tests are skipped.
 judge_packages=(ffmpeg sox webp)
 packaging_packages=(build-essential debhelper doxygen dpkg-dev fakeroot lintian "${build_packages[@]}"
   pkgconf)

@@ -142,13 +142,14 @@ void addBytes(const Chunk& group, uint32_t id, const std::string& bytes) {
   requireSize(bytes.size());
   const std::string stored = withPadByte(bytes);
   requireGrowingGroup(group, HEADER_SIZE + stored.size());
-  const Chunk added(group.addData(id, stored, std::nothrow));
+  const Chunk added(group.addData(velmor_core::Id(id), stored, std::nothrow));
   require(added && takeBackPadByte(added, bytes.size()), "add " + idText(id));
 }
 
 void addGroup(const Chunk& group, uint32_t id, uint32_t groupId) {
   requireGrowingGroup(group, GROUP_HEADER_SIZE);
-  require(static_cast<bool>(group.addGroup(id, groupId, std::nothrow)),
+  require(static_cast<bool>(
+              group.addGroup(velmor_core::Id(id), velmor_core::GroupId(groupId), std::nothrow)),
           "add " + nameText(id, groupId));
 }
 

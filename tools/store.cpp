@@ -25,7 +25,7 @@ Object openFile(const std::string& file, int32_t mode) {
   if (const auto damage = firstDamage(file); damage && damage->isFatal) {
     throw Failure(file, findingText(*damage));
   }
-  Object object = Object::openFile(file, static_cast<velmor_core::OpenMode>(mode), std::nothrow);
+  Object object = Object::openFile(file, static_cast<velmor_core::Mode>(mode), std::nothrow);
   if (!object) throwRefused(file);
   return object;
 }

@@ -19,6 +19,8 @@ class Chunk : public velmor_core::Chunk {
   explicit Chunk(velmor_core::Chunk chunk) : velmor_core::Chunk(chunk) {}
   explicit Chunk(velmor_core_riff_chunk_t* chunk) : velmor_core::Chunk(chunk) {}
 
+  uint32_t id() const { return velmor_core::Chunk::id().value(); }
+  uint32_t groupId() const { return velmor_core::Chunk::groupId().value(); }
   std::string name() const { return nameText(id(), groupId()); }
   // Holds for chunks as they are loaded, and the tool creates groups under these ids alone.
   bool isGroup() const { return isVirtualRoot() || isGroupId(id()); }

@@ -1,14 +1,13 @@
 /** Facts about the processors: instruction-set features and their number.
  *
- *  The queries velmor_core_cpu_has_*() answer what the first velmor_core_init() detected with the
- *  cpuid instruction (Intel 64 and IA-32 Architectures Software Developer's Manual, volume 2,
- *  CPUID): false before it, and unchanged after the last velmor_core_fini(). A query is one load of
- *  a byte.
+ *  The first velmor_core_init() detects the features with the cpuid instruction (Intel 64 and IA-32
+ *  Architectures Software Developer's Manual, volume 2, CPUID). The queries velmor_core_cpu_has_*()
+ *  return what it found. They return false before it, and still the same after the last
+ *  velmor_core_fini(). A query loads one byte.
  *
- *  AVX, AVX2, FMA3 and AVX-512 F, DQ and BW are true only where the operating system saves the wide
- *  registers too, so that a true answer means "may be used". The other AVX-512 queries tell what
- *  the processor says, whatever the operating system does: ask for them together with
- *  velmor_core_cpu_has_avx512f().
+ *  AVX, AVX2, FMA3 and AVX-512 F, DQ and BW are true only if the operating system also saves the
+ *  wide registers. True then means that the feature can be used. The other AVX-512 queries report
+ *  the processor alone. Combine them with velmor_core_cpu_has_avx512f().
  */
 #ifndef VELMOR_CORE_CPU_H
 #define VELMOR_CORE_CPU_H
@@ -102,7 +101,8 @@ VELMOR_CORE_API bool velmor_core_cpu_has_neon(void);
 
 /** The number of processors online, at least 1.
  *
- *  Nothing is cached: every call asks the operating system. 1 also stands for "not known".
+ *  Nothing is cached: every call asks the operating system. The result is 1, too, if the system
+ *  does not know the number.
  */
 VELMOR_CORE_API uint32_t velmor_core_cpu_get_count(void);
 

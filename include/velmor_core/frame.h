@@ -1,4 +1,21 @@
-/** Start and stop of the library, and its version. */
+/** Start and stop of the library, and its version.
+ *
+ *  Release.  Four numbers of 16 bits name a release: major, minor, patch and build. Packages and
+ *  pkg-config use the first three. Release 1.0.16.0, for example, is velmor-core 1.0.16, and its
+ *  packed number is 0x0001000000100000.
+ *
+ *  Binary interface.  Its number is 0, whatever the release is called. It stands in the SONAME,
+ *  `libvelmor-core.so.0`, and in the version node of every function, `VELMOR_CORE_0`. The
+ *  installed file has both numbers in its name: `libvelmor-core.so.0.1.0.16` has interface 0 and is
+ *  release 1.0.16. While the SONAME stays, every function, constant and record layout stays: a
+ *  program runs with the release that it was linked with and with every later one. Later releases
+ *  may add functions; a program that uses one needs a release that has it.
+ *
+ *  Deprecation.  A function that is to be removed first gets the compiler's `deprecated`
+ *  attribute, and its text names the replacement. It keeps working while the SONAME stays. A
+ *  release that removes it has the next SONAME, `libvelmor-core.so.1`, so that both can be
+ *  installed.
+ */
 #ifndef VELMOR_CORE_FRAME_H
 #define VELMOR_CORE_FRAME_H
 
@@ -8,43 +25,68 @@
 extern "C" {
 #endif
 
+/** The first number of the release that these headers belong to. */
+#define VELMOR_CORE_VERSION_MAJOR 1
+/** The second number: raised when functions are added. */
+#define VELMOR_CORE_VERSION_MINOR 0
+/** The third number: raised for corrections. */
+#define VELMOR_CORE_VERSION_PATCH 16
+/** The fourth number: 0 in a release. Whoever distributes a changed build may raise it. */
+#define VELMOR_CORE_VERSION_BUILD 0
+
+/** Pack the four numbers of a release, to compare with. Usable in `#if`:
+ *
+ *    #if VELMOR_CORE_VERSION_NUMBER >= VELMOR_CORE_MAKE_VERSION(1, 1, 0, 0)
+ */
+#define VELMOR_CORE_MAKE_VERSION(major, minor, patch, build) \
+  (0x1000000000000ULL * (major) + 0x100000000ULL * (minor) + 0x10000ULL * (patch) + (build))
+
+/** The packed version of these headers. Usable in `#if`.
+ *
+ *  The library that is loaded may be another release: ask velmor_core_get_version().
+ */
+#define VELMOR_CORE_VERSION_NUMBER                                               \
+  VELMOR_CORE_MAKE_VERSION(VELMOR_CORE_VERSION_MAJOR, VELMOR_CORE_VERSION_MINOR, \
+                           VELMOR_CORE_VERSION_PATCH, VELMOR_CORE_VERSION_BUILD)
+
 /** The version of the library that is loaded. */
 typedef struct {
-  /** Packed version: four 16-bit numbers, the most significant first (1, 0, 16, 0). */
+  /** Packed version: 16 bits each for major (the highest), minor, patch and build. */
   uint64_t version;
-  /** Text that tells a special build apart: empty here, never null. */
+  /** Name of a special build: empty in this library, never null. */
   const char* extra;
 } velmor_core_version_t;
 
-/** Count one more user of the library; the first one detects the processor's features.
+/** Register one user of the library. The first one detects the processor's features.
  *
- *  Detection runs on every call that takes the count from 0 to 1 and finds the same features each
- *  time. The count is changed atomically, but a call that finds it above 0 returns at once, even
- *  while the first one is still detecting: let the first call return before other threads ask
- *  velmor_core_cpu_has_*().
+ *  Detection runs on every call that takes the number of users from 0 to 1. It finds the same
+ *  features each time. The number is changed atomically. A call that finds it above 0 returns at
+ *  once, even while the first call is still detecting. So let the first call return before other
+ *  threads call velmor_core_cpu_has_*().
  *
- *  Balance each call with velmor_core_fini().
+ *  Unregister with velmor_core_fini(), once for each call.
  */
 VELMOR_CORE_API void velmor_core_init(void);
 
-/** Count one user of the library less.
+/** Unregister one user of the library.
  *
- *  Nothing is released or closed: open objects stay open and the CPU features stay known. The count
- *  is not guarded: one call too many takes it below 0, and the next velmor_core_init() then brings
- *  it back to 0 without detecting anything.
+ *  Nothing is released or closed: open objects stay open, and the CPU features stay known. One call
+ *  too many takes the number of users below 0. The next velmor_core_init() then brings it back to 0
+ *  and detects nothing.
  */
 VELMOR_CORE_API void velmor_core_fini(void);
 
 /** The version of the library.
  *
- *  Returns the same pointer to constant data on every call, valid while the library is loaded, also
- *  before velmor_core_init().
+ *  Works before velmor_core_init(), too.
+ *
+ *  Returns a pointer to constant data: the same on every call, valid while the library is loaded
  */
 VELMOR_CORE_API const velmor_core_version_t* velmor_core_get_version(void);
 
-/** Name the platform's asset manager. On Linux there is none, and the call does nothing.
+/** Set the platform's asset manager. On Linux there is none, and the call does nothing.
  *
- *  In:   asset_manager  anything, null too; not looked at
+ *  In:   asset_manager  anything; may be null
  */
 VELMOR_CORE_API void velmor_core_set_asset_manager(void* asset_manager);
 

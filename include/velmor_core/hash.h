@@ -13,12 +13,12 @@ extern "C" {
 
 /** The SHA-256 digest of a buffer (FIPS 180-4, Secure Hash Standard).
  *
- *  Cannot fail: nothing is allocated, and the data are read where they lie. A processor with the
- *  SHA extensions uses them, with or without velmor_core_init().
+ *  It cannot fail: it allocates and copies nothing. The SHA instructions of the processor are used
+ *  if there are any; velmor_core_init() is not needed.
  *
- *  In:   data    the bytes to hash, at any address; may be null when size is 0
+ *  In:   data    the bytes to hash, of any alignment; may be null if size is 0
  *        size    their number, 0 allowed
- *  Out:  digest  receives VELMOR_CORE_HASH_SHA256_SIZE bytes; may overlap the data
+ *  Out:  digest  receives VELMOR_CORE_HASH_SHA256_SIZE bytes; may overlap the data; not null
  */
 VELMOR_CORE_API void velmor_core_hash_sha256(const void* data, uint64_t size, uint8_t* digest);
 

@@ -1,39 +1,181 @@
 /** RIFF chunk trees: open, walk, read, write and edit in place.
  *
- *  An object is a store of bytes (a file, a buffer of the caller's, a growing cache) together with
- *  the tree of chunks that is read from them when it is opened. The format is RIFF (Resource
- *  Interchange File Format, Microsoft and IBM, 1991): a chunk is an id of four bytes, a
- *  little-endian 32-bit data size, that many bytes of data and a pad byte if the size is odd.
- *  Chunks with the id "RIFF" or "LIST" are groups: their data is a group id of four bytes and, back
- *  to back, further chunks. Every other chunk is a data chunk. An object holds any number of
- *  top-level chunks; the virtual root is the group above them, without a header of its own.
+ *  Format.  RIFF is the Resource Interchange File Format (Microsoft and IBM, 1991). A chunk is an
+ *  id of four bytes, a little-endian 32-bit data size, that many bytes of data, and a pad byte if
+ *  the size is odd. A chunk with the id "RIFF" or "LIST" is a group: its data is a group id of four
+ *  bytes and then, back to back, further chunks. Every other chunk is a data chunk.
  *
- *  Every change reaches the stored bytes at once: closing has nothing to flush, and nothing is
- *  rolled back when an edit fails half-way (a full disk, a file that cannot be written). Work on a
- *  copy where that matters.
+ *  Objects.  An object is bytes plus the tree of the chunks in them. The bytes are a file, a buffer
+ *  of the caller's, or a cache, which is memory that grows. Opening an object reads the tree. An
+ *  object holds any number of top-level chunks. Above them stands the virtual root, a group that
+ *  has no header in the bytes.
  *
- *  Chunks with the id "JUNK" are free space. velmor_core_riff_chunk_recycle() turns a chunk into
- *  free space without moving a byte, and adding data chunks or a cache uses free space of the same
- *  group before the group grows. Not all of it: a chunk that was added or poured in under the id
- *  "JUNK" where free space lay, and one whose size came down to 0 as a new chunk took the rest, are
- *  not used until the object is opened anew.
+ *  Edits.  An edit changes the stored bytes before it returns. Closing has nothing to flush. An
+ *  edit that fails is not undone: see "When an edit fails" below.
  *
- *  Sizes and offsets.  Data size: the size field of the header, without header and pad byte. Total
- *  size: 8 + data size, rounded up to even. Offsets within data count from its first byte.
+ *  Sizes and offsets.  The data size of a chunk is its size field: it counts neither the header nor
+ *  the pad byte. The total size is 8 + data size, rounded up to even. Offsets within data count
+ *  from the first data byte.
  *
- *  Handles.  A chunk handle points into its object's tree and is never freed. It ends with its
- *  object (velmor_core_riff_close(), velmor_core_riff_cache_clear()) or with its chunk: when the
- *  chunk or a group around it is removed, and where velmor_core_riff_chunk_recycle() and the
- *  functions that add chunks say so. No other edit ends a handle, however far it moves the chunk.
+ *  Size limit.  A group must stay below 4 GiB: its data size has 32 bits. Nothing checks this. When
+ *  the sum passes 2^32 - 1, the size field wraps, the edit succeeds all the same, and the bytes do
+ *  not open again. So compare before you add or lengthen a chunk. The top-level group is the
+ *  largest of a chunk's ancestors; checking that one is enough:
  *
- *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes is kept as
- *  its header tells; reading what is missing fails. If only the last pad byte is missing, an edit
- *  that needs it adds it first; it stays, even if there is no room for the rest of the edit. If
- *  more is missing, an edit that needs it fails before it changes anything, and so does adding to
- *  the virtual root.
+ *    (uint64_t)velmor_core_riff_chunk_get_data_size(top) + added <= UINT32_MAX
  *
- *  Stack.  However deep groups nest, a call takes little stack, but for a buffer of 64 KiB where an
- *  edit moves bytes of a file, and of 32 KiB where a chunk is copied.
+ *  There, `added` is the total size of the new chunk, or the growth. The virtual root has no size
+ *  field: an object may hold any number of top-level chunks of up to 4 GiB each.
+ *
+ *  Opening is no validation.  Whatever can be read as a row of chunks opens. A PNG, JPEG, FLAC or
+ *  text file opens as one data chunk: its first eight bytes are read as id and data size, and most
+ *  of the data is missing. A million zero bytes open as 125,000 empty chunks. Check the ids, and
+ *  the data that you need. In detail:
+ *
+ *  - Each group has to end exactly where its last child ends. A stream whose header holds
+ *    placeholder sizes, such as 0 or 2^32 - 1, does not open.
+ *  - Bytes after the last top-level chunk are read as further chunks, whatever they are. An ID3
+ *    tag opens as a data chunk that runs past the end. Less than a header, one to seven bytes,
+ *    does not open.
+ *  - A last chunk may run past the end of the bytes: see "Chunks that were cut short".
+ *
+ *  Free space.  A data chunk with the id "JUNK" is free space. velmor_core_riff_chunk_recycle()
+ *  turns a chunk into free space. velmor_core_riff_chunk_add_data_chunk() and
+ *  velmor_core_riff_chunk_add_cache() use the free chunks of the group that they add to, before the
+ *  group grows. Two kinds of free chunks stay unused until the object is opened again, even if
+ *  velmor_core_riff_chunk_recycle() makes them larger:
+ *
+ *  - a chunk with the id "JUNK" that was itself added into free space
+ *  - a free chunk whose data size became 0 when a new chunk took the rest
+ *
+ *  A group that was added under the id "JUNK" is a group, not free space. When the object is opened
+ *  again, it is a data chunk, and so free space.
+ *
+ *  Order of free space.  A group's free chunks are tried in the order of a list. The first one that
+ *  fits is used: the new bytes fill it exactly, or leave room for a header after them. The list is
+ *  sorted from the smallest data size to the largest, equal sizes in byte order. A free chunk that
+ *  is the last top-level chunk of the object comes last, whatever its size, since it can grow
+ *  without moving anything. A free chunk inside a group is never treated so, even if nothing
+ *  follows it in the object.
+ *
+ *  The list is sorted at three points: a chunk is recycled, a free chunk is split, or a free chunk
+ *  enters the list. While an object is opened, the free chunks enter one by one, in byte order. The
+ *  list is not sorted when velmor_core_riff_chunk_set_data_size() resizes a free chunk, nor when
+ *  another edit changes which chunk is the last. So the top-level chunks "JUNK" 100, "JUNK" 20,
+ *  "data" are tried in the order 100, 20 after opening: when the second one entered the list, it
+ *  was the last chunk.
+ *
+ *  Handles.  A chunk handle points into the tree of its object and is never freed. These end it:
+ *
+ *  - velmor_core_riff_close() and velmor_core_riff_cache_clear() of its object
+ *  - removing the chunk or one of its ancestors
+ *  - recycling it, a direct neighbour or one of its ancestors, as
+ *    velmor_core_riff_chunk_recycle() describes
+ *  - adding to a free chunk that is filled exactly
+ *
+ *  No other edit ends a handle, however far it moves the chunk. A call that fails ends none.
+ *
+ *  Null.  These may be null; the functions test for it:
+ *
+ *  - a chunk handle in velmor_core_riff_chunk_get_group_id(), _get_child(), _get_child_count() and
+ *    all functions that read data, write data or edit
+ *  - an object handle in velmor_core_riff_close() and velmor_core_riff_chunk_add_cache()
+ *  - the path of velmor_core_riff_open_file()
+ *  - a buffer whose size is 0
+ *
+ *  These must not be null, and this is not tested:
+ *
+ *  - a chunk handle in velmor_core_riff_chunk_get_id(), _get_parent(), _get_next() and
+ *    _get_data_size()
+ *  - an object handle in all other functions
+ *  - the out-pointer of an open function
+ *
+ *  New bytes.  Bytes that an edit adds but does not write are uninitialised: those at the end of a
+ *  lengthened data chunk, a data chunk that is added with null data, and every pad byte. They hold
+ *  what was stored there before, such as a part of the next chunk that has moved, or the old data
+ *  of free space. Where a file grows at its end, they are zeros. Overwrite them if nobody may see
+ *  the old data.
+ *
+ *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes keeps the
+ *  size that its header states. Reading or writing the missing data fails. An edit that needs
+ *  missing bytes does one of two things:
+ *
+ *  - If only the last pad byte is missing, the edit appends it first. The pad byte stays, even if
+ *    there is no room for the rest of the edit.
+ *  - If more is missing, the edit fails and changes nothing.
+ *
+ *  An edit needs the bytes that it writes, copies or removes, and a pad byte that becomes data. If
+ *  it changes the size of the object, it needs all bytes before the place of the change. Adding to
+ *  the virtual root needs all bytes.
+ *
+ *  When an edit fails.  All handles stay valid, those passed in and all others. Each function says
+ *  which failures change nothing. The other failures leave one of two states:
+ *
+ *  - The object is read-only. No byte has changed, but a chunk in the tree may show a new data
+ *    size or id. If the call is repeated it may succeed, since the tree already shows the result.
+ *    Open the object again before you rely on the tree.
+ *  - The edit has stopped half-way. Bytes and tree may disagree, and a further edit may do more
+ *    damage. Close the object and go back to a copy of the bytes. Damaged bytes may well open
+ *    again.
+ *
+ *  In a buffer or cache, only velmor_core_riff_chunk_add_chunk() and
+ *  velmor_core_riff_chunk_add_cache() can stop half-way: if memory runs out, or if the new bytes
+ *  cannot be read as chunks. In a file, every edit can stop half-way, also if a system call fails
+ *  after some bytes have changed. These are the steps of each edit, in order:
+ *
+ *    set_data                     write the data
+ *    set_data_size, longer        lengthen the object; move up what follows; write the size fields
+ *                                 of the chunk and its ancestors
+ *    set_data_size, shorter       move down what follows; shorten the object; write the size fields
+ *    remove                       as set_data_size, shorter
+ *    add_..., no free space       lengthen the object; move up what follows; write the size fields
+ *                                 of the ancestors; write header and data; update the tree
+ *    add_..., into free space     write header and data; write the header of what stays free;
+ *                                 update the tree
+ *    add_..., last chunk is free  lengthen the object; write the size field of the free chunk; then
+ *                                 as into free space
+ *    recycle                      write 4 bytes of a header, or 8; update the tree
+ *
+ *  The caller cannot tell from the result how far an edit got. To be safe, edit a copy of the file,
+ *  fsync(2) it and rename(2) it over the original, as examples/retag_wav.c does.
+ *
+ *  Full disk.  A file system may lengthen a file first and refuse the bytes later. The edit then
+ *  stops half-way: the file is longer, and some of the bytes that had to move have overwritten
+ *  others. Each further try lengthens the file again.
+ *
+ *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
+ *  SA_RESTART, or block signals during an edit. A process that is killed leaves a file half-way. A
+ *  file that would grow past RLIMIT_FSIZE raises SIGXFSZ, which kills the process; if it is ignored
+ *  the edit fails and changes nothing.
+ *
+ *  Power failure.  The library never calls fsync(2). Other programs see a change at once, but it
+ *  reaches the disk when the system writes it back. An error in writing it back is not reported. To
+ *  be sure, fsync(2) the file through a descriptor of your own after the last edit.
+ *
+ *  Two objects over one file.  Each object has a tree of its own, read when it was opened. It does
+ *  not see chunks that were added, moved or removed through another object or by another program.
+ *  An edit through a tree that is out of date succeeds and damages the file. Nothing locks the
+ *  file. Any number of objects may read a file that nobody edits.
+ *
+ *  Threads.  One thread at a time uses an object and its chunks. Different objects are independent
+ *  of each other. velmor_core_riff_chunk_add_chunk() and velmor_core_riff_chunk_add_cache() use two
+ *  objects: that of the group and that of the chunk or cache.
+ *
+ *  Fork.  After fork(2), each process has its own copy of a cache or of a buffer in private memory.
+ *  The two copies of a file object share one file position, so that simultaneous calls read and
+ *  write at wrong places. Use the object in one of the processes only; in the other, open the file
+ *  again. exec(3) closes the descriptor.
+ *
+ *  Costs.  Opening reads three header fields of each data chunk and four of each group. In a file,
+ *  each field costs an lseek(2) and a read(2). The functions that walk the tree read no bytes and
+ *  take constant time, velmor_core_riff_chunk_get_child() for every index. An edit that changes the
+ *  size of the object moves all bytes that follow, writes the size field of each ancestor, and
+ *  passes once over the later chunks of the tree. Recycling a chunk and adding into free space move
+ *  no bytes; their time grows with the number of siblings.
+ *
+ *  Stack.  However deep groups nest, a call takes little stack. There are two exceptions: an edit
+ *  that moves bytes of a file has a buffer of 64 KiB on the stack, and
+ *  velmor_core_riff_chunk_add_chunk() one of 32 KiB.
  */
 #ifndef VELMOR_CORE_RIFF_H
 #define VELMOR_CORE_RIFF_H
@@ -44,19 +186,19 @@
 extern "C" {
 #endif
 
-/** A store of bytes with its chunk tree; from an open function to velmor_core_riff_close(). */
+/** Bytes with their chunk tree: from an open function to velmor_core_riff_close(). */
 typedef struct velmor_core_riff_object velmor_core_riff_object_t;
 
 /** A chunk in the tree of an object, which owns it. */
 typedef struct velmor_core_riff_chunk velmor_core_riff_chunk_t;
 
-/** How velmor_core_riff_open_file() opens a file. Every other value reads only. */
+/** How velmor_core_riff_open_file() opens a file. Every other value acts as READ_ONLY. */
 enum {
   /** An existing file, for reading. */
   VELMOR_CORE_RIFF_READ_ONLY = 0,
   /** An existing file, for reading and writing. */
   VELMOR_CORE_RIFF_READ_WRITE = 1,
-  /** For reading and writing; creates the file or empties an existing one. */
+  /** For reading and writing. Creates the file, or empties an existing one. */
   VELMOR_CORE_RIFF_CREATE = 2
 };
 
@@ -79,52 +221,62 @@ enum {
 
 /** Open a file and read its chunk tree.
  *
- *  Only headers are read. Each access to the file is one lseek(2) and one transfer; nothing is
- *  cached and the file is not locked. What cannot seek (a pipe) opens as an empty tree.
+ *  Only headers are read. Nothing is cached: each later access is an lseek(2) and a transfer. The
+ *  file is not locked. What cannot seek, such as a pipe, opens as an empty tree.
  *
- *  In:   path    the file; null is refused
+ *  In:   path    the file; may be null, which fails
  *        mode    VELMOR_CORE_RIFF_READ_ONLY, _READ_WRITE or _CREATE; a file is created with the
  *                permission bits 0644, less the umask
- *  Out:  object  receives the object, to be closed with velmor_core_riff_close()
+ *  Out:  object  receives the object, to be closed with velmor_core_riff_close(); not null
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_FAILURE  path is null, the file does not open or cannot be read, its bytes are no
- *                         chunks (a header is cut short, or the children of a group do not end
- *                         where the group does), or memory runs out
+ *    VELMOR_CORE_FAILURE  path is null
+ *    VELMOR_CORE_FAILURE  the file cannot be opened in this mode
+ *    VELMOR_CORE_FAILURE  the file cannot be read
+ *    VELMOR_CORE_FAILURE  the end of the bytes cuts a header short
+ *    VELMOR_CORE_FAILURE  the children of a group do not end where the group ends
+ *    VELMOR_CORE_FAILURE  memory runs out
  */
 VELMOR_CORE_API int32_t velmor_core_riff_open_file(const char* path, int32_t mode,
                                                    velmor_core_riff_object_t** object);
 
 /** Open a buffer for reading.
  *
- *  The buffer stays the caller's: it is never written or freed, and has to live, unchanged, as long
- *  as the object. Edits fail, but for those that have nothing to write: giving a chunk the size it
- *  has, recycling a free chunk that has no free neighbour, and removing the only top-level chunk,
- *  which leaves the object empty and the buffer as it is. Its capacity is 0.
+ *  The buffer stays the caller's: it is never written or freed. It has to live, unchanged, as long
+ *  as the object. The object's capacity is 0. Edits fail, with these exceptions, which write no
+ *  byte:
+ *
+ *  - giving a chunk the data size that it has
+ *  - recycling a free chunk that has no free neighbour
+ *  - removing the only top-level chunk, which leaves the object empty and the buffer as it was. In
+ *    a read-only file, the same edit fails.
  *
  *  In:   buffer  the bytes; may be null if size is 0
  *        size    their number
- *  Out:  object  receives the object, to be closed with velmor_core_riff_close()
+ *  Out:  object  receives the object, to be closed with velmor_core_riff_close(); not null
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_FAILURE  the bytes are no chunks, or memory runs out
+ *    VELMOR_CORE_FAILURE  the bytes are no chunks, as in velmor_core_riff_open_file()
+ *    VELMOR_CORE_FAILURE  memory runs out
  */
 VELMOR_CORE_API int32_t velmor_core_riff_open_buffer_ro(const void* buffer, uint64_t size,
                                                         velmor_core_riff_object_t** object);
 
 /** Open a buffer for reading and writing.
  *
- *  The buffer stays the caller's and is never freed; it has to live as long as the object, and only
- *  the object may change it. Edits lengthen the content up to `capacity`, never beyond, and fail
- *  where that is too small. velmor_core_riff_cache_get_size() tells the current length.
+ *  The buffer stays the caller's and is never freed. It has to live as long as the object, and only
+ *  the object may change it. Edits lengthen the content up to `capacity` and fail where they need
+ *  more. velmor_core_riff_cache_get_size() gives the current length.
  *
  *  In:   buffer    room for capacity bytes; may be null if capacity is 0
- *        size      how many of them hold chunks, at most capacity
+ *        size      how many of them hold chunks. It must not be above capacity. This is not tested:
+ *                  a larger size is read past the end of the buffer.
  *        capacity  size of the buffer in bytes
- *  Out:  object    receives the object, to be closed with velmor_core_riff_close()
+ *  Out:  object    receives the object, to be closed with velmor_core_riff_close(); not null
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_FAILURE  the first size bytes are no chunks, or memory runs out
+ *    VELMOR_CORE_FAILURE  the first size bytes are no chunks, as in velmor_core_riff_open_file()
+ *    VELMOR_CORE_FAILURE  memory runs out
  */
 VELMOR_CORE_API int32_t velmor_core_riff_open_buffer_rw(void* buffer, uint64_t size,
                                                         uint64_t capacity,
@@ -132,19 +284,22 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_buffer_rw(void* buffer, uint64_t s
 
 /** Open an asset of the application package: not available on Linux.
  *
- *  Returns VELMOR_CORE_FAILURE; nothing is read or written.
+ *  Both arguments may be null; neither is used.
+ *
+ *  Returns VELMOR_CORE_FAILURE
  */
 VELMOR_CORE_API int32_t velmor_core_riff_open_asset(const char* path,
                                                     velmor_core_riff_object_t** object);
 
 /** Open an empty cache: an object in memory of its own that grows as chunks are added.
  *
- *  Gather chunks under its virtual root, pour them into another object with
- *  velmor_core_riff_chunk_add_cache(), then clear it for the next batch.
+ *  Gather chunks under its virtual root. Add them to a group of another object in one call with
+ *  velmor_core_riff_chunk_add_cache(). Clear the cache for the next batch.
  *
- *  In:   capacity  bytes to begin with. A growth takes the next multiple of the capacity above the
- *                  size needed, so it doubles at least; from 0 it takes just that size.
- *  Out:  object    receives the object, to be closed with velmor_core_riff_close()
+ *  In:   capacity  bytes to begin with, 0 allowed. When more are needed, the capacity becomes the
+ *                  next multiple of itself that is above the need, so it at least doubles. From 0
+ *                  it becomes exactly what is needed.
+ *  Out:  object    receives the object, to be closed with velmor_core_riff_close(); not null
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_FAILURE  memory runs out
@@ -152,67 +307,127 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_asset(const char* path,
 VELMOR_CORE_API int32_t velmor_core_riff_open_cache(uint64_t capacity,
                                                     velmor_core_riff_object_t** object);
 
-/** Close an object: its tree, descriptor and own memory go, a buffer of the caller's stays.
+/** Close an object.
  *
- *  In:   object  null does nothing. The handle and all chunk handles of the object end.
+ *  Frees its tree and its own memory and closes its descriptor. A buffer of the caller's stays. The
+ *  handle and all chunk handles of the object end. An error of close(2) is not reported.
+ *
+ *  In:   object  may be null, which does nothing
  */
 VELMOR_CORE_API void velmor_core_riff_close(velmor_core_riff_object_t* object);
 
-/** The first top-level chunk of an object, null if it holds none. */
+/** The first top-level chunk of an object.
+ *
+ *  In:   object  must not be null
+ *
+ *  Returns the chunk, or null if the object holds none
+ */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_object_get_root_chunk(
     velmor_core_riff_object_t* object);
 
-/** The group above an object's top-level chunks; never null.
+/** The virtual root of an object: the group above its top-level chunks.
  *
- *  It has no header: its id, group id and data size are 0, and it has no parent.
+ *  It has no header and no parent. Its id, group id and data size are 0.
+ *
+ *  In:   object  must not be null
+ *
+ *  Returns the virtual root, never null
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_object_get_virtual_root_chunk(
     velmor_core_riff_object_t* object);
 
-/** Bytes that an object's buffer can hold: of a cache as it has grown, of a buffer as it was opened
- *  (0 if for reading only). 0 for a file.
+/** The capacity of an object's buffer in bytes.
+ *
+ *  In:   object  must not be null
+ *
+ *  Returns the current capacity of a cache, the capacity that a buffer was opened with, or 0 for a
+ *  read-only buffer and for a file
  */
 VELMOR_CORE_API uint64_t velmor_core_riff_cache_get_capacity(velmor_core_riff_object_t* object);
 
-/** Bytes that an object of any kind holds now. 2^64 - 1 for a file that cannot seek. */
+/** The number of bytes that an object of any kind holds.
+ *
+ *  For a file it is the length when it was opened, updated by the object's own edits only.
+ *
+ *  In:   object  must not be null
+ *
+ *  Returns the number, or 2^64 - 1 for a file that cannot seek
+ */
 VELMOR_CORE_API uint64_t velmor_core_riff_cache_get_size(velmor_core_riff_object_t* object);
 
-/** Drop all chunks of a cache and set its size to 0; its capacity stays.
+/** Drop all chunks of a cache and set its size to 0.
  *
- *  No byte is written. On other objects it does the same to tree and size, and nothing to the
- *  storage: a file keeps its length until the next edit. All chunk handles of the object end, but
- *  for that of the virtual root.
+ *  The capacity stays, and no byte is written. All chunk handles of the object end, except that of
+ *  the virtual root. Other objects lose tree and size in the same way: the bytes of a buffer stay,
+ *  and a file keeps its length until the next edit changes it.
+ *
+ *  In:   object  must not be null
  */
 VELMOR_CORE_API void velmor_core_riff_cache_clear(velmor_core_riff_object_t* object);
 
 /* --- Walking ---------------------------------------------------------------------------------- */
 
-/** The id of a chunk; 0 for a virtual root. */
+/** The id of a chunk.
+ *
+ *  In:   chunk  must not be null
+ *
+ *  Returns the id, or 0 for a virtual root
+ */
 VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_id(velmor_core_riff_chunk_t* chunk);
 
-/** The group id of a group; 0 for null, for a data chunk and for a virtual root. */
+/** The group id of a group.
+ *
+ *  In:   chunk  may be null
+ *
+ *  Returns the group id, or 0 for null, a data chunk and a virtual root
+ */
 VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_group_id(velmor_core_riff_chunk_t* chunk);
 
-/** The group around a chunk: the virtual root for a top-level chunk, null for a virtual root. */
+/** The group that holds a chunk.
+ *
+ *  In:   chunk  must not be null
+ *
+ *  Returns the group, which is the virtual root for a top-level chunk, or null for a virtual root
+ */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_get_parent(
     velmor_core_riff_chunk_t* chunk);
 
-/** The chunk behind a chunk in the same group, null behind the last one. */
+/** The next chunk in the same group.
+ *
+ *  In:   chunk  must not be null
+ *
+ *  Returns the chunk, or null for the last one and for a virtual root
+ */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_get_next(
     velmor_core_riff_chunk_t* chunk);
 
-/** The number of a group's children; 0 for null and for a data chunk. */
+/** The number of a group's children.
+ *
+ *  In:   chunk  may be null
+ *
+ *  Returns the number, or 0 for null and for a data chunk
+ */
 VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_child_count(velmor_core_riff_chunk_t* chunk);
 
-/** A group's child by its index from 0, in the order of the bytes.
+/** A group's child by its index. Takes the same time for every index.
  *
- *  Returns null for an index at or past the child count, for null and for a data chunk.
+ *  In:   chunk  may be null
+ *        index  0 for the first child, in the order of the bytes
+ *
+ *  Returns the child, or null when
+ *    - index is at or past the child count;
+ *    - chunk is null or a data chunk.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_get_child(
     velmor_core_riff_chunk_t* chunk, uint32_t index);
 
-/** The data size of a chunk in bytes: its size field. For a group it counts group id and children;
- *  for a virtual root it is 0.
+/** The data size of a chunk in bytes: its size field.
+ *
+ *  That of a group counts its group id and its children.
+ *
+ *  In:   chunk  must not be null
+ *
+ *  Returns the data size, or 0 for a virtual root
  */
 VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_data_size(velmor_core_riff_chunk_t* chunk);
 
@@ -220,19 +435,21 @@ VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_data_size(velmor_core_riff_c
 
 /** Copy bytes out of a data chunk.
  *
- *  Copies `size` bytes, the first of them `offset` bytes into the chunk's data, to `buffer`. The
- *  range has to lie within the data (velmor_core_riff_chunk_get_data_size()); the pad byte behind
- *  data of odd size is out of reach. Nothing is cached: a file object reads the file each time.
+ *  Copies `size` bytes to `buffer`. The first one is `offset` bytes into the chunk's data. The
+ *  range has to lie within the data size. The pad byte after data of odd size is out of reach.
+ *  Nothing is cached: a file object reads the file each time.
  *
- *  In:   chunk   a data chunk; what a group holds is reached through its children
+ *  In:   chunk   a data chunk; may be null, which fails
  *        size    bytes to copy, 0 allowed
  *        offset  bytes from the start of the data
- *  Out:  buffer  receives `size` bytes
+ *  Out:  buffer  receives `size` bytes; may be null if size is 0
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk; buffer is untouched
- *    VELMOR_CORE_FAILURE     the range leaves the data: buffer is untouched;
- *                            the object cannot be read: buffer may hold the first bytes
+ *    VELMOR_CORE_FAILURE     the range is not within the data size; buffer is untouched
+ *    VELMOR_CORE_FAILURE     the chunk was cut short within the range; buffer may hold the first
+ *                            bytes
+ *    VELMOR_CORE_FAILURE     the object cannot be read; buffer may hold the first bytes
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_get_data(velmor_core_riff_chunk_t* chunk,
                                                         void* buffer, uint32_t size,
@@ -240,19 +457,21 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_get_data(velmor_core_riff_chunk_t
 
 /** Copy bytes into a data chunk.
  *
- *  Overwrites `size` bytes of the chunk's data, the first of them `offset` bytes into it. The data
- *  size stays, and so does the pad byte; velmor_core_riff_chunk_set_data_size() lengthens a chunk.
+ *  Overwrites `size` bytes of the chunk's data. The first one is `offset` bytes into the data. Data
+ *  size and pad byte stay. velmor_core_riff_chunk_set_data_size() lengthens a chunk.
  *
- *  In:   chunk   a data chunk
- *        buffer  the bytes to write
+ *  In:   chunk   a data chunk; may be null, which fails
+ *        buffer  the bytes to write; may be null if size is 0
  *        size    their number, 0 allowed
  *        offset  bytes from the start of the data
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk
- *    VELMOR_CORE_FAILURE     the range leaves the data, or the object is for reading only or lacks
- *                            bytes of the range: nothing is changed; the object cannot be written:
- *                            the first bytes may be
+ *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk; nothing is changed
+ *    VELMOR_CORE_FAILURE     the range is not within the data size; nothing is changed
+ *    VELMOR_CORE_FAILURE     the chunk was cut short within the range; nothing is changed
+ *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. With size 0, a file
+ *                            succeeds and a buffer fails
+ *    VELMOR_CORE_FAILURE     the file cannot be written; the first bytes may have changed
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t* chunk,
                                                         const void* buffer, uint32_t size,
@@ -260,130 +479,183 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t
 
 /* --- Editing ---------------------------------------------------------------------------------- */
 
-/** Lengthen a data chunk, or cut it, at its end.
+/** Lengthen or shorten a data chunk at its end.
  *
- *  The bytes behind the chunk move if its size rounded up to even changes. Bytes that are won are
- *  not cleared: they hold whatever the storage held there. Size fields wrap at 2^32: keep groups
- *  below that.
+ *  The bytes after the chunk move if its total size changes. New bytes are uninitialised. Ancestors
+ *  must stay below 4 GiB: see "Size limit". No handle ends.
  *
- *  In:   chunk      a data chunk
+ *  In:   chunk      a data chunk; may be null, which fails
  *        data_size  the new data size in bytes
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk
- *    VELMOR_CORE_FAILURE     the object cannot grow or lacks bytes that the edit needs: nothing is
- *                            changed; it is for reading only: no byte is changed, but the chunk
- *                            shows the new size if nothing had to move; it cannot be read or
- *                            written: the edit stops half-way
+ *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk; nothing is changed
+ *    VELMOR_CORE_FAILURE     the buffer has no room; nothing is changed
+ *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
+ *    VELMOR_CORE_FAILURE     the file cannot be lengthened; nothing is changed
+ *    VELMOR_CORE_FAILURE     the chunk was cut short; nothing is changed
+ *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the chunk shows the
+ *                            new data size if the total size is the same
+ *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
+ *                            half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_chunk_t* chunk,
                                                              uint32_t data_size);
 
 /** Append a copy of a chunk, with everything in it, to a group.
  *
- *  The copy takes header, data and pad byte as they are stored, so a chunk that was created as a
- *  group under an id other than "RIFF" or "LIST" arrives as a data chunk. The source stays where it
- *  is. Free space is not used.
+ *  The copy takes header, data and pad byte as they are stored. So a group that was added under an
+ *  id other than "RIFF" or "LIST" arrives as a data chunk. The source stays where it is. Free space
+ *  is not used. Ancestors must stay below 4 GiB: see "Size limit". No handle ends.
  *
- *  In:   group  where the copy goes, behind the last child
- *        chunk  the source, of the same or another object; a child of `group` is copied like any
- *               other
+ *  The call uses the objects of both arguments: no other thread may use either of them.
+ *
+ *  In:   group  where the copy is appended, as the last child; may be null, which fails
+ *        chunk  the source, of the same or another object; may be null, which fails. A child of
+ *               `group` is copied like any other.
  *
  *  Returns the copy, or null when
- *    - group is null or not a group, or chunk is null;
- *    - chunk is a virtual root, is `group` itself or a group around it, or does not hold all its
- *      bytes (of one in another object, its pad byte too), or the object of group cannot grow:
- *      nothing is changed;
- *    - an object cannot be read or written, or memory runs out, or among the copied is a data chunk
- *      that was added under the id "RIFF" or "LIST" and whose data is no list of chunks: the edit
- *      may stop half-way.
+ *    - group is null or not a group; nothing is changed;
+ *    - chunk is null or a virtual root; nothing is changed;
+ *    - chunk is `group` or one of its ancestors; nothing is changed;
+ *    - chunk was cut short by more than its pad byte; nothing is changed;
+ *    - chunk is in another object and lacks its pad byte; nothing is changed;
+ *    - the object of group was cut short where the edit needs its bytes; nothing is changed;
+ *    - the object of group cannot grow or is read-only; nothing is changed;
+ *    - memory runs out; the edit may stop half-way;
+ *    - a file cannot be read or written; the edit may stop half-way;
+ *    - the copied bytes hold a data chunk that was added under the id "RIFF" or "LIST", and whose
+ *      data is no list of chunks; the edit stops half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
     velmor_core_riff_chunk_t* group, velmor_core_riff_chunk_t* chunk);
 
-/** Pour all chunks of a cache, or of an object over a buffer, into a group.
+/** Add all chunks of a cache, or of an object over a buffer, to a group.
  *
- *  They go, together and in order, into the free space that velmor_core_riff_chunk_add_data_chunk()
- *  would take, else behind the last child. A free chunk that is filled exactly ends, its handle
- *  with it. The cache is left as it is.
+ *  They stay together and in order. They go into the free space that
+ *  velmor_core_riff_chunk_add_data_chunk() would use for that many bytes, else they are appended. A
+ *  free chunk that is filled exactly ends, and its handle with it. The cache stays as it is.
+ *  Ancestors must stay below 4 GiB: see "Size limit".
  *
- *  In:   group  where the chunks go
- *        cache  a cache, or an object over a buffer, other than the object of group
+ *  The call uses the object of the group and the cache: no other thread may use either of them.
+ *
+ *  In:   group  where the chunks go; may be null, which fails
+ *        cache  a cache, or an object over a buffer, other than the object of group; may be null,
+ *               which fails
  *
  *  Returns the first of the chunks that were added, or null when
- *    - group is null or not a group; cache is null or a file; cache is empty;
- *    - cache is the object of group, its last chunk runs past its bytes, or the object of group
- *      cannot grow: nothing is changed;
- *    - the object cannot be read or written, or memory runs out, or the cache holds a data chunk
- *      under the id "RIFF" or "LIST" whose data is no list of chunks: the edit may stop half-way.
+ *    - group is null or not a group; nothing is changed;
+ *    - cache is null, a file, or the object of group; nothing is changed;
+ *    - cache is empty; nothing is changed;
+ *    - the last chunk of cache was cut short, even by the pad byte alone; nothing is changed;
+ *    - the object of group was cut short where the edit needs its bytes; nothing is changed;
+ *    - the object of group cannot grow; nothing is changed;
+ *    - the object of group is read-only; no byte is changed, but a free chunk that is the last
+ *      top-level chunk may show a data size that is larger by 1;
+ *    - memory runs out; the edit may stop half-way;
+ *    - the file cannot be read or written; the edit may stop half-way;
+ *    - cache holds a data chunk that was added under the id "RIFF" or "LIST", and whose data is no
+ *      list of chunks; the edit stops half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
     velmor_core_riff_chunk_t* group, velmor_core_riff_object_t* cache);
 
 /** Add a data chunk to a group.
  *
- *  It takes the smallest free chunk of the group that it fills exactly, or that leaves room for a
- *  header behind it. The free chunk at the very end of the object comes last, however small, and
- *  grows if nothing else fits. Without free space, and always if data_size is 0, the new chunk goes
- *  behind the last child, and the bytes behind the group move. A free chunk that is filled exactly
- *  ends, its handle with it. The pad byte of data of odd size is not written.
+ *  The chunk goes into the first free chunk of the group that it fills exactly, or that leaves room
+ *  for a header after it: see "Order of free space". If there is none, and the free chunk at the
+ *  end of that order is the last top-level chunk of the object, that free chunk grows until the new
+ *  one fits. Otherwise, and always if data_size is 0, the new chunk is appended as the group's last
+ *  child, and the bytes after the group move.
  *
- *  In:   group      where the chunk goes
- *        id         its id. "RIFF" or "LIST" make no group here, but the chunk will be read as one
- *                   when the bytes are opened again: use velmor_core_riff_chunk_add_group_chunk().
- *        data       its data; null leaves the bytes as the storage holds them
+ *  A free chunk that is filled exactly ends, and its handle with it. The pad byte of data of odd
+ *  size is not written. Ancestors must stay below 4 GiB: see "Size limit".
+ *
+ *  In:   group      where the chunk goes; may be null, which fails
+ *        id         its id. "RIFF" and "LIST" do not make a group here, but the bytes will be read
+ *                   as one when they are opened again: for groups there is
+ *                   velmor_core_riff_chunk_add_group_chunk().
+ *        data       its data; may be null, which leaves the data uninitialised
  *        data_size  its data size in bytes
  *
  *  Returns the new chunk, or null when
- *    - group is null or not a group;
- *    - the object cannot grow or is for reading only: nothing is changed;
- *    - the object cannot be read or written, or memory runs out: the edit may stop half-way.
+ *    - group is null or not a group; nothing is changed;
+ *    - the object cannot grow; nothing is changed;
+ *    - the object was cut short where the edit needs its bytes; nothing is changed;
+ *    - memory runs out; nothing is changed;
+ *    - the object is read-only; no byte is changed, but a free chunk that is the last top-level
+ *      chunk may show a data size that is larger by 1;
+ *    - the file cannot be read or written; the edit may stop half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_data_chunk(
     velmor_core_riff_chunk_t* group, uint32_t id, const void* data, uint32_t data_size);
 
-/** Append an empty group to a group. Free space is not used.
+/** Append an empty group to a group.
  *
- *  In:   group     where the new group goes, behind the last child
- *        id        "RIFF" or "LIST". Under any other id it is a group until the object is closed,
- *                  and a data chunk that begins with the group id when it is opened again.
+ *  It takes 12 bytes. Free space is not used. Ancestors must stay below 4 GiB: see "Size limit". No
+ *  handle ends.
+ *
+ *  In:   group     where the new group is appended, as the last child; may be null, which fails
+ *        id        "RIFF" or "LIST". Under any other id it is a group until the object is closed.
+ *                  Opened again, it is a data chunk that begins with the group id.
  *        group_id  its group id
  *
- *  Returns the new group, or null as velmor_core_riff_chunk_add_data_chunk().
+ *  Returns the new group, or null when
+ *    - group is null or not a group; nothing is changed;
+ *    - the object cannot grow or is read-only; nothing is changed;
+ *    - the object was cut short where the edit needs its bytes; nothing is changed;
+ *    - memory runs out; nothing is changed;
+ *    - the file cannot be read or written; the edit may stop half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk(
     velmor_core_riff_chunk_t* group, uint32_t id, uint32_t group_id);
 
 /** Turn a chunk into free space, without moving a byte.
  *
- *  It is joined with free chunks directly before and behind it, up to 2^32 - 1 bytes in all. The
- *  size of the object and of all groups stays. The data stays in the bytes until it is overwritten.
+ *  It is joined with free chunks directly before and after it, up to a total size of 2^32 - 1
+ *  bytes. The object and all groups keep their sizes. The data stays in the bytes until it is
+ *  overwritten. 4 or 8 bytes of a header are written. Nothing is written if the chunk is free and
+ *  has no free neighbour.
  *
- *  In:   chunk  pointer to the handle of the chunk
+ *  In:   chunk  pointer to the handle of the chunk; may be null, which fails
  *  Out:  chunk  receives the free chunk that covers the bytes now, on success
  *
- *  On success the handle ends if the chunk is joined with a free neighbour or is a group, and with
- *  it all handles into that group. A free chunk behind, if joined with one before, ends too.
+ *  These handles end on success:
+ *
+ *  - that of the chunk, if it is a group or is joined with a free neighbour
+ *  - those of all chunks in it, if it is a group
+ *  - that of the free chunk after it, if a free chunk before it takes both
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null
- *    VELMOR_CORE_FAILURE     the chunk is a virtual root, or a data chunk of 2^32 - 1 bytes that is
- *                            not free, or its pad byte, which would become free data, is missing
- *                            with bytes in front of it: nothing is changed; the object is for
- *                            reading only or cannot be written, or memory runs out: the tree may
- *                            show a change that the bytes lack. Open the object anew then.
+ *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null; nothing is changed
+ *    VELMOR_CORE_FAILURE     the chunk is a virtual root; nothing is changed
+ *    VELMOR_CORE_FAILURE     the chunk is not free, and its data size is 2^32 - 1; nothing is
+ *                            changed
+ *    VELMOR_CORE_FAILURE     the pad byte would become free data, and the chunk was cut short by
+ *                            more than the pad byte; nothing is changed
+ *    VELMOR_CORE_FAILURE     the pad byte would become free data, it is missing, and the object
+ *                            cannot grow; nothing is changed
+ *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
+ *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the tree may show
+ *                            a new id or data size
+ *    VELMOR_CORE_FAILURE     the file cannot be read or written; the edit may stop half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t** chunk);
 
-/** Remove a chunk and everything in it; the bytes behind it move down.
+/** Remove a chunk and everything in it.
  *
- *  Its handle and all handles into it end.
+ *  The bytes after the chunk move down, and the object becomes shorter. The handle of the chunk and
+ *  all handles of what it held end.
+ *
+ *  In:   chunk  may be null, which fails
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_BAD_HANDLE  chunk is null
- *    VELMOR_CORE_FAILURE     chunk is a virtual root, the object is for reading only (and holds
- *                            more than the chunk) or lacks bytes of it: nothing is changed; it
- *                            cannot be read or written: the edit stops half-way
+ *    VELMOR_CORE_BAD_HANDLE  chunk is null; nothing is changed
+ *    VELMOR_CORE_FAILURE     chunk is a virtual root; nothing is changed
+ *    VELMOR_CORE_FAILURE     chunk was cut short by more than its pad byte; nothing is changed
+ *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. The only top-level chunk
+ *                            of a read-only buffer is removed with success all the same
+ *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
+ *                            half-way
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_remove(velmor_core_riff_chunk_t* chunk);
 

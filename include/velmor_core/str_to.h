@@ -1,41 +1,79 @@
-/** Texts to numbers, with prefixes and arithmetic, as people type them into fields and files.
+/** Strings to numbers: the numbers and sums that people type into fields and files.
  *
- *  Numbers.  A number begins with a digit and has no sign of its own:
+ *  The input of these functions is a number text: an arithmetic expression over numbers that may
+ *  have SI and binary prefixes.
  *
- *    12            an integer, up to 2^64 - 1; larger ones count as 2^64 - 1
- *    1.5  1e3      a decimal fraction, a decimal exponent ('e' alone, and digits on both sides of
- *    1.5e-3        the point when there is one), or both: rounded to the nearest double
- *    1.5k  4k      an SI prefix: p n u m c d (da) h k M G T, from 10^-12 to 10^12; "da" stands
- *                  behind a decimal fraction only
- *    4k7  4da7     a prefix in place of the decimal point: 4700 and 47
- *    4Ki           a binary prefix: Ki Mi Gi Ti, that is 2^10, 2^20, 2^30, 2^40; integers only
+ *  Numbers.  A number begins with a digit. It has no sign of its own and no blanks inside:
  *
- *  Case counts. The decimal point is '.' under every locale.
+ *    12            an integer, up to 2^64 - 1; a larger one counts as 2^64 - 1
+ *    1.5           a decimal fraction; the digits after the point may be missing: 1.
+ *    1e3  1.5e-3   a decimal exponent: a small e, and digits on both sides of a point
+ *    4k  1.5k      an SI prefix: p n u m c d h k M G T, from 10^-12 to 10^12
+ *    4k7           an SI prefix in place of the decimal point: 4700
+ *    1.5da  4da7   the SI prefix da (10), after a fraction or in place of the point: 15 and 47
+ *    4Ki           a binary prefix, after an integer only: Ki Mi Gi Ti, 2^10 2^20 2^30 2^40
  *
- *  Expressions.  From the tightest binding to the loosest: parentheses; ^ (power, grouped from the
- *  right, no sign directly behind it); a sign; * / %; + -. So -2^2 is -4, 2^3^2 is 512, and 2*-3
- *  and 2--3 are valid while --2 and 2^-1 are not: write 2^(-1). The percent sign is the remainder
- *  with the sign of its left operand. There is no limit to length below 2^31 - 1 bytes, and none to
- *  depth.
+ *  Case matters: m is a thousandth, M a million. The decimal point is '.' in every locale. Leading
+ *  zeros mean nothing: 010 is ten.
  *
- *  Blanks.  Spaces, tabs and carriage returns may stand between numbers and operators, and around.
+ *  Expressions.  These are the operators, from the tightest binding to the loosest:
  *
- *  Lines.  A text may have several lines, separated by newlines; empty ones do not count. Every
- *  line has to be one valid expression, and the first is the result.
+ *    ( )           parentheses
+ *    ^             power, grouped from the right: 2^3^2 is 512
+ *    + -           a sign; one at most, and not directly after ^
+ *    * / %         product, quotient, remainder with the sign of the left operand
+ *    + -           sum, difference
  *
- *  Calculation.  Everything is computed in IEEE 754 double precision; only the result is converted.
- *  Above 2^53 integers are thus rounded. Integers of 2^63 and more, written out or with a binary
- *  prefix, enter the calculation less 2^64: the text 18446744073709551615 gives that number as an
- *  unsigned integer, but -1 as a signed integer and as a double. Nothing is checked for its range:
- *  1/0 is infinity, 1%0 NaN, and each function tells what becomes of them.
+ *  So -2^2 is -4, and 2*-3 and 2--3 are valid. A text may have up to 2^31 - 2 bytes. Depth has no
+ *  limit.
+ *
+ *  Blanks.  Spaces, tabs and carriage returns may stand before and after numbers and operators.
+ *
+ *  Lines.  A text may have several lines, separated by newlines. Empty lines do not count. Each
+ *  other line has to be one valid expression. The first one is the result.
+ *
+ *  Rejected.  These texts are typed and are not in the language:
+ *
+ *    1,5           the decimal point is '.'
+ *    .5            write 0.5
+ *    1.5K  4K      the SI prefix is a small k; 4Ki is 4096
+ *    1.5 k         no blank between number and prefix
+ *    1.5Ki         a binary prefix needs an integer: write 1.5*1Ki
+ *    4da           write 4*10, 4da0 or 4.0da
+ *    1.5k7  1.k    a prefix stands at the end of a fraction, or is the point; 1.k has no digit
+ *    1E3  1.e3     write 1e3
+ *    0x10          no hexadecimal numbers
+ *    1_000  1 000  no separators
+ *    50%           the percent sign is the remainder and needs a right operand
+ *    --2  2^-1     write -(-2) and 2^(-1)
+ *    2(3)  2**3    write 2*(3) and 2^3
+ *    4kB  10 Hz    no units
+ *    inf  nan      no names
+ *
+ *  Bytes other than ASCII are rejected, the micro sign among them: write 5u. An empty text, and one
+ *  of blanks and newlines only, is rejected, too.
+ *
+ *  Calculation.  Everything is computed in IEEE 754 double precision. Only the result is converted.
+ *  So integers above 2^53 are rounded: 9223372036854775807 becomes 2^63. Nothing is checked for its
+ *  range: 1/0 is infinity, 1%0 is NaN, and each function says what it makes of them.
+ *
+ *  Large integers.  An integer from 2^63 to 2^64 - 1, in digits or with a binary prefix, is taken
+ *  minus 2^64. So the text 18446744073709551615 gives -1 as a signed integer and as a double, and
+ *  18446744073709551615 as an unsigned integer. The text -1 gives the same three results. So does
+ *  18446744073709551616, which counts as 2^64 - 1.
+ *
+ *  To check a range from 0 to a limit below 2^63, convert to a double and compare: a single integer
+ *  that is too large is negative, or 2^63 or more. Within an expression nothing shows it:
+ *  18446744073709551615+10 is 9. To be certain, accept single numbers only: convert the number
+ *  without its sign, and reject negative results. A number with a decimal point is not affected.
  *
  *  Rounding.  A decimal number is the double nearest to it. A prefix is one multiplication, which
  *  rounds once more: 1.001k is 1000.9999999999999, and 1000 as an integer. Where fractions of a
  *  unit are typed, ask for the double and round it.
  *
  *  Results.  Every function returns true and writes its result, or returns false and leaves the
- *  result as it was: where the text is not valid, holds no expression, has other than ASCII bytes,
- *  or where memory is exhausted. What a text is worth, is the same on every thread and every call.
+ *  result as it was. It returns false if the text is rejected or memory runs out. The same text
+ *  gives the same result on every thread and in every call.
  */
 #ifndef VELMOR_CORE_STR_TO_H
 #define VELMOR_CORE_STR_TO_H
@@ -46,39 +84,45 @@
 extern "C" {
 #endif
 
-/** Convert a text to a signed 64-bit integer.
+/** Convert a number text to a signed 64-bit integer.
  *
- *  The value is truncated toward zero: 1.9 gives 1 and -1.9 gives -1. Values from 2^63 on, below
- *  -2^63, infinities and NaN give -9223372036854775808 (INT64_MIN).
+ *  The value is truncated toward zero: 1.9 gives 1, and -1.9 gives -1. Values that do not fit,
+ *  infinities and NaN give -9223372036854775808 (INT64_MIN). For integers of 2^63 and
+ *  more in the text see "Large integers".
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the integer; not null
  *
- *  Returns true, or false if the text is rejected: value is untouched.
+ *  Returns true, or false if the text is rejected or memory runs out; value is untouched
  */
 VELMOR_CORE_API bool velmor_core_str_to_i64(const char* str, int64_t* value);
 
-/** Convert a text to an unsigned 64-bit integer.
+/** Convert a number text to an unsigned 64-bit integer.
  *
- *  The value is truncated toward zero. Negative values above -2^63 wrap modulo 2^64: -1 gives
- *  18446744073709551615, and -0.5 gives 0. Values from 2^64 on and positive infinity give 0; values
- *  of -2^63 and less, negative infinity and NaN give 9223372036854775808.
+ *  The value is truncated toward zero. Infinities count as very large and very small values. Then
+ *  the value is converted as follows:
+ *
+ *    0 to 2^64 - 1              the value
+ *    above -2^63, below 0       the value + 2^64: -1 gives 18446744073709551615
+ *    2^64 and more              0
+ *    -2^63 and less, NaN        9223372036854775808
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the integer; not null
  *
- *  Returns true, or false if the text is rejected: value is untouched.
+ *  Returns true, or false if the text is rejected or memory runs out; value is untouched
  */
 VELMOR_CORE_API bool velmor_core_str_to_u64(const char* str, uint64_t* value);
 
-/** Convert a text to a double.
+/** Convert a number text to a double.
  *
- *  The value is given as it is, infinities and NaN included.
+ *  The value is the result of the calculation, infinities and NaN included. For integers of 2^63
+ *  and more in the text see "Large integers".
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the double; not null
  *
- *  Returns true, or false if the text is rejected: value is untouched.
+ *  Returns true, or false if the text is rejected or memory runs out; value is untouched
  */
 VELMOR_CORE_API bool velmor_core_str_to_f64(const char* str, double* value);
 

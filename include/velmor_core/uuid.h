@@ -1,7 +1,7 @@
 /** Universally unique identifiers: random ones, and their text form (RFC 4122).
  *
- *  A null pointer to a record or text buffer is tested for nowhere; the two parse functions test
- *  their text.
+ *  No pointer to a record or to a text buffer may be null; this is not tested. The text that the
+ *  two parse functions read may be null.
  */
 #ifndef VELMOR_CORE_UUID_H
 #define VELMOR_CORE_UUID_H
@@ -12,9 +12,7 @@
 extern "C" {
 #endif
 
-/** A UUID. Its bytes stand in the order of the text form, the first one weighing most in
- *  comparisons. All 0 is the null UUID.
- */
+/** A UUID: 16 bytes. The null UUID has only bytes of 0. */
 typedef struct {
   /** The 16 bytes, in the order of the text form. */
   uint8_t bytes[16];
@@ -25,18 +23,18 @@ typedef struct {
 
 /** Make a random UUID: version 4 of RFC 4122, with 122 bits from the kernel's random source.
  *
- *  Reads getrandom(2), and waits where the system has just started and its source is not ready.
- *  Nothing is kept between calls, so neither threads nor fork() lead to equal UUIDs.
+ *  Calls getrandom(2), which waits if the system has just started and its source is not ready.
+ *  Nothing is kept between calls: UUIDs differ between threads and after fork(2).
  *
- *  The random source can fail only on a system that denies the call. There is no result to tell of
- *  it; the record stays as it is. Who has to know clears the record first and tests it afterwards
- *  with velmor_core_uuid_is_null(): a random UUID is never null.
+ *  The random source fails only on a system that forbids the call. This is not reported, and the
+ *  record stays as it is. To find out, clear the record before the call and test it afterwards with
+ *  velmor_core_uuid_is_null(): a random UUID is never null.
  *
  *  Out:  uuid  receives the UUID
  */
 VELMOR_CORE_API void velmor_core_uuid_generate_random(velmor_core_uuid_t* uuid);
 
-/** Make a UUID the null UUID.
+/** Set a UUID to the null UUID.
  *
  *  Out:  uuid  receives 16 bytes of 0
  */
@@ -44,33 +42,33 @@ VELMOR_CORE_API void velmor_core_uuid_clear(velmor_core_uuid_t* uuid);
 
 /** Read a UUID from text.
  *
- *  The text has to be, from its first to its last character, one of
+ *  The whole text has to have one of these forms:
  *
  *    00112233-4455-6677-8899-aabbccddeeff
  *    00112233445566778899aabbccddeeff
  *    {00112233-4455-6677-8899-aabbccddeeff}
  *    {00112233445566778899aabbccddeeff}
  *
- *  with digits in upper or lower case. There is no other form: no white space around it, no prefix,
- *  no other or fewer separators.
+ *  Digits may be in upper or lower case. No other form is accepted: no white space around it, no
+ *  prefix, no other or fewer hyphens.
  *
- *  In:   text  bytes up to a NUL; may be null
+ *  In:   text  bytes up to a NUL; may be null, which fails
  *  Out:  uuid  receives the UUID
  *
- *  Returns true, or false when the text is null, empty or no UUID: the record is untouched.
+ *  Returns true, or false if the text is null or no UUID; the record is untouched
  */
 VELMOR_CORE_API bool velmor_core_uuid_parse(const char* text, velmor_core_uuid_t* uuid);
 
 /** Read a UUID from a part of a text.
  *
- *  Takes the forms of velmor_core_uuid_parse(). No byte behind the given ones is read, and a NUL
- *  among them is no digit.
+ *  Accepts the forms of velmor_core_uuid_parse(). No byte after the given ones is read. A NUL among
+ *  them makes the text invalid.
  *
- *  In:   text    bytes, with or without a NUL behind them; may be null
- *        length  their number, 0 allowed
+ *  In:   text    bytes, no NUL needed after them; may be null, which fails
+ *        length  their number; 0 is allowed, and fails
  *  Out:  uuid    receives the UUID
  *
- *  Returns true, or false when the text is null, empty or no UUID: the record is untouched.
+ *  Returns true, or false if the text is null or no UUID; the record is untouched
  */
 VELMOR_CORE_API bool velmor_core_uuid_parse2(const char* text, uint64_t length,
                                              velmor_core_uuid_t* uuid);
@@ -96,8 +94,10 @@ VELMOR_CORE_API void velmor_core_uuid_copy(velmor_core_uuid_t* to, const velmor_
 VELMOR_CORE_API bool velmor_core_uuid_compare_eq(const velmor_core_uuid_t* a,
                                                  const velmor_core_uuid_t* b);
 
-/** Whether a comes after b in the order of the bytes, taken as unsigned, the first one that differs
- *  deciding. The order of the lower-case text forms is the same.
+/** Whether a comes after b.
+ *
+ *  The first byte that differs decides, as an unsigned number. The lower-case text forms have the
+ *  same order.
  */
 VELMOR_CORE_API bool velmor_core_uuid_compare_gt(const velmor_core_uuid_t* a,
                                                  const velmor_core_uuid_t* b);

@@ -8,34 +8,36 @@
  *    riff.h     RIFF chunk trees in files, buffers and caches
  *    uuid.h     universally unique identifiers
  *    hash.h     SHA-256 digests
- *    str_to.h   texts to numbers
+ *    str_to.h   strings to numbers
  *
- *  For C++17 and later velmor_core.hpp lays types over it.
+ *  velmor_core.hpp offers the same to C++17 and later, with types that own what they open.
  *
  *  These rules hold for all functions, unless the text of a function says otherwise:
  *
  *  Results.  A function has one kind of result: a status (VELMOR_CORE_SUCCESS and the other
  *  constants of base.h), a bool, a handle that is null on failure, a plain value, or nothing.
- *  No C++ exception leaves the library, nothing is printed or logged, and errno means nothing.
+ *  No C++ exception leaves the library. Nothing is printed or logged. The value of errno after a
+ *  call means nothing.
  *
- *  Out-pointers.  Memory that receives a result is written on success alone; on failure it is as it
- *  was before the call.
+ *  Out-pointers.  Memory that receives a result is written only on success. On failure it stays as
+ *  it was before the call.
  *
- *  Null.  A function tests for null pointers where its text says so. Everywhere else a pointer has
- *  to be valid and not null.
+ *  Null.  Where a text says that a pointer may be null, the function tests for it. Every other
+ *  pointer must be valid and not null: this is not tested.
  *
- *  Ownership.  Strings and buffers passed in are used during the call only. What an open function
- *  hands out belongs to the caller until the matching close. Pointers to constant data are never
- *  freed.
+ *  Ownership.  Strings and buffers passed in are used during the call only; the buffers that RIFF
+ *  objects are opened over are the exception. What an open function returns belongs to the caller
+ *  until the matching close. Pointers to constant data are never freed.
  *
  *  Threads.  The library starts no threads and takes no locks. Functions without a handle argument
- *  may run on any number of threads at once. An object and everything drawn from it is used by one
- *  thread at a time; different objects are independent of each other.
+ *  may run on any number of threads at once. One thread at a time uses an object and its chunks. A
+ *  function with two handles may use two objects. Different objects are independent of each other.
  *
  *  Start-up.  Only the queries velmor_core_cpu_has_*() depend on velmor_core_init(). Everything
  *  else works without it.
  *
- *  Texts.  A const char* names bytes up to a terminating NUL, passed on without conversion.
+ *  Strings.  A const char* points to bytes up to a terminating NUL. They are passed on without
+ *  conversion: a file name is what open(2) takes.
  */
 #ifndef VELMOR_CORE_VELMOR_CORE_H
 #define VELMOR_CORE_VELMOR_CORE_H

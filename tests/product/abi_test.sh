@@ -3,7 +3,7 @@
 #   abi_test.sh SOURCE CXX [--update]   --update stores the description anew: on purpose only
 set -euo pipefail
 source=$1 cxx=$2 update=${3:-}
-stored=abi/libvelmor-core.so.0.abi
+stored=tests/product/libvelmor-core.so.0.abi
 type abidw abidiff >/dev/null 2>&1 || { echo "no abigail-tools"; exit 77; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -25,6 +25,6 @@ if [ "$update" = --update ]; then
 fi
 describe >"$work/now.abi"
 abidiff --no-architecture "$stored" "$work/now.abi" || {
-  echo "The binary interface has changed: tests/product/abi_test.sh tells how to store it." >&2
+  echo "The binary interface has changed: see tests/product/abi_test.sh for how to store it." >&2
   exit 1
 }

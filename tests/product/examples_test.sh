@@ -3,29 +3,43 @@
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 examples=$(realpath "$4")
 
-readme_lists_the_chunks() {
-  expect_equal list "fmt  16
-LIST 72
-data 8000" "$("$examples/readme" "$data/tagged.wav")"
-  "$examples/readme" gone && fail "no file"
-  : >empty
-  expect_equal list "" "$("$examples/readme" empty)"
-}
+# Tests
 
 retag_wav_sets_and_adds_the_title() {
   local file title
   take tone.wav tagged.wav
-  for file in tone.wav tagged.wav; do
+  chmod 640 tone.wav
+  ln -s tone.wav link.wav
+  for file in link.wav tagged.wav; do
     for title in "First title" "A longer title" "x" ""; do
       "$examples/retag_wav" $file "$title" || fail "$file: $title"
       expect_equal title "$title" "$("$program" extract $file RIFF:WAVE/LIST:INFO/INAM | tr -d '\0')"
       "$program" verify $file >/dev/null || fail "$file is damaged by: $title"
       "$program" extract $file RIFF/data | cmp - <(tail -c 8000 "$data/tone.wav") || fail samples
+      if type ffprobe >/dev/null 2>&1; then
+        expect_equal "title, as ffprobe reads it" "$title" \
+          "$(ffprobe -v error -show_entries format_tags=title -of csv=p=0 $file | tr -d '"')"
+      fi
     done
   done
-  take card.webp
+  expect_equal mode 640 "$(stat -c %a tone.wav)"
+  expect_equal "what is there" "link.wav tagged.wav tone.wav" "$(echo *)"
+}
+
+retag_wav_leaves_the_file_whole_when_it_fails() {
+  local title
+  title=$(printf '%0400d' 0)
+  take tone.wav card.webp
   "$examples/retag_wav" card.webp Title 2>err && fail "no WAV"
   cmp card.webp "$data/card.webp" || fail "a file that is no WAV"
+  # Files may have 4 KiB, too few for the copy, and 8 KiB, too few for the title.
+  for limit in 4 8; do
+    (trap '' XFSZ && ulimit -f $limit && "$examples/retag_wav" tone.wav "$title") 2>err &&
+      fail "no room: $limit KiB"
+    grep -q "^tone.wav: " err || fail "no reason"
+    cmp tone.wav "$data/tone.wav" || fail "changed: $limit KiB"
+  done
+  expect_equal "what is there" "card.webp err tone.wav" "$(echo *)"
 }
 
 build_riff_builds_a_wav() {

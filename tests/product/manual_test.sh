@@ -9,23 +9,24 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 fail() { echo "$*" >&2; exit 1; }
 
-{ cmake -S "$source" -B "$work" -G Ninja -DVELMOR_CORE_BUILD_DOCS=ON -DVELMOR_CORE_BUILD_TOOLS=OFF &&
+{ cmake -S "$source" -B "$work" -G Ninja -DVELMOR_CORE_BUILD_DOCS=ON -DVELMOR_CORE_BUILD_TOOLS=OFF \
+    -DVELMOR_CORE_WERROR=ON &&
   cmake --build "$work" --target docs; } >"$work/log" 2>&1 || fail "$(tail -n 30 "$work/log")"
 
 cd "$work/docs"
-for name in $(grep -oE '\bvelmor_core_\w+' "$source/cmake/exports.map"); do
+for name in $(grep -oE '^ velmor_core_\w+' "$source/debian/libvelmor-core0.symbols"); do
   page=pages/man3/$name.3
   grep -q "^$name .- [A-Z0-9].*[A-Za-z0-9)]$" "$page" || fail "$name: no summary"
   grep -qE "[ *]$name\(.*\);$" "$page" || fail "$name: no declaration"
 done
-# Nothing that the header tells is missing.
+# A man page has all of the header's text.
 page=$(sed 's/\\f[A-Z]//g; s/\\&//g' pages/man3/velmor_core_riff_chunk_get_data.3 | tr -s '\n ' ' ')
 for text in 'bytes to copy, 0 allowed' 'out of reach. Nothing is cached' 'buffer +receives size bytes' \
-  'VELMOR_CORE_BAD_HANDLE: chunk is null' 'read: buffer may hold the first bytes'; do
+  'VELMOR_CORE_BAD_HANDLE: chunk is null' 'read; buffer may hold the first bytes'; do
   grep -qE "$text" <<<"$page" || fail "velmor_core_riff_chunk_get_data does not tell: $text"
 done
 
-# Programs come as they are.
+# Programs keep their backslashes.
 grep -qF 'are left\en"' pages/man7/velmor-core-handles.7 || fail "a program lost its backslashes"
 
 cd html

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Another project takes the sources in, by add_subdirectory and by FetchContent: it gets the library
-# alone (no program, no tests, nothing installed), and a program of its own that works.
+# Another project takes the sources in, by FetchContent and, as a static library, by
+# add_subdirectory: it gets the library alone (no program, no tests, nothing installed), and a program
+# of its own that works.
 #   subproject_test.sh SOURCE CC CXX
 set -euo pipefail
 shopt -s extglob
@@ -9,7 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 mkdir "$work/project"
-cp "$source/tests/product/consumer/consumer.c" "$work/project"
+cp "$source/examples/readme.c" "$work/project"
 cat >"$work/project/CMakeLists.txt" <<'EOF'
 cmake_minimum_required(VERSION 3.25)
 project(app LANGUAGES C CXX)
@@ -20,27 +21,29 @@ if(FETCH)
 else()
   add_subdirectory(${VELMOR_CORE} velmor-core)
 endif()
-add_executable(app consumer.c)
+add_executable(app readme.c)
 target_link_libraries(app PRIVATE velmor::core)
 EOF
 
 run() { "$@" >"$work/log" 2>&1 || { tail -n 40 "$work/log" >&2; exit 1; }; }
 
-for fetch in OFF ON; do
+for fetch in ON OFF; do
   out=$work/fetch-$fetch
+  [ $fetch = ON ] && shared=() || shared=(-DBUILD_SHARED_LIBS=OFF)
   run cmake -S "$work/project" -B "$out" -G Ninja -DFETCH=$fetch -DVELMOR_CORE="$source" \
-    -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx"
+    -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" "${shared[@]}"
   linked=$(ninja -C "$out" -t targets all | sed -nE 's|^([^:]*/)?([^:/]*): .*_LINKER__.*|\2|p' |
     sort | tr '\n' ' ')
   case $linked in
-    "app libvelmor-core.so.0."*([0-9.])" ") ;;
+    "app libvelmor-core."@(so.0.*([0-9.])|a)" ") ;;
     *) echo "built with FETCH=$fetch: $linked" >&2; exit 1 ;;
   esac
 done
 
-# One of the two is enough to be built: CMake does the same with both.
+# Every other test builds the shared library.
 run cmake --build "$out" -j 2
-got=$("$out/app")
-[ "$got" = 'data 3, version 0x1000000100000' ] || { echo "app prints '$got'" >&2; exit 1; }
+others=$(nm -g --defined-only "$out/velmor-core/libvelmor-core.a" | grep -v ' T velmor_core_' | grep ' . ') &&
+  { echo "the static library also defines $others" >&2; exit 1; }
+"$out/app" "$source/examples/data/tagged.wav" | grep -qx 'LIST 72'
 run cmake --install "$out" --prefix "$work/prefix"
 [ ! -e "$work/prefix" ] || { echo "installed: $(find "$work/prefix")" >&2; exit 1; }

@@ -39,6 +39,8 @@ needs() {
   for name; do type "$name" >/dev/null 2>&1 || { echo "$name is not installed"; exit 77; }; done
 }
 
+# Tests
+
 streams_get_their_sizes() {
   needs ffmpeg ffprobe soxi
   cp "$fixtures"/* .

@@ -64,6 +64,8 @@ edit() {
 # bytes HEX...: writes them
 bytes() { printf "$(printf '\\x%s' "$@")"; }
 
+# Tests
+
 tree_agrees_with_an_independent_reader() {
   local file count=0
   for file in "$data"/*.{wav,avi,webp}; do

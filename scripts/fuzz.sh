@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets and runs each for some seconds, two at a time. Findings stay below
-# build/fuzz/findings and make this fail.
-#   ./fuzz.sh [SECONDS]   20 by default
+# Builds the fuzz targets and runs each for some seconds, two at a time. Fails when one crashes or
+# hangs; the inputs that did it are kept in build/fuzz/findings.
+#   scripts/fuzz.sh [SECONDS]   20 by default
 set -euo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")"
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh
 
 seconds=${1:-20}
@@ -14,7 +14,7 @@ cmake --build --preset fuzz
 run() {
   local target=$1 corpus=build/fuzz/corpus/$1 findings=build/fuzz/findings/$1-
   mkdir -p "$corpus" build/fuzz/findings
-  # Deep expressions and large refusals are slow under sanitizers, not endless.
+  # 20 seconds for one input: deep expressions are slow under sanitizers, but they end.
   build/fuzz/fuzz/"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 \
     -malloc_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$findings" "${@:2}" \
     "$corpus" examples/data >build/fuzz/"$target".log 2>&1 || {
@@ -27,13 +27,9 @@ run() {
 }
 
 failed=0
-# Files are read header by header, and compared byte by byte.
-run fuzz_load -max_len=4096 & first=$!
-run fuzz_edit -max_len=4096 & second=$!
-wait $first || failed=1
-wait $second || failed=1
-run fuzz_number & first=$!
-run fuzz_uuid & second=$!
-wait $first || failed=1
-wait $second || failed=1
+# Chunk trees of 4 KiB are deep enough, and every byte of them is compared.
+run fuzz_edit -max_len=4096 & edit=$!
+run fuzz_number & number=$!
+wait $edit || failed=1
+wait $number || failed=1
 exit $failed
