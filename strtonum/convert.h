@@ -16,7 +16,7 @@ bool convert(const std::string& text, int64_t* value);
 bool convert(const std::string& text, uint64_t* value);
 bool convert(const std::string& text, double* value);
 
-// The fast path for a plain text (plain_expression.h).
+// The fast path for a text that is one number or another plain expression (plain_expression.h).
 // Nearly all texts are, and they need no scanner, parser or allocation.
 //
 // Returns true and writes the value that convert() would write. Returns false for every other

@@ -1,7 +1,7 @@
 // Evaluates plain number texts without scanner, parser or allocation.
 //
-// A text is plain if it is one number, with or without a sign, with any blanks and empty lines
-// around it.
+// A text is plain if it is one valid expression on one line, with any blanks and empty lines around
+// it, and not deeply nested.
 
 #ifndef STRTONUM_PLAIN_EXPRESSION_H
 #define STRTONUM_PLAIN_EXPRESSION_H
