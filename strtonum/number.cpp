@@ -136,7 +136,7 @@ inline double toDouble(const char* text, const char* end, uint64_t digits, std::
       exponent < -LARGEST_POWER) {
     return toNearestDouble(text, end, count + exponent);
   }
-  const auto value = static_cast<double>(digits);
+  const auto value = static_cast<double>(static_cast<int64_t>(digits));
   return exponent < 0 ? value / POWERS_OF_TEN[static_cast<size_t>(-exponent)]
                       : value * POWERS_OF_TEN[static_cast<size_t>(exponent)];
 }
