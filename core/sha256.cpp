@@ -45,8 +45,8 @@ void Sha256Hasher::finish() {
   compress(state, pending.data(), 1);
 }
 
-// Writes directly into a range that has room for the whole digest: copying the words directly after
-// they were stored would make the processor wait.
+// If the range has room for the whole digest, writes into it without a copy: a copy of words that
+// have just been stored would make the processor wait.
 void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
   std::array<uint8_t, 32> spare;
   uint8_t* const bytes = digest.size() < spare.size() ? spare.data() : digest.data();

@@ -35,9 +35,8 @@ class Sha256Hasher {
   // Hashes the pending block and starts the next one.
   void compressPending();
 
-  // One block, since whole blocks are hashed in place: a buffer that grew with the message would
-  // cost a copy and could fail. The 8 extra bytes let finish() write its first 8 bytes of padding
-  // at any position.
+  // Room for one block. Whole blocks are hashed in place and need no buffer. The 8 extra bytes let
+  // finish() write its first 8 bytes of padding at any position.
   std::array<uint8_t, SHA256_BLOCK + 8> pending{};
   uint64_t pendingSize = 0;
   Sha256Length length;

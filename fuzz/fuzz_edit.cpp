@@ -1,4 +1,5 @@
-// Any bytes, opened as objects of all kinds, and edits decoded from them, beside the tests' model.
+// Opens any bytes as objects of all kinds, makes edits decoded from them, and compares with the
+// tests' model.
 
 #include <iostream>
 

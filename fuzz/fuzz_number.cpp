@@ -1,4 +1,4 @@
-// Any text as a number: rejected, or the value that the tests' model gives.
+// Converts any text. The result has to be that of the tests' model: a value, or a rejection.
 
 #include <velmor_core/str_to.h>
 

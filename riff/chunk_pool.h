@@ -19,14 +19,14 @@ class Chunk;
 struct ReturnChunk {
   void operator()(Chunk* chunk) const;
 };
-// Owns a chunk that is in no tree, not yet or no longer. If the chunk is a group, owns everything
-// in it too.
+// Owns a chunk that is in no tree: it is to be attached or destroyed. If the chunk is a group, owns
+// everything in it too.
 using ChunkPointer = std::unique_ptr<Chunk, ReturnChunk>;
 
-// A tree has many small nodes of two sizes, most of which come and go together. With one malloc()
-// for each, opening a file would spend more time there than on reading headers. So nodes are cut
-// from blocks, and a node that is returned is the next one to be handed out. The blocks live as
-// long as the pool.
+// A tree has many small nodes of two sizes. Most come and go together. With one malloc() for each,
+// opening a file would spend more time in malloc() than on reading headers. So nodes are cut from
+// blocks. A returned node is the next one of its size to be handed out. The blocks live as long as
+// the pool.
 class ChunkPool {
  public:
   ChunkPool() = default;

@@ -79,9 +79,9 @@ void FreeList::sortAppended() {
   chunks.splice(chunks.end(), last);
 }
 
-// Gives the same order as chunks.sort(), and is quick for long lists too: the keys are sorted in an
-// array, since following links costs a cache miss each. Without memory for the array, the list
-// sorts itself. Offsets differ, so no two keys are equal and a stable sort is not needed.
+// Gives the same order as chunks.sort(), but faster for long lists: it sorts the keys in an array,
+// because following a link costs a cache miss. Without memory for the array, it calls
+// chunks.sort(). Offsets differ, so no two keys are equal, and the sort need not be stable.
 void FreeList::sort() {
   const auto before = [this](const DataChunk* a, const DataChunk* b) {
     return usedUpBefore(*a, *b);

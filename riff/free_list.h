@@ -12,13 +12,13 @@
 namespace RIFF {
 
 // The order: the smallest free chunk first, equal sizes in byte order, the trailing chunk last. So
-// the first one that fits is the best, and the one that can grow without moving anything is taken
-// when nothing else fits.
+// the first one that fits is the best. The trailing chunk, which can grow without moving anything,
+// is taken only if no other fits.
 //
-// The list borrows its chunks; none is in it twice. It is sorted at certain points of an edit and
-// keeps that order in between, even when another chunk becomes the trailing one or an entry gets
-// another size. What is found depends on that. `ordered` says whether sorting now would change
-// nothing. Then one changed entry is moved to its place without comparing the others.
+// The list borrows its chunks. None is in it twice. It is sorted only at certain points of an edit.
+// In between it keeps its order, even if another chunk becomes the trailing one or an entry gets
+// another size. Callers see this order, so it must not be sorted at other points. `ordered` is true
+// if the list is sorted now. Then a changed entry is moved to its place without a full sort.
 class FreeList {
  public:
   // A list entry without its chunk. An edit allocates it before its first change, so that it cannot
@@ -40,8 +40,8 @@ class FreeList {
 
   // Null if the list is empty.
   DataChunk* last() const { return chunks.empty() ? nullptr : chunks.back(); }
-  // The first entry that can take n bytes, header included: either they fill it exactly, or its
-  // data has room for them all, so that a whole header fits after them. Null if there is none.
+  // The first entry that can take n bytes, header included. Either its total size is n, or its data
+  // size is n or more, which leaves room for a whole header after them. Null if there is none.
   DataChunk* findFitting(uint64_t n) const;
 
   // Enters a chunk in its place.
@@ -53,7 +53,7 @@ class FreeList {
 
   // Sorts the list after `changed` has got another size or offset. `changed` need not be in it.
   void restoreOrder(const Chunk& changed);
-  // Sorts the list after a run of append(), with the result of sorting after each of them. Every
+  // Sorts the list after a run of append(). The result is as if each append() had sorted. Every
   // top-level chunk was the trailing one when it was attached, so the last one appended stays last.
   void sortAppended();
   // To be called when an entry gets another size, or another chunk becomes the trailing one, and

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Prints how many lines of tests there are for each hundred lines of other code, in per cent.
 #   scripts/test-share.sh [LIMIT]   fails above LIMIT per cent
-# Blank lines and data files do not count. Build files count as tests where they stand beside tests.
+# Blank lines and data files do not count. The build files of the tests count as tests. Other build
+# files do not count.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

@@ -110,9 +110,9 @@ double powerOfTen(std::ptrdiff_t exponent) {
                                       : std::pow(10.0, static_cast<double>(exponent));
 }
 
-// The slow path of toDouble(). Out of range are infinity and 0: the place of the first digit that
-// is not 0 tells which. The first digit of the text has the place `magnitude`, and units have
-// place 1.
+// The slow path of toDouble(). Out of range are infinity and 0. The exponent moves the point so that
+// `magnitude` digits stand before it. If the first nonzero digit is one of them, the number is too
+// large. If it is after the point, the number is too small.
 [[gnu::noinline]] double toNearestDouble(const char* text, const char* end,
                                          std::ptrdiff_t magnitude) {
   double value = 0.0;
@@ -164,7 +164,7 @@ struct Exponent {
   const bool isNegative = mark[1] == '-';
   const char* digits = mark + (isNegative || mark[1] == '+' ? 2 : 1);
   const char* last = digits;
-  // Larger than the length of any text, and small enough that no sum overflows.
+  // The limit exceeds the length of any text, and is so small that no sum overflows.
   constexpr uint64_t LIMIT = uint64_t{1} << 62;
   const auto value = static_cast<std::ptrdiff_t>(std::min(readDigits(last), LIMIT));
   return {last == digits ? mark : last, isNegative ? -value : value};

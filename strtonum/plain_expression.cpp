@@ -135,7 +135,7 @@ Value expr(const char* text, int depth) noexcept { return addexpr(text, depth); 
 Value evaluatePlain(const char* text) noexcept {
   const char* first = skipBlanksAndLineEnds(text);
   const char sign = *first;
-  // Only blanks: after a line end, the sign would stand without a number.
+  // Skip blanks only. A sign and its number have to be on the same line.
   if (sign == '+' || sign == '-') first = skipBlanks(first + 1);
   if (!isDigit(*first)) return *first == '(' ? start(text) : NO_VALUE;
   const Value number = constant(first);

@@ -1,6 +1,6 @@
 /** What every C++ header of velmor-core needs: the error that is thrown, and views of bytes.
  *
- *  The rules that hold for all of them stand in velmor_core.hpp.
+ *  velmor_core.hpp has the rules that hold for all of them.
  */
 #ifndef VELMOR_CORE_BASE_HPP
 #define VELMOR_CORE_BASE_HPP
@@ -61,14 +61,14 @@ struct IsByteRange<Range,
                    std::void_t<ElementOf<Range>, decltype(std::size(std::declval<Range&>()))> >
     : std::is_trivially_copyable<ElementOf<Range> > {};
 
-// An array of char: text, or bytes with a NUL among them? Only a caller knows.
+// Whether Range is an array of char. It may hold a text, or bytes with a NUL among them.
 template <typename Range>
 struct IsCharArray
     : std::bool_constant<
           std::is_array<Range>::value &&
           std::is_same<std::remove_cv_t<std::remove_extent_t<Range> >, char>::value> {};
 
-// Whether the elements outlive an argument of type Range&&: it is an lvalue, or a view.
+// Whether the elements outlive an argument of type Range&&. They do for an lvalue and for a view.
 #if __cplusplus >= 202002L
 template <typename Range>
 struct IsBorrowed
@@ -86,13 +86,13 @@ struct IsBorrowed<const std::basic_string_view<Char, Traits> > : std::true_type 
 }  // namespace detail
 
 /** A view of bytes to read, made implicitly from what a caller has. It is two words and copies
- *  nothing. It is valid as long as the range that it was made from; a temporary range is fine as an
+ *  nothing. It is valid as long as the range that it was made from. A temporary range can be an
  *  argument, since it lives until the call returns.
  *
- *  Any contiguous range of trivially copyable elements serves: std::vector, std::array,
- *  std::string, std::string_view, std::span, arrays. String literals and const char* are text
- *  and end before their first NUL. An array of char that is not const does not compile, because it
- *  may hold either text or bytes: pass a std::string_view or std::span of it.
+ *  It can be made from any contiguous range of trivially copyable elements: std::vector,
+ *  std::array, std::string, std::string_view, std::span, arrays. String literals and const char*
+ *  are text and end before their first NUL. An array of char that is not const does not compile,
+ *  because it may hold either text or bytes: pass a std::string_view or std::span of it.
  */
 class Bytes {
  public:
@@ -100,10 +100,10 @@ class Bytes {
   constexpr Bytes() noexcept = default;
   /** `size` bytes at an address, which may be null if there are none. */
   constexpr Bytes(const void* data, uint64_t size) noexcept : first(data), count(size) {}
-  /** The characters of a text up to its NUL, which does not count; no bytes for null. */
+  /** The characters of a text, without its NUL; no bytes for null. */
   constexpr Bytes(const char* text) noexcept  // NOLINT(google-explicit-constructor)
       : first(text), count(text ? std::string_view(text).size() : 0) {}
-  Bytes(std::nullptr_t) = delete;  ///< Not even from a literal 0.
+  Bytes(std::nullptr_t) = delete;  ///< A literal 0 does not compile.
   /** The bytes of a range. */
   template <typename Range, std::enable_if_t<detail::IsByteRange<const Range>::value &&
                                                  !detail::IsCharArray<Range>::value,
@@ -111,7 +111,7 @@ class Bytes {
   constexpr Bytes(const Range& range) noexcept  // NOLINT(google-explicit-constructor)
       : first(std::data(range)),
         count(uint64_t{std::size(range)} * sizeof(detail::ElementOf<const Range>)) {}
-  /** Text or bytes? Say which: std::string_view(array) or std::span(array). */
+  /** Does not compile: pass std::string_view(array) for text, std::span(array) for bytes. */
   template <std::size_t Size>
   Bytes(char (&)[Size]) = delete;
 
@@ -126,8 +126,8 @@ class Bytes {
 };
 
 /** A view of bytes to fill, made implicitly from the ranges that Bytes takes, if their elements can
- *  be written. Arrays of char serve, too. A temporary std::span compiles, a temporary container
- *  does not.
+ *  be written. It can also be made from an array of char. A temporary std::span is accepted, but a
+ *  temporary container does not compile.
  */
 class MutableBytes {
  public:
@@ -157,7 +157,8 @@ class MutableBytes {
 
 namespace detail {
 
-// Whether an argument of type Range&& can be opened as a buffer: bytes that outlive it, no text.
+// Whether an argument of type Range&& can be opened as a buffer. Its bytes must outlive it, and it
+// must not be text.
 template <typename Range, typename Plain = std::remove_cv_t<std::remove_reference_t<Range> > >
 struct IsBuffer : std::bool_constant<std::is_same_v<Plain, Bytes> ||
                                      (IsByteRange<Plain>::value && !IsCharArray<Plain>::value &&

@@ -8,8 +8,8 @@
 
 namespace velmor_core {
 
-/** A registered user of the library, from construction to destruction. While there is one, the
- *  queries of cpu.h know the processor; nothing else needs it. Cannot fail.
+/** A registered user of the library, from construction to destruction. Construct one before you use
+ *  the queries of cpu.h. Nothing else needs it. Cannot fail.
  */
 class Library {
  public:

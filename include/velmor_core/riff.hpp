@@ -1,5 +1,5 @@
-/** RIFF chunk trees as C++ types: see riff.h for the format, the effect of each edit, what a failed
- *  edit leaves behind, and how long handles live.
+/** RIFF chunk trees as C++ types: see riff.h for the format, the effect of each edit, the state
+ *  after a failed edit, and how long handles live.
  *
  *  An Object owns an open file, buffer or cache. A Chunk is a handle to a chunk in it. The handle
  *  ends as riff.h says: with its object, or when an edit deletes the chunk. Using it after that is
@@ -30,7 +30,7 @@ struct ChunkKind;
 struct GroupKind;
 }  // namespace detail
 
-/** Four characters as one value: an Id or a GroupId, which do not convert to each other. */
+/** Four characters as one value: an Id or a GroupId. Neither converts to the other. */
 template <typename Kind>
 class FourCharacters {
  public:
@@ -72,8 +72,8 @@ using Id = FourCharacters<detail::ChunkKind>;
 /** The group id of a group: "WAVE"_group. */
 using GroupId = FourCharacters<detail::GroupKind>;
 
-/* The literals of ids. C++17 has no functions that run at compile time only. A template whose
-   arguments are the characters stands in there: an extension that g++ and clang offer. */
+/* The literals of ids. C++17 has no functions that run at compile time only. There, the literals
+   are templates whose arguments are the characters. This is an extension of g++ and clang. */
 inline namespace literals {
 #if defined(__cplusplus) && __cplusplus < 202002L
 #pragma GCC diagnostic push
@@ -109,8 +109,8 @@ consteval GroupId operator""_group(const char* text, std::size_t length) {
 }  // namespace literals
 
 /** A handle to a chunk of an open object, or an empty handle. It is one pointer, is copied as one,
- *  and owns nothing. Of an empty one, all queries give 0, an empty handle or an empty range, and
- *  all edits fail.
+ *  and owns nothing. If it is empty, all queries give 0, an empty handle or an empty range, and all
+ *  edits fail.
  *
  *  Operations that can fail have two forms, as velmor_core.hpp says; the forms with std::nothrow
  *  come first and have the full text.
@@ -126,9 +126,9 @@ class Chunk {
   constexpr explicit operator bool() const noexcept { return chunk != nullptr; }
   /** The handle for the C interface; null if there is no chunk. */
   constexpr velmor_core_riff_chunk_t* handle() const noexcept { return chunk; }
-  /** Whether both are the same chunk, or none. */
+  /** Whether both are the same chunk, or both are empty. */
   friend constexpr bool operator==(Chunk a, Chunk b) noexcept { return a.chunk == b.chunk; }
-  /** Whether they are two chunks, or a chunk and none. */
+  /** Whether they differ: they are different chunks, or only one of them is empty. */
   friend constexpr bool operator!=(Chunk a, Chunk b) noexcept { return a.chunk != b.chunk; }
 
   /* --- Queries: none of them fails, allocates or reads the object's bytes --- */
@@ -186,23 +186,24 @@ class Chunk {
 
   /* --- Data of a data chunk --- */
 
-  /** Fills a view with data, beginning `offset` bytes into them. False if there is no data chunk,
-   *  the range ends past the end of the data, or the object cannot be read.
+  /** Fills a view with data, beginning `offset` bytes from the start of the data. False if this is
+   *  no data chunk, the range ends past the end of the data, or the object cannot be read.
    */
   [[nodiscard]] bool read(MutableBytes bytes, uint32_t offset,
                           const std::nothrow_t&) const noexcept {
     return readStatus(bytes, offset) == VELMOR_CORE_SUCCESS;
   }
-  /** Overwrites data, beginning `offset` bytes into them; the data size stays. False if there is no
-   *  data chunk, the range ends past the end of the data, or the object cannot be written.
+  /** Overwrites data, beginning `offset` bytes from the start of the data. The data size stays.
+   *  False if this is no data chunk, the range ends past the end of the data, or the object cannot
+   *  be written.
    */
   [[nodiscard]] bool write(Bytes bytes, uint32_t offset, const std::nothrow_t&) const noexcept {
     return writeStatus(bytes, offset) == VELMOR_CORE_SUCCESS;
   }
   /** All data, in a std::vector, std::string or other container of single bytes that can be
-   *  resized. Empty if there is no data chunk, or the data cannot be read. The container may throw
-   *  std::bad_alloc. It allocates only after the last byte was read as a test, so that a chunk that
-   *  was cut short allocates nothing, whatever its size field claims.
+   *  resized. Empty if this is no data chunk, or the data cannot be read. The container may throw
+   *  std::bad_alloc. The last byte is read before the container allocates. So nothing is allocated
+   *  for a chunk that was cut short, however large its size field is.
    */
   template <typename Container>
   [[nodiscard]] std::optional<Container> data(const std::nothrow_t&) const {
@@ -213,47 +214,49 @@ class Chunk {
 
   /* --- Edits: false or an empty handle on failure. riff.h says what a failed edit leaves --- */
 
-  /** Lengthens or cuts the data at their end; the bytes after the chunk move. New bytes are
-   *  uninitialised. Fails without a change if an ancestor would become larger than its size field
-   *  can say, which is 2^32 - 1 bytes.
+  /** Lengthens or shortens the data at its end. The bytes after the chunk move. New bytes are
+   *  uninitialised. Fails without a change if the data size of an ancestor would exceed 2^32 - 1
+   *  bytes.
    */
   [[nodiscard]] bool resize(uint32_t size, const std::nothrow_t&) const noexcept {
     return hasRoomToResize(size) &&
            velmor_core_riff_chunk_set_data_size(chunk, size) == VELMOR_CORE_SUCCESS;
   }
   /** Adds a data chunk to this group: in free space where it fits, else after the last child. Fails
-   *  without a change if there are more than 2^32 - 1 bytes, or if this group or an ancestor would
-   *  become larger than that. Free space is not counted: near that limit, a chunk is refused even
-   *  if free space would take it.
+   *  without a change if the data size of the chunk, of this group or of an ancestor would exceed
+   *  2^32 - 1 bytes. For this, the chunk always counts as appended: near the limit it is refused
+   *  even if it would fit into free space.
    */
   [[nodiscard]] Chunk addData(Id newId, Bytes bytes, const std::nothrow_t&) const noexcept {
     if (bytes.size() > MAX_SIZE || !hasRoom(totalSizeOf(bytes.size()))) return Chunk();
     return Chunk(velmor_core_riff_chunk_add_data_chunk(chunk, newId.value(), bytes.data(),
                                                        static_cast<uint32_t>(bytes.size())));
   }
-  /** Appends an empty group to this group. The limit is that of addData(). */
+  /** Appends an empty group to this group. The size limit of addData() applies. */
   [[nodiscard]] Chunk addGroup(Id newId, GroupId newGroupId, const std::nothrow_t&) const noexcept {
     if (!hasRoom(EMPTY_GROUP_SIZE)) return Chunk();
     return Chunk(velmor_core_riff_chunk_add_group_chunk(chunk, newId.value(), newGroupId.value()));
   }
-  /** Appends a copy of a chunk of this or another object, with everything in it. The limit is that
-   *  of addData().
+  /** Appends a copy of a chunk of this or another object, with everything in it. The size limit of
+   *  addData() applies.
    */
   [[nodiscard]] Chunk addCopy(Chunk source, const std::nothrow_t&) const noexcept {
     if (!hasRoom(source.totalSize())) return Chunk();
     return Chunk(velmor_core_riff_chunk_add_chunk(chunk, source.chunk));
   }
   /** Adds all chunks of a cache or buffer, together and in order, in free space or after the last
-   *  child. Returns the first of them in this group. The cache stays as it is. Fails also if the
-   *  cache is empty; the limit is that of addData().
+   *  child. Returns the first of the new chunks. The cache is not changed. Fails if the cache is
+   *  empty. The size limit of addData() applies.
    */
   [[nodiscard]] Chunk addCache(const Object& cache, const std::nothrow_t&) const noexcept;
-  /** Removes the chunk and everything in it; the bytes after it move. Every handle into it ends. */
+  /** Removes the chunk and everything in it. The bytes after it move. The handles of the chunk and
+   *  of all chunks in it end.
+   */
   [[nodiscard]] bool remove(const std::nothrow_t&) const noexcept {
     return velmor_core_riff_chunk_remove(chunk) == VELMOR_CORE_SUCCESS;
   }
-  /** Turns the chunk into free space without moving a byte. On success this becomes the free chunk
-   *  that covers its bytes; on failure it stays the chunk that it was.
+  /** Turns the chunk into free space without moving a byte. On success this handle refers to the
+   *  free chunk that covers the bytes. On failure it is unchanged.
    */
   [[nodiscard]] bool recycle(const std::nothrow_t&) noexcept {
     return velmor_core_riff_chunk_recycle(&chunk) == VELMOR_CORE_SUCCESS;
@@ -286,7 +289,7 @@ class Chunk {
     if (status != VELMOR_CORE_SUCCESS) fail("the data of the chunk cannot be read", status);
     return bytes;
   }
-  /** Lengthens or cuts the data at their end; throws Error on failure. */
+  /** Lengthens or shortens the data at its end; throws Error on failure. */
   void resize(uint32_t size) const {
     if (!hasRoomToResize(size)) fail(TOO_LARGE);
     const int32_t status = velmor_core_riff_chunk_set_data_size(chunk, size);
@@ -375,7 +378,7 @@ class Chunk {
   bool isInside(uint64_t size, uint32_t offset) const noexcept {
     return size <= dataSize() && offset <= dataSize() - size;
   }
-  // What adding `growth` bytes gave; throws the reason if it is no chunk.
+  // Returns the chunk that adding `growth` bytes gave. If it is empty, throws the reason.
   Chunk added(Chunk result, uint64_t growth) const {
     if (!result) {
       fail(hasRoom(growth) ? "the chunk cannot be added" : TOO_LARGE,
@@ -390,7 +393,7 @@ class Chunk {
 
 namespace detail {
 
-// What findAll() looks for; everything, if nothing is named.
+// What findAll() looks for. Without an id and a group id, it fits every chunk.
 struct ChunkFilter {
   std::optional<Id> id;
   std::optional<GroupId> groupId;
@@ -402,9 +405,10 @@ struct ChunkFilter {
 
 }  // namespace detail
 
-/** A forward iterator over the chunks of a group that gives them by value. A step takes constant
- *  time; one of findAll() takes time linear in the chunks that it passes over. An iterator is valid
- *  as long as the chunk that it stands on: step on before you remove or recycle that chunk.
+/** A forward iterator over the chunks of a group that gives them by value. A step in children()
+ *  takes constant time. A step in findAll() takes time linear in the number of chunks that it
+ *  skips. An iterator is valid as long as its current chunk: advance it before you remove or
+ *  recycle that chunk.
  */
 class ChunkIterator {
  public:
@@ -413,7 +417,7 @@ class ChunkIterator {
   using value_type = Chunk;                            ///< What it gives.
   using difference_type = std::ptrdiff_t;              ///< For std::iterator_traits.
   using reference = Chunk;                             ///< What dereferencing gives.
-  /** What `iterator->id()` goes through: a chunk by value. */
+  /** Holds the chunk for `iterator->id()`. */
   class pointer {
    public:
     /** The chunk; valid in the same expression. */
@@ -444,7 +448,7 @@ class ChunkIterator {
     ++*this;
     return before;
   }
-  /** Whether both stand on the same chunk, or at the end. */
+  /** Whether both have the same current chunk, or both are at the end. */
   friend bool operator==(const ChunkIterator& a, const ChunkIterator& b) noexcept {
     return a.at == b.at;
   }
@@ -471,8 +475,8 @@ class ChunkIterator {
 };
 
 /** The children of a group, as a view for a range `for`, the algorithms of the standard library and
- *  std::ranges. It holds the handle of the group and nothing else: it is cheap to copy, its
- *  iterators may outlive it, and each pass sees the children that the group has then.
+ *  std::ranges. It holds the handle of the group and nothing else. So it is cheap to copy, and its
+ *  iterators may outlive it. Each pass sees the children that the group has at that time.
  */
 class Children {
  public:
@@ -529,7 +533,7 @@ inline Chunk Chunk::find(Id wanted, GroupId wantedGroup) const noexcept {
 
 namespace detail {
 
-// The step of a path that begins at `start`; empty if it is none.
+// The step of a path that begins at `start`. Empty if the step is malformed.
 inline std::optional<ChunkFilter> pathStep(std::string_view path, std::size_t start) noexcept {
   const std::string_view step = path.substr(start, path.find('/', start) - start);
   const std::size_t colon = step.find(':');
@@ -554,13 +558,13 @@ inline Chunk Chunk::find(std::string_view path) const noexcept {
     while (at && !step->fits(at)) at = at.next();
     const std::size_t slash = path.find('/', start);
     if (at && slash == std::string_view::npos) return at;
-    if (at) {  // into it, with the next step
+    if (at) {  // enter it and take the next step of the path
       group = at;
       at = group.child(0);
       start = slash + 1;
     } else if (group == *this) {
       return Chunk();
-    } else {  // back out, and on with the step before
+    } else {  // leave the group and return to the previous step
       at = group.next();
       group = group.parent();
       start = start > 1 ? path.rfind('/', start - 2) + 1 : 0;
@@ -577,7 +581,8 @@ enum class Mode : int32_t {
 };
 
 /** Owns an open object, or is empty; closes the object when it is destroyed. It can be moved, not
- *  copied, and chunks stay valid when it is moved. An empty one gives 0 and empty chunks.
+ *  copied, and chunks stay valid when it is moved. The queries of an empty Object give 0 and empty
+ *  chunks.
  */
 class Object {
  public:
@@ -601,8 +606,8 @@ class Object {
   ~Object() { close(); }
 
   /** Opens a file; its path is passed on without conversion. Empty if the path is null, the file
-   *  does not open or cannot be read, its bytes are not RIFF chunks, or memory is exhausted. The
-   *  time is linear in the number of chunks; their data are not read.
+   *  does not open or cannot be read, its bytes are not RIFF chunks, or memory runs out. The time
+   *  is linear in the number of chunks. Their data is not read.
    */
   [[nodiscard]] static Object openFile(const char* path, Mode mode,
                                        const std::nothrow_t&) noexcept {
@@ -617,9 +622,9 @@ class Object {
     if (path.find('\0') != std::string::npos) return Object();
     return openFile(path.c_str(), mode, std::nothrow);
   }
-  /** Opens bytes in memory for reading. They are not copied, and have to live, unchanged, as long
-   *  as the object; a temporary container does not compile. Takes the ranges that Bytes takes, but
-   *  no text. Empty if the bytes are not RIFF chunks, or memory is exhausted.
+  /** Opens bytes in memory for reading. They are not copied. They have to live as long as the
+   *  object, and must not change. A temporary container does not compile. Takes the ranges that
+   *  Bytes takes, but no text. Empty if the bytes are not RIFF chunks, or memory runs out.
    */
   template <typename Range, std::enable_if_t<detail::IsBuffer<Range>::value, int> = 0>
   [[nodiscard]] static Object openBuffer(Range&& range, const std::nothrow_t&) noexcept {
@@ -629,9 +634,9 @@ class Object {
     return result;
   }
   /** Opens bytes in memory for editing. The first `size` bytes of the range hold chunks, and edits
-   *  may use all of it. It has to live, in its place, as long as the object: a std::vector must not
-   *  grow meanwhile. Empty if `size` is larger than the range, its first bytes are not RIFF chunks,
-   *  or memory is exhausted.
+   *  may use all of it. The range has to stay at its address as long as the object lives: a
+   *  std::vector must not grow. Empty if `size` is larger than the range, its first bytes are not
+   *  RIFF chunks, or memory runs out.
    */
   [[nodiscard]] static Object openBuffer(MutableBytes bytes, uint64_t size,
                                          const std::nothrow_t&) noexcept {
@@ -642,7 +647,7 @@ class Object {
     return result;
   }
   /** Opens an empty cache with room for `capacity` bytes, which grows as chunks are added. Empty
-   *  handle if memory is exhausted.
+   *  handle if memory runs out.
    */
   [[nodiscard]] static Object openCache(uint64_t capacity, const std::nothrow_t&) noexcept {
     Object result;
@@ -761,7 +766,7 @@ struct hash<velmor_core::Chunk> {
 }  // namespace std
 
 #if __cplusplus >= 202002L
-/* What makes the views cheap to copy and free to be outlived, for std::ranges. */
+/* For std::ranges: the views are cheap to copy, and their iterators may outlive them. */
 template <>
 inline constexpr bool std::ranges::enable_view<velmor_core::Children> = true;
 template <>

@@ -1,4 +1,6 @@
-/** Strings to numbers, as values: see str_to.h for the language and the range of results. */
+/** Strings to numbers, as values: see str_to.h for the texts that are accepted and for their
+ *  results.
+ */
 #ifndef VELMOR_CORE_STR_TO_HPP
 #define VELMOR_CORE_STR_TO_HPP
 
@@ -14,7 +16,7 @@
 namespace velmor_core {
 
 /** The number that a text gives, as int64_t, uint64_t or double; empty if the text is rejected or
- *  null, or memory is exhausted. The text ends at its NUL and is not copied.
+ *  null, or memory runs out. The text ends at its NUL and is not copied.
  */
 template <typename Number>
 [[nodiscard]] std::optional<Number> toNumber(const char* text, const std::nothrow_t&) noexcept {
@@ -65,7 +67,7 @@ template <typename Number>
 }
 
 #ifdef __cpp_exceptions
-/** The same for all kinds of text; throws Error where the others are empty. */
+/** The same for all three kinds of text. Throws Error instead of returning an empty value. */
 template <typename Number, typename Text>
 [[nodiscard]] Number toNumber(const Text& text) {
   const std::optional<Number> value = toNumber<Number>(text, std::nothrow);

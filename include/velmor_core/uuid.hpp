@@ -29,8 +29,8 @@ class Uuid {
     velmor_core_uuid_generate_random(&made.uuid);
     return made.isNull() ? std::nullopt : std::optional<Uuid>(made);
   }
-  /** Reads any of the text forms that uuid.h lists, with or without a NUL after it; empty if the
-   *  text is no UUID.
+  /** Reads any of the text forms that uuid.h lists; the view need not be followed by a NUL. Empty
+   *  if the text is no UUID.
    */
   [[nodiscard]] static std::optional<Uuid> parse(std::string_view text,
                                                  const std::nothrow_t&) noexcept {
@@ -73,7 +73,7 @@ class Uuid {
 #if defined(__cplusplus) && __cplusplus < 202002L
   /** Whether any bytes differ. */
   friend bool operator!=(const Uuid& a, const Uuid& b) noexcept { return !(a == b); }
-  /** Byte by byte, unsigned: the order of the texts. */
+  /** Compares the bytes as unsigned numbers, which is the order of the texts. */
   friend bool operator<(const Uuid& a, const Uuid& b) noexcept {
     return velmor_core_uuid_compare_lt(&a.uuid, &b.uuid);
   }
@@ -84,7 +84,7 @@ class Uuid {
   /** The same order. */
   friend bool operator>=(const Uuid& a, const Uuid& b) noexcept { return !(a < b); }
 #else
-  /** Byte by byte, unsigned: the order of the texts. */
+  /** Compares the bytes as unsigned numbers, which is the order of the texts. */
   friend std::strong_ordering operator<=>(const Uuid& a, const Uuid& b) noexcept {
     if (velmor_core_uuid_compare_lt(&a.uuid, &b.uuid)) return std::strong_ordering::less;
     return a == b ? std::strong_ordering::equal : std::strong_ordering::greater;
@@ -99,7 +99,7 @@ class Uuid {
 
 namespace std {
 
-/** Hashes UUIDs for std::unordered_map and its like, all 16 bytes of them. */
+/** Hashes all 16 bytes of a UUID, for std::unordered_map and similar containers. */
 template <>
 struct hash<velmor_core::Uuid> {
   /** The hash of a UUID. */

@@ -9,29 +9,30 @@
  *    uuid.hpp    Uuid
  *    hash.hpp    sha256
  *
- *  The functions of cpu.h and memory.h are as simple as they can be: call them as they are. The C
- *  header of a family says what an operation does, what its results mean and how long handles live.
- *  These headers say what C++ adds.
+ *  The functions of cpu.h and memory.h have no C++ form: call them directly. The C header of a
+ *  family says what an operation does, what its results mean and how long handles live. These
+ *  headers say what C++ adds.
  *
  *  Failures.  An operation that can fail has two forms. Without a last argument it throws
  *  velmor_core::Error, whose what() names the reason and whose status() is the status of the C
- *  function. With std::nothrow as the last argument, after all others, it throws nothing and
- *  returns a std::optional, a bool, or an empty Object or Chunk, which is false in a condition:
+ *  function. With std::nothrow as the last argument, after all others, it throws nothing but what
+ *  the caller's container throws. On failure it returns an empty std::optional, Object or Chunk, or
+ *  the bool false. In a condition, all of these are false:
  *
  *    using namespace velmor_core;
  *    Object wav = Object::openFile("a.wav");                                  // throws on failure
  *    if (auto wav = Object::openFile("a.wav", Mode::ReadOnly, std::nothrow))  // empty on failure
  *
- *  Under -fno-exceptions the throwing forms and Error are absent, so that a call of one does not
- *  compile. Nothing else differs, and files compiled with and without exceptions can be linked.
+ *  Under -fno-exceptions there are no throwing forms and no Error: using one does not compile.
+ *  Nothing else differs, and files compiled with and without exceptions can be linked.
  *
- *  Cost.  Nothing is kept beside the C handles. Nothing is allocated but what a function returns in
- *  a string or container, an Error, and the copy of a long std::string_view that toNumber() makes.
+ *  Cost.  The types hold the C handles and nothing else. Memory is allocated only for a returned
+ *  string or container, for an Error, and in toNumber() for the copy of a long std::string_view.
  *
  *  Constness.  Chunk and Object are handles: a const one still edits what it points to.
  *
- *  Threads.  As in C: an object and its chunks are used by one thread at a time, values and free
- *  functions by any number.
+ *  Threads.  As in C: one thread at a time may use an object and its chunks. Any number of threads
+ *  may use values and free functions.
  */
 #ifndef VELMOR_CORE_VELMOR_CORE_HPP
 #define VELMOR_CORE_VELMOR_CORE_HPP

@@ -88,6 +88,9 @@ void expectExample(const Example& example, const std::string& more, Kind kind) {
 #ifndef __SANITIZE_ADDRESS__  // which has each node allocated by itself
       EXPECT_EQ(outcome.picture, before) << "memory is taken first";
 #endif
+    } else if (call == faults::Call::FALLOCATE) {
+      EXPECT_EQ(outcome.picture, before);
+      EXPECT_EQ(outcome.content, bytesOf(before)) << "a full disk changes nothing";
     }
     return outcome.fired;
   });

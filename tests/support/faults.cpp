@@ -78,7 +78,7 @@ size_t faults::forAllFaults(
     const std::function<bool(Call, How, const std::function<void()>&)>& attempt) {
   size_t met = 0;
   for (const Call call : {Call::NEW, Call::REALLOC, Call::OPEN, Call::LSEEK, Call::READ,
-                          Call::WRITE, Call::FTRUNCATE}) {
+                          Call::WRITE, Call::FTRUNCATE, Call::FALLOCATE}) {
     for (const How how :
          {How::FAIL_ONCE, How::FAIL_FROM_HERE_ON, How::RETURN_ZERO, How::SHORT_COUNTS}) {
       const bool transfer = call == Call::READ || call == Call::WRITE;
@@ -151,6 +151,14 @@ off_t lseek(int fd, off_t offset, int whence) noexcept {
 int ftruncate(int fd, off_t length) noexcept {
   record('t', fd, static_cast<uint64_t>(length));
   return strikes(Call::FTRUNCATE) ? -1 : real<int(int, off_t)>("ftruncate")(fd, length);
+}
+
+int fallocate(int fd, int mode, off_t offset, off_t length) {
+  if (!strikes(Call::FALLOCATE)) {
+    return real<int(int, int, off_t, off_t)>("fallocate")(fd, mode, offset, length);
+  }
+  errno = ENOSPC;
+  return -1;
 }
 
 int close(int fd) {

@@ -11,7 +11,7 @@
 
 namespace faults {
 
-enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM };
+enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, FALLOCATE, GETRANDOM };
 
 enum class How {
   FAIL_ONCE,          // getrandom is interrupted
