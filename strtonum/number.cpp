@@ -110,9 +110,9 @@ double powerOfTen(std::ptrdiff_t exponent) {
                                       : std::pow(10.0, static_cast<double>(exponent));
 }
 
-// The slow path of toDouble(). Out of range are infinity and 0. The exponent moves the point so that
-// `magnitude` digits stand before it. If the first nonzero digit is one of them, the number is too
-// large. If it is after the point, the number is too small.
+// The slow path of toDouble(). Out of range are infinity and 0. The exponent moves the point so
+// that `magnitude` digits stand before it. If the first nonzero digit is one of them, the number is
+// too large. If it is after the point, the number is too small.
 [[gnu::noinline]] double toNearestDouble(const char* text, const char* end,
                                          std::ptrdiff_t magnitude) {
   double value = 0.0;
