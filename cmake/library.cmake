@@ -32,6 +32,7 @@ add_library(velmor-core-objects OBJECT
   strtonum/convert.cpp
   strtonum/driver.cpp
   strtonum/number.cpp
+  strtonum/plain_expression.cpp
 )
 set_target_properties(velmor-core-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
 target_include_directories(velmor-core-objects

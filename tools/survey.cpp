@@ -302,7 +302,7 @@ class Surveyor {
     }
   }
 
-  // Zeros, which the library takes for chunks of 8 bytes with the null id.
+  // Zeros. The library takes them for chunks of 8 bytes with the null id.
   void passZeros() {
     const uint64_t begin = walk.offset();
     const uint64_t firstByte = bytes.endOfZeros(begin, walk.limit());
