@@ -124,6 +124,12 @@ void GroupChunk::remove(Chunk& child) {
   if (index == children.size() && last && freeList.isTrailing(*last)) freeList.noteDisorder();
 }
 
+// Appending, the most frequent edit, is at the end of a group: then nothing is to be looked for.
+std::span<Chunk* const> GroupChunk::childrenAfter(const Chunk& child) const {
+  if (!child.next) return {};
+  return std::span(children).subspan(indexOf(child) + 1);
+}
+
 // Children lie in byte order, so this bisects. Only an edit that failed half-way can have left them
 // in another order; then it searches.
 std::size_t GroupChunk::indexOf(const Chunk& child) const {

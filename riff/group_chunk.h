@@ -49,6 +49,8 @@ class GroupChunk : public Chunk {
     return index < children.size() ? children[index] : nullptr;
   }
   Chunk* getLastChild() const { return children.empty() ? nullptr : children.back(); }
+  // The children after a child, in byte order.
+  std::span<Chunk* const> childrenAfter(const Chunk& child) const;
 
   // Attaches a node that was read from this group's bytes: its parent is this group, and its bytes
   // follow the last child's. Takes ownership. A free chunk enters the free list.

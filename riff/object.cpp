@@ -143,13 +143,16 @@ void Object::grow(uint64_t delta) {
 // chunks of the object move: those after it in group, then those after group, and so on upwards.
 // If it is null, all chunks inside group move; this form does not recurse, since the file decides
 // how deep groups nest.
+//
+// The children come from their array, not along the next links: the processor fetches many nodes at
+// once when it does not need one to find the other.
 void Object::shiftOffsets(GroupChunk* group, int64_t delta, const Chunk* after) {
   if (!after) {
     for (Chunk* c = group->getChild(0); c; c = nextInside(*group, *c)) c->offset += delta;
     return;
   }
   for (; group; group = group->parent) {
-    for (Chunk* c = after->next; c; c = c->next) {
+    for (Chunk* c : group->childrenAfter(*after)) {
       c->offset += delta;
       if (GroupChunk* inner = asGroup(c)) shiftOffsets(inner, delta, nullptr);
     }
