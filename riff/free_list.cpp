@@ -6,16 +6,20 @@
 #include <iterator>
 #include <memory>
 #include <new>
-#include <tuple>
+#include <span>
 #include <utility>
 
 namespace RIFF {
 
+// The data size, but for the trailing chunk a number above all data sizes.
+uint64_t FreeList::rankOf(const Chunk& chunk) const {
+  return isTrailing(chunk) ? uint64_t{1} << 32 : chunk.getDataSize();
+}
+
 bool FreeList::usedUpBefore(const DataChunk& a, const DataChunk& b) const {
-  if (isTrailing(a)) return false;
-  if (isTrailing(b)) return true;
-  if (a.getDataSize() != b.getDataSize()) return a.getDataSize() < b.getDataSize();
-  return a.getOffset() < b.getOffset();
+  const uint64_t rankA = rankOf(a);
+  const uint64_t rankB = rankOf(b);
+  return rankA != rankB ? rankA < rankB : a.getOffset() < b.getOffset();
 }
 
 DataChunk* FreeList::findFitting(uint64_t n) const {
@@ -60,7 +64,7 @@ void FreeList::restoreOrder(const Chunk& changed) {
 }
 
 // Moves an entry to its place among the others, which are in order.
-void FreeList::settle(std::list<DataChunk*>::iterator entry) {
+void FreeList::settle(List::iterator entry) {
   auto place = entry;
   while (place != chunks.begin() && usedUpBefore(**entry, **std::prev(place))) --place;
   if (place == entry) {
@@ -72,7 +76,7 @@ void FreeList::settle(std::list<DataChunk*>::iterator entry) {
 
 void FreeList::sortAppended() {
   if (chunks.empty()) return;
-  std::list<DataChunk*> last;
+  List last(chunks.get_allocator());
   if (topLevel) last.splice(last.end(), chunks, std::prev(chunks.end()));
   sort();
   ordered = last.empty() || isTrailing(*last.front());
@@ -81,22 +85,29 @@ void FreeList::sortAppended() {
 
 // Gives the same order as chunks.sort(), and is quick for long lists too: the keys are sorted in an
 // array, since following links costs a cache miss each. Without memory for the array, the list
-// sorts itself. Offsets differ, so no two keys are equal and a stable sort is not needed.
+// sorts itself. Two stable sorts by one number take half the time of one sort by both, and chunks
+// that were loaded are in byte order already.
 void FreeList::sort() {
   const auto before = [this](const DataChunk* a, const DataChunk* b) {
     return usedUpBefore(*a, *b);
   };
   if (std::ranges::is_sorted(chunks, before)) return;
-  using Key = std::tuple<bool, uint32_t, int64_t, DataChunk*>;  // trailing, size, offset
-  const std::unique_ptr<Key[]> keys(new (std::nothrow) Key[chunks.size()]);
-  if (!keys) return chunks.sort(before);
-  Key* end = keys.get();
-  for (DataChunk* chunk : chunks) {
-    *end++ = {isTrailing(*chunk), chunk->getDataSize(), chunk->getOffset(), chunk};
+  struct Key {
+    uint64_t rank;
+    int64_t offset;
+    DataChunk* chunk;
+  };
+  const std::unique_ptr<Key[]> memory(new (std::nothrow) Key[chunks.size()]);
+  if (!memory) return chunks.sort(before);
+  const std::span keys(memory.get(), chunks.size());
+  auto key = keys.begin();
+  for (DataChunk* chunk : chunks) *key++ = {rankOf(*chunk), chunk->getOffset(), chunk};
+  if (!std::ranges::is_sorted(keys, {}, &Key::offset)) {
+    std::ranges::stable_sort(keys, {}, &Key::offset);
   }
-  std::sort(keys.get(), end);
-  const Key* next = keys.get();
-  for (DataChunk*& chunk : chunks) chunk = std::get<DataChunk*>(*next++);
+  std::ranges::stable_sort(keys, {}, &Key::rank);
+  key = keys.begin();
+  for (DataChunk*& chunk : chunks) chunk = key++->chunk;
 }
 
 }  // namespace RIFF

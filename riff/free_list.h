@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <list>
 
+#include "riff/chunk_pool.h"
 #include "riff/data_chunk.h"
 
 namespace RIFF {
@@ -20,20 +21,24 @@ namespace RIFF {
 // another size. What is found depends on that. `ordered` says whether sorting now would change
 // nothing. Then one changed entry is moved to its place without comparing the others.
 class FreeList {
+  using List = std::list<DataChunk*, PoolAllocator<DataChunk*>>;
+
  public:
   // A list entry without its chunk. An edit allocates it before its first change, so that it cannot
   // run out of memory at its end.
   class Entry {
    public:
-    explicit Entry(bool needed = true) : node(needed ? 1 : 0) {}
+    explicit Entry(const FreeList& list, bool needed = true)
+        : node(needed ? 1 : 0, nullptr, list.chunks.get_allocator()) {}
 
    private:
     friend class FreeList;
-    std::list<DataChunk*> node;
+    List node;
   };
 
   // For the children of the virtual root (topLevel), or of another group.
-  explicit FreeList(bool topLevel) : topLevel(topLevel) {}
+  FreeList(ChunkPool& pool, bool topLevel)
+      : chunks(PoolAllocator<DataChunk*>(pool)), topLevel(topLevel) {}
 
   // Whether a child of the group is the last top-level chunk, which ends where the tree ends.
   bool isTrailing(const Chunk& child) const { return topLevel && !child.getNext(); }
@@ -61,11 +66,12 @@ class FreeList {
   void noteDisorder() { ordered = false; }
 
  private:
+  uint64_t rankOf(const Chunk& chunk) const;
   bool usedUpBefore(const DataChunk& a, const DataChunk& b) const;
   void sort();
-  void settle(std::list<DataChunk*>::iterator entry);
+  void settle(List::iterator entry);
 
-  std::list<DataChunk*> chunks;
+  List chunks;
   bool ordered = true;
   bool topLevel;
 };

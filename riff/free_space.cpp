@@ -44,8 +44,8 @@ DataChunk* GroupChunk::growTrailing(uint64_t n) {
 
 DataChunk& GroupChunk::addDataChunk(FourCC newId, const void* data, uint32_t dataSize) {
   if (!parent) object->requireComplete();
+  FreeList::Entry entry(freeList, newId == JUNK_ID);
   makeRoom(1);
-  FreeList::Entry entry(newId == JUNK_ID);
   const uint64_t n = CHUNK_HEADER_SIZE + padded(dataSize);
   DataChunk* free = dataSize > 0 ? findFreeChunk(n) : nullptr;
   if (free) {
@@ -208,7 +208,7 @@ DataChunk& GroupChunk::makeFree(std::size_t index) {
   const bool takesPad = isGroup ? child.size % 2 == 0 : child.size % 2 != 0;
   if (takesPad) object->requirePad(child);
 
-  FreeList::Entry entry;
+  FreeList::Entry entry(freeList);
   if (isGroup) makeRoom(0);
   child.setId(JUNK_ID);
   if (isGroup) {

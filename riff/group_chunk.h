@@ -57,7 +57,7 @@ class GroupChunk : public Chunk {
   Chunk& addChunk(ChunkPointer child);
   // The same in two steps, so that many children are sorted once: attachUnsorted() for each, then
   // sortAttached().
-  Chunk& attachUnsorted(ChunkPointer child);
+  Chunk& attachUnsorted(ChunkPointer&& child);
   void sortAttached() { freeList.sortAppended(); }
 
   // Appends an empty group. Free space is not used for groups.
@@ -84,6 +84,9 @@ class GroupChunk : public Chunk {
 
   // Destroys all children. Writes nothing.
   void clear();
+  // The same for the virtual root of an object that ends: leaves all nodes to the pool, which ends
+  // next and takes their memory with it.
+  void abandon();
 
  private:
   using EnterFreeList = void (FreeList::*)(FreeList::Entry, DataChunk&);
@@ -121,7 +124,7 @@ class GroupChunk : public Chunk {
   // put them into ChunkPointers again to destroy them. They are plain pointers for speed: when an
   // edit in a wide group moves later children, it moves plain pointers as bytes, but owning ones
   // one by one, at several times the cost.
-  std::vector<Chunk*> children;
+  std::vector<Chunk*, PoolAllocator<Chunk*>> children;
   FreeList freeList;
   FourCC groupId;
 };

@@ -44,9 +44,8 @@ const Chunk& lastInside(const Chunk& chunk) {
 
 }  // namespace
 
-// The nodes go first: virtualRoot comes before pool, so its own destructor runs after their memory
-// has gone.
-Object::~Object() { virtualRoot.clear(); }
+// virtualRoot comes before pool, so its own destructor runs after the memory of all nodes has gone.
+Object::~Object() { virtualRoot.abandon(); }
 
 void ReturnChunk::operator()(Chunk* chunk) const {
   ChunkPool& pool = chunk->getObject().getPool();
@@ -59,14 +58,16 @@ void ReturnChunk::operator()(Chunk* chunk) const {
   }
 }
 
-void Object::loadChunks() {
+void Object::loadChunks(const std::byte* bytes) {
   // Signed: a file that cannot seek has the size -1 and no chunks.
   const auto end = static_cast<int64_t>(size);
+  loading = bytes;
   uint64_t offset = 0;
   while (static_cast<int64_t>(offset) < end) {
     virtualRoot.attachUnsorted(loadChunk(offset, virtualRoot));
   }
   virtualRoot.sortAttached();
+  loading = nullptr;
 }
 
 // A group is complete when a child ends exactly where the group ends. If none does, the chunks
@@ -79,7 +80,7 @@ ChunkPointer Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
   do {
     const auto at = static_cast<int64_t>(offset);
     FourCC id;
-    read(offset, bytesOf(id), ID_SIZE);
+    readField(offset, id);
     const bool isGroup = id == RIFF_ID || id == LIST_ID;
     ChunkPointer chunk =
         isGroup ? makeChunk<GroupChunk>(at, *open) : makeChunk<DataChunk>(at, *open);
