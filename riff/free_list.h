@@ -5,10 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <list>
+#include <utility>
 
-#include "riff/chunk_pool.h"
-#include "riff/data_chunk.h"
+#include "riff/free_index.h"
 
 namespace RIFF {
 
@@ -20,9 +19,10 @@ namespace RIFF {
 // keeps that order in between, even when another chunk becomes the trailing one or an entry gets
 // another size. What is found depends on that. `ordered` says whether sorting now would change
 // nothing. Then one changed entry is moved to its place without comparing the others.
+//
+// After a long walk along the list, the next edit makes an index of it. While the list is in order,
+// the index finds all places. It is made anew after the list has been sorted in full.
 class FreeList {
-  using List = std::list<DataChunk*, PoolAllocator<DataChunk*>>;
-
  public:
   // A list entry without its chunk. An edit allocates it before its first change, so that it cannot
   // run out of memory at its end.
@@ -33,12 +33,12 @@ class FreeList {
 
    private:
     friend class FreeList;
-    List node;
+    FreeChunks node;
   };
 
   // For the children of the virtual root (topLevel), or of another group.
   FreeList(ChunkPool& pool, bool topLevel)
-      : chunks(PoolAllocator<DataChunk*>(pool)), topLevel(topLevel) {}
+      : chunks(PoolAllocator<DataChunk*>(pool)), index(pool), topLevel(topLevel) {}
 
   // Whether a child of the group is the last top-level chunk, which ends where the tree ends.
   bool isTrailing(const Chunk& child) const { return topLevel && !child.getNext(); }
@@ -47,8 +47,10 @@ class FreeList {
   DataChunk* last() const { return chunks.empty() ? nullptr : chunks.back(); }
   // The first entry that can take n bytes, header included: either they fill it exactly, or its
   // data has room for them all, so that a whole header fits after them. Null if there is none.
-  DataChunk* findFitting(uint64_t n) const;
+  DataChunk* findFitting(uint64_t n);
 
+  // To be called before an edit: allocates what one insert() or change() needs besides the entry.
+  void makeRoom();
   // Enters a chunk in its place.
   void insert(Entry entry, DataChunk& chunk);
   // Enters a chunk at the end. After a run of these, call sortAppended().
@@ -56,8 +58,16 @@ class FreeList {
   void remove(const Chunk& chunk);
   void clear();
 
-  // Sorts the list after `changed` has got another size or offset. `changed` need not be in it.
-  void restoreOrder(const Chunk& changed);
+  // Runs an edit that gives a chunk, which need not be in the list, another size or offset, and
+  // then sorts the list. If the edit throws, the list stays out of order.
+  template <typename Edit>
+  void change(const Chunk& chunk, Edit edit) {
+    const uint64_t oldRank = rankOf(chunk);
+    const bool wasOrdered = std::exchange(ordered, false);
+    edit();
+    ordered = wasOrdered;
+    restoreOrder(chunk, oldRank);
+  }
   // Sorts the list after a run of append(), with the result of sorting after each of them. Every
   // top-level chunk was the trailing one when it was attached, so the last one appended stays last.
   void sortAppended();
@@ -66,13 +76,23 @@ class FreeList {
   void noteDisorder() { ordered = false; }
 
  private:
+  // The data size; for the trailing chunk, a number above all data sizes.
   uint64_t rankOf(const Chunk& chunk) const;
   bool usedUpBefore(const DataChunk& a, const DataChunk& b) const;
+  void restoreOrder(const Chunk& changed, uint64_t oldRank);
+  bool canBisect() const { return ordered && indexed; }
   void sort();
-  void settle(List::iterator entry);
+  // Move an entry to its place among the others.
+  void place(FreeChunks::iterator entry);
+  void placeByWalk(FreeChunks::iterator entry);
+  FreeChunks::iterator walkTo(const Chunk& chunk);
+  void noteWalk(std::size_t steps);
 
-  List chunks;
+  FreeChunks chunks;
+  FreeIndex index;
   bool ordered = true;
+  bool indexed = false;    // index has the keys of the list, if that is in order
+  bool walkedFar = false;  // an index is worth its time
   bool topLevel;
 };
 

@@ -134,12 +134,15 @@ void GroupChunk::placeAdded(const Reuse& reuse, std::span<ChunkPointer> added) {
     const ChunkPointer filled(std::exchange(*place++, added.front().release()));
     added = added.subspan(1);
   } else {
-    free.offset += static_cast<int64_t>(reuse.n);
-    free.size -= static_cast<uint32_t>(reuse.n);
-    if (free.size > 0) {
-      freeList.restoreOrder(free);
+    const auto shrink = [&] {
+      free.offset += static_cast<int64_t>(reuse.n);
+      free.size -= static_cast<uint32_t>(reuse.n);
+    };
+    if (free.size > reuse.n) {
+      freeList.change(free, shrink);
     } else {
       freeList.remove(free);
+      shrink();
     }
   }
   place = children.insert(place, added.size(), nullptr);
@@ -147,6 +150,7 @@ void GroupChunk::placeAdded(const Reuse& reuse, std::span<ChunkPointer> added) {
 }
 
 DataChunk& GroupChunk::recycle(Chunk& child) {
+  freeList.makeRoom();
   const std::size_t index = indexOf(child);
   const DataChunk* previous = index > 0 ? freeChildAt(index - 1) : nullptr;
   const DataChunk* following = freeChildAt(index + 1);
@@ -154,19 +158,14 @@ DataChunk& GroupChunk::recycle(Chunk& child) {
   const uint64_t before = previous ? previous->totalSize() + total : 0;
   const uint64_t after = following ? following->totalSize() + total : 0;
 
-  DataChunk* result = nullptr;
   if (previous && before <= MAX_FREE_TOTAL) {
     const bool both = following && before + following->totalSize() <= MAX_FREE_TOTAL;
-    result = &mergeIntoPrevious(index, both);
-  } else if (following && after <= MAX_FREE_TOTAL) {
-    result = &mergeIntoNext(index);
-  } else if (isFree(child)) {
-    result = static_cast<DataChunk*>(&child);
-  } else {
-    return makeFree(index);
+    return mergeIntoPrevious(index, both);
   }
-  freeList.restoreOrder(*result);
-  return *result;
+  if (following && after <= MAX_FREE_TOTAL) return mergeIntoNext(index);
+  if (!isFree(child)) return makeFree(index);
+  freeList.change(child, [] {});  // nothing changes, but the list is sorted
+  return static_cast<DataChunk&>(child);
 }
 
 DataChunk& GroupChunk::mergeIntoPrevious(std::size_t index, bool withNext) {
@@ -179,8 +178,10 @@ DataChunk& GroupChunk::mergeIntoPrevious(std::size_t index, bool withNext) {
   }
   // The last pad byte becomes free data, unless the merged size is odd.
   if (merged % 2 == 0) object->requirePad(last);
-  previous.setSizeField(merged);
-  previous.next = last.next;
+  freeList.change(previous, [&] {
+    previous.setSizeField(merged);
+    previous.next = last.next;
+  });
   dropChildren(index, count);
   return previous;
 }
@@ -190,8 +191,10 @@ DataChunk& GroupChunk::mergeIntoNext(std::size_t index) {
   auto& next = static_cast<DataChunk&>(*children[index + 1]);
   const uint32_t merged = next.size + static_cast<uint32_t>(child.totalSize());
   next.writeHeader(child.offset, merged);
-  next.offset = child.offset;
-  next.size = merged;
+  freeList.change(next, [&] {
+    next.offset = child.offset;
+    next.size = merged;
+  });
   if (index > 0) children[index - 1]->next = &next;
   dropChildren(index, 1);
   return next;

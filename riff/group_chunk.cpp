@@ -153,9 +153,10 @@ std::size_t GroupChunk::indexOf(const Chunk& child) const {
   return static_cast<std::size_t>(found - children.begin());
 }
 
-// Allocates for `count` more children, and for one more node, so that an edit does not run out of
-// memory half-way.
+// Allocates for `count` more children, for one more node and for a change of the free list, so that
+// an edit does not run out of memory half-way.
 void GroupChunk::makeRoom(std::size_t count) {
+  freeList.makeRoom();
   if (children.capacity() - children.size() < count) growChildren(count);
   object->getPool().reserveSmall();
 }

@@ -53,6 +53,12 @@ class Choices {
       return {taken.begin(), taken.end()};
     }
     chunks(out, 0);
+    // So many free chunks that a walk along them is long.
+    for (uint32_t n = oneIn(30) ? 300 : 0; n > 0; n--) {
+      const uint32_t size = below(40);
+      put(out, {n % 2 == 0 ? JUNK : 0x61746164, size});
+      out.resize(out.size() + size + size % 2);
+    }
     const uint32_t end = below(6);
     if (end == 0) {  // more is claimed than there is
       put(out, {id(), oneIn(4) ? hugeSize() : 100, 7});
