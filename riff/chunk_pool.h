@@ -99,7 +99,7 @@ class ChunkPool {
   static constexpr std::size_t UNIT = 8;
   static constexpr std::size_t MAX_SMALL = 256;
   static constexpr std::size_t FIRST_REST = 1024;
-  static constexpr std::size_t MAX_REST = 65536;
+  static constexpr std::size_t MAX_REST = std::size_t{16} << 20;
 
   static constexpr std::size_t toUnits(std::size_t size) { return (size + UNIT - 1) / UNIT; }
   void* addBlock(std::size_t size);

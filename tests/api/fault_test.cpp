@@ -127,7 +127,8 @@ TEST(FaultTest, NoEditBreaksOrLeaksWhateverFails) {
     } else {
       metInMemory += met;
     }
-    tree = "p:0 p:0 p:0 " + tree;  // the memory of nodes runs out at another one
+    // The memory of nodes runs out at another one.
+    for (int i = tree == TREE ? 48 : 3; i > 0; --i) tree = "p:0 " + tree;
   }
   EXPECT_GT(metInMemory, 120U);
 }
