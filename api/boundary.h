@@ -11,8 +11,9 @@ namespace api {
 // Runs body and returns its result. If body throws, returns `failure`; the message is dropped,
 // since the C interface has no place for it.
 //
-// Only std::exception is caught: the library throws nothing else. Catching everything would be
-// wrong, since glibc cancels a thread by unwinding it and aborts the process if that is caught.
+// Only std::exception is caught, because the library throws nothing else. Catching everything would
+// be wrong: glibc cancels a thread by unwinding its stack, and aborts the process if the unwinding
+// is caught.
 template <typename Result, std::invocable Body>
 Result guarded(Result failure, Body body) {
   try {

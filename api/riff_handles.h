@@ -1,4 +1,4 @@
-// Casts between the handles of the riff family and the objects and chunks inside the C interface.
+// Casts between the handles of the riff family and the objects and chunks that they stand for.
 
 #ifndef API_RIFF_HANDLES_H
 #define API_RIFF_HANDLES_H

@@ -1,5 +1,5 @@
 # Installs headers, library, pkg-config file and CMake package. The paths in them are relative, so
-# the installed tree can be moved. The target uninstall removes what was installed last.
+# the installed tree can be moved. The target uninstall removes the files of the last installation.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS velmor-core EXPORT velmor-core-targets

@@ -1,5 +1,6 @@
-# The objects of the library, which tests of the classes link too, and the library made of them:
-# libvelmor-core.so.0, or libvelmor-core.a where BUILD_SHARED_LIBS is OFF.
+# Compiles the sources of the library to object files, and makes the library of them:
+# libvelmor-core.so.0, or libvelmor-core.a if BUILD_SHARED_LIBS is OFF. Tests of the classes link
+# the object files directly.
 find_package(Boost REQUIRED)  # headers only; none of its libraries is linked
 
 add_library(velmor-core-objects OBJECT
@@ -32,6 +33,7 @@ add_library(velmor-core-objects OBJECT
   strtonum/convert.cpp
   strtonum/driver.cpp
   strtonum/number.cpp
+  strtonum/plain_expression.cpp
 )
 set_target_properties(velmor-core-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
 target_include_directories(velmor-core-objects
@@ -39,7 +41,7 @@ target_include_directories(velmor-core-objects
   PRIVATE ${PROJECT_SOURCE_DIR}
 )
 target_link_libraries(velmor-core-objects PRIVATE $<BUILD_INTERFACE:velmor_core_warnings>
-                      $<BUILD_INTERFACE:Boost::headers>)
+                      $<BUILD_INTERFACE:velmor_core_hardening> $<BUILD_INTERFACE:Boost::headers>)
 include(cmake/strtonum.cmake)
 
 if(DEFINED BUILD_SHARED_LIBS AND NOT BUILD_SHARED_LIBS)

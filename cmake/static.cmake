@@ -1,12 +1,13 @@
 # libvelmor-core.a: offers the C interface and nothing else, as the shared library does. The classes
 # have common names, such as RIFF::Chunk, and a program may have its own classes of these names. So
-# all objects are linked to one, in which every other symbol becomes local.
+# all object files are linked to a single one, and every other symbol in it becomes local.
 if(VELMOR_CORE_BUILD_TESTS)
-  message(FATAL_ERROR "The tests are those of the shared library: set BUILD_SHARED_LIBS to ON, or "
+  message(FATAL_ERROR "The tests need the shared library: set BUILD_SHARED_LIBS to ON, or "
                       "VELMOR_CORE_BUILD_TESTS to OFF.")
 endif()
 
-# Neither what is left for link-time optimisation nor GNU's unique symbols can become local.
+# Two kinds of symbols cannot become local: those of link-time optimisation, and GNU's unique ones.
+# So both are switched off.
 set_target_properties(velmor-core-objects PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
 target_compile_options(velmor-core-objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 set(object ${CMAKE_CURRENT_BINARY_DIR}/velmor-core.o)

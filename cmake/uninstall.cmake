@@ -1,5 +1,5 @@
-# Runs in a build folder. Removes the files that the last "cmake --install" installed, and the folders
-# that are empty then.
+# Runs in a build folder. Removes the files that the last "cmake --install" installed, then the
+# folders that have become empty.
 set(manifest install_manifest.txt)
 if(NOT EXISTS ${CMAKE_CURRENT_BINARY_DIR}/${manifest})
   message(FATAL_ERROR "There is nothing to uninstall: no ${manifest} here.")

@@ -70,8 +70,8 @@ class ThisProcessor final : public Processor {
     __cpuid_count(leaf, subleaf, result.eax, result.ebx, result.ecx, result.edx);
     return result;
   }
-  // The compiler's intrinsic would need the whole file built for XSAVE. Volatile, since it reads
-  // a register that the operating system may change.
+  // Assembly, because the compiler's intrinsic would need the whole file to be built for XSAVE.
+  // Volatile, because the operating system may change the register between two calls.
   uint32_t xgetbv() const override {
     uint32_t low = 0;
     uint32_t high = 0;

@@ -45,8 +45,8 @@ void Sha256Hasher::finish() {
   compress(state, pending.data(), 1);
 }
 
-// Writes directly into a range that has room for the whole digest: copying the words directly after
-// they were stored would make the processor wait.
+// If the range has room for the whole digest, writes into it without a copy: a copy of words that
+// have just been stored would make the processor wait.
 void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
   std::array<uint8_t, 32> spare;
   uint8_t* const bytes = digest.size() < spare.size() ? spare.data() : digest.data();
@@ -55,6 +55,17 @@ void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
     std::memcpy(bytes + i * sizeof word, &word, sizeof word);
   }
   if (bytes == spare.data()) std::copy_n(bytes, digest.size(), digest.data());
+}
+
+void digestSha256(std::span<const uint8_t> message, uint8_t* digest) {
+  const Sha256Compress compress = getSha256Compress();
+  if (compress == compressSha256ShaNi) {
+    return digestSha256ShaNi(message.data(), message.size(), digest);
+  }
+  Sha256Hasher hasher(compress);
+  hasher.update(message);
+  hasher.finish();
+  hasher.write_digest({digest, 32});
 }
 
 }  // namespace core

@@ -85,7 +85,7 @@ function comment_line(text,    indent) {
   blank = 0
 }
 
-# Finds the parameters of a whole comment that are read and written, then prints it.
+# Finds the parameters that are both read and written, then prints the whole comment.
 function comment(    i, row, current, rows) {
   delete seen
   delete both_ways

@@ -1,6 +1,6 @@
 # Splits Doxygen's man page of a header into one page for each function and one for the rest of the
-# header. The pages are written to man3 and man7 in the folder `out`; section 7 has those that
-# describe neither a header nor a type.
+# header. The pages are written to man3 and man7 in the folder `out`. Pages of headers and types go
+# to section 3, other topics to section 7.
 #   awk -v out=DIR -v version=1.0.16 -f man-pages.awk FILE.3...
 
 function open_page(page, section) {

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Prints the man page of the program, made from its help, so that both say the same.
+# Prints the man page of the program. It is made from the program's help, so both say the same.
 #   program-page.sh PROGRAM VERSION
 set -euo pipefail
 program=$1 version=$2
 
-# Turns help into roff. Paragraphs with columns or indented lines keep their lines, others are filled.
+# Turns help into roff. Paragraphs with columns or indented lines keep their line breaks.
 to_roff() {
   awk -v RS= '{
     gsub(/\\/, "\\e")
@@ -22,7 +22,7 @@ summary=$(head -n 1 <<<"$overview")
 cat <<END
 .TH VELMOR\-CORE 1 "" "velmor\-core $version" "velmor\-core"
 .SH NAME
-velmor\-core \- look into RIFF files and edit them in place
+velmor\-core \- look into RIFF files and edit them
 .SH SYNOPSIS
 .nf
 END

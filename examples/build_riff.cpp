@@ -17,7 +17,7 @@ using velmor_core::Object;
 
 constexpr uint32_t SAMPLE_RATE = 8000;
 
-// The fields of the "fmt " chunk, little-endian as the format has it and x86-64 stores it.
+// The fields of the "fmt " chunk. The format is little-endian, and so is x86-64.
 struct Format {
   uint16_t coding = 1;  // PCM
   uint16_t channels = 1;
@@ -42,8 +42,8 @@ void build(const char* path) {
   chunks.root().addData("fmt "_id, std::array{Format()});
   chunks.root().addData("data"_id, makeTone());
 
-  const Object file = Object::openFile(path, velmor_core::CREATE);
-  chunks.pourInto(file.root().addGroup("RIFF"_id, "WAVE"_id));
+  const Object file = Object::openFile(path, velmor_core::Mode::Create);
+  file.root().addGroup("RIFF"_id, "WAVE"_group).addCache(chunks);
 }
 
 }  // namespace

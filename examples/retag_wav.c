@@ -1,13 +1,13 @@
 /* Gives a WAV file a new title: retag_wav FILE TITLE
  *
- * FILE itself is never edited. A copy beside it is edited, written to disk with fsync(), and
- * renamed over it. So FILE is the old file or the new one, whole, even if the disk is full, the
- * power fails or the process is killed. A process that is killed can leave the copy behind, as
- * FILE.XXXXXX.
+ * FILE itself is never edited. The program copies it to the same folder, edits the copy, writes it
+ * to disk with fsync(), and renames it over FILE. So FILE is always complete, either the old file
+ * or the new one, even if the disk is full, the power fails or the process is killed. If the
+ * process is killed, the copy can remain, as FILE.XXXXXX.
  *
  * The title is the chunk INAM in the group LIST:INFO. Both are added where they are missing.
  */
-#define _XOPEN_SOURCE 700 /* NOLINT: POSIX gives the name */
+#define _XOPEN_SOURCE 700 /* NOLINT: POSIX defines this name */
 
 #include <errno.h>
 #include <fcntl.h>
@@ -42,7 +42,7 @@ static int set_title(velmor_core_riff_object_t* file, const char* title) {
   velmor_core_riff_chunk_t* wave = find_child(root, ID_RIFF, ID_WAVE);
   if (!wave) return VELMOR_CORE_FAILURE;
 
-  /* The group has to stay below 4 GiB: a header of a group (12), one of a chunk (8), a pad byte. */
+  /* The group has to stay below 4 GiB: adds a group header (12), a chunk header (8), a pad byte. */
   const uint64_t largest = velmor_core_riff_chunk_get_data_size(wave) + (uint64_t)size + 12 + 8 + 1;
   if (largest > UINT32_MAX) return VELMOR_CORE_FAILURE;
 
@@ -51,7 +51,7 @@ static int set_title(velmor_core_riff_object_t* file, const char* title) {
   velmor_core_riff_chunk_t* name = find_child(info, ID_INAM, 0);
   if (!name) name = velmor_core_riff_chunk_add_data_chunk(info, ID_INAM, NULL, (uint32_t)size);
 
-  /* If an addition has failed, name is null and this fails. */
+  /* If adding has failed, name is null, and this call fails. */
   const int32_t status = velmor_core_riff_chunk_set_data_size(name, (uint32_t)size);
   return status ? status : velmor_core_riff_chunk_set_data(name, title, (uint32_t)size, 0);
 }
@@ -92,7 +92,7 @@ static int copy_file(const char* path, int to) {
   return status;
 }
 
-/* A rename is on disk once the folder is. */
+/* A rename is safe on disk only after fsync() of the folder. */
 static int sync_folder(const char* absolute_path) {
   const size_t length = (size_t)(strrchr(absolute_path, '/') - absolute_path);
   char* folder = length ? strndup(absolute_path, length) : strdup("/");
@@ -122,7 +122,7 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: retag_wav FILE TITLE\n");
     return 2;
   }
-  /* A symbolic link stays one: its target is replaced. */
+  /* If FILE is a symbolic link, this replaces its target, not the link. */
   char* path = realpath(argv[1], NULL);
   char* copy = path ? malloc(strlen(path) + sizeof ".XXXXXX") : NULL;
   const char* reason = strerror(errno);

@@ -40,7 +40,7 @@ void CacheObject::resize(uint64_t newSize) {
 // file.
 void CacheObject::reallocate(uint64_t newCapacity) {
   if (newCapacity > PTRDIFF_MAX) throw std::bad_alloc();
-  // A first buffer comes cleared from the system, often without any of it being touched.
+  // For the first buffer: calloc() often gets cleared memory from the system and need not touch it.
   void* memory = buffer ? std::realloc(buffer, newCapacity) : std::calloc(newCapacity, 1);
   if (!memory) throw std::bad_alloc();
   auto* grown = static_cast<std::byte*>(memory);

@@ -10,15 +10,15 @@
 
 namespace RIFF {
 
-// Owns the buffer of its base. The buffer comes from malloc(), so that realloc() may extend it
-// where it lies.
+// Owns the buffer of its base. The buffer comes from malloc(): realloc() may extend it without
+// a copy.
 class CacheObject final : public MemoryObject {
  public:
   explicit CacheObject(uint64_t capacity);
 
-  // Past the capacity, grows it to the smallest of its multiples above newSize, which at least
-  // doubles it. Never gives memory back. Without memory it throws std::bad_alloc and changes
-  // nothing.
+  // If newSize exceeds the capacity, the capacity becomes its smallest multiple above newSize. So
+  // it at least doubles. Never gives memory back. Throws std::bad_alloc and changes nothing if
+  // memory runs out.
   void resize(uint64_t newSize) override;
   ~CacheObject() override;
 

@@ -54,8 +54,8 @@ class Chunk {
 
   // Offset of the header from the object's first byte; -1 for a virtual root, which has none.
   int64_t getOffset() const { return offset; }
-  // The bytes that the chunk takes in storage, header and pad byte included. 64 bits: a chunk of
-  // full size takes 2^32 + 8.
+  // The bytes that the chunk takes in storage, header and pad byte included. It needs 64 bits:
+  // the largest chunk takes 2^32 + 8 bytes.
   uint64_t totalSize() const { return CHUNK_HEADER_SIZE + padded(size); }
   // Offset of the first byte after the chunk and its pad byte.
   uint64_t end() const { return static_cast<uint64_t>(offset) + totalSize(); }
@@ -77,7 +77,7 @@ class Chunk {
   uint64_t dataStart() const { return static_cast<uint64_t>(offset) + CHUNK_HEADER_SIZE; }
 
  private:
-  // Group and object keep position and links in step with the bytes.
+  // Group and object update position and links when the bytes change.
   friend class GroupChunk;
   friend class Object;
 

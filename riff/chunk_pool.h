@@ -18,17 +18,17 @@ class Chunk;
 struct ReturnChunk {
   void operator()(Chunk* chunk) const;
 };
-// Owns a chunk that is in no tree, not yet or no longer. If the chunk is a group, owns everything
-// in it too.
+// Owns a chunk that is in no tree: it is to be attached or destroyed. If the chunk is a group, owns
+// everything in it too.
 using ChunkPointer = std::unique_ptr<Chunk, ReturnChunk>;
 
-// A tree has many small pieces of memory of a few sizes, most of which come and go together. With
-// one malloc() for each, opening a file would spend more time there than on reading headers. So
-// small pieces are cut from blocks, and a piece that is returned is the next one of its size to be
-// handed out. The blocks live as long as the pool. A large piece is a block of its own and goes
-// when it is returned.
+// A tree has many small pieces of memory of a few sizes. Most come and go together. With one
+// malloc() for each, opening a file would spend more time in malloc() than on reading headers. So
+// small pieces are cut from blocks. A returned piece is the next one of its size to be handed out.
+// The blocks live as long as the pool. A large piece is a block of its own, and is freed when it is
+// returned.
 //
-// All memory of a tree comes from its pool. So when the pool ends, the tree need not be taken down.
+// All memory of a tree comes from its pool. So when the pool is destroyed, the nodes need not be.
 class ChunkPool {
  public:
 // The address sanitizer notices the use of a stale handle only if each node has memory of its own.

@@ -28,8 +28,8 @@ class DataChunk final : public Chunk {
   void checkRange(uint32_t length, uint32_t offset) const;
 };
 
-// Compares the addresses of the types. The types are known only inside this library, which has one
-// of each. Comparing the types themselves would compare their names whenever the answer is no.
+// Compares the addresses of the type_info objects. The types are known only inside this library, so
+// each has one type_info. Its == would also compare the names of types that differ.
 inline bool isDataChunk(const Chunk& chunk) { return &typeid(chunk) == &typeid(DataChunk); }
 
 // A "JUNK" data chunk is free space, which new chunks may take. A group under that id holds chunks

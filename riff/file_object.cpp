@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <stdexcept>
 
 namespace RIFF {
@@ -79,6 +80,7 @@ void FileObject::seek(uint64_t offset) const {
 void FileObject::move(uint64_t source, uint64_t destination, uint64_t length) {
   if (source == destination) return;
   const bool towardsFront = source > destination;
+  if (!towardsFront && length > 0) reserveUp(source, destination, length);
   std::array<std::byte, MOVE_BLOCK> block;
   for (uint64_t remaining = length; remaining > 0;) {
     const uint64_t piece = std::min(remaining, MOVE_BLOCK);
@@ -87,6 +89,24 @@ void FileObject::move(uint64_t source, uint64_t destination, uint64_t length) {
     write(destination + at, block.data(), piece);
     remaining -= piece;
   }
+}
+
+// Reserves what the move writes, and what it leaves free between the two ranges: new bytes go
+// there.
+void FileObject::reserveUp(uint64_t source, uint64_t destination, uint64_t length) {
+  const uint64_t sourceEnd = source + length;
+  const uint64_t end = destination + length;
+  const uint64_t begin = std::min(sourceEnd, destination);
+  int result = 0;
+  do {
+    result = ::fallocate(fd.get(), FALLOC_FL_KEEP_SIZE, static_cast<off_t>(begin),
+                         static_cast<off_t>(end - begin));
+  } while (result == -1 && errno == EINTR);
+  // Some file systems cannot reserve. There, and for a file that is not open for writing, the
+  // writes decide.
+  if (result == 0 || (errno != ENOSPC && errno != EDQUOT)) return;
+  if (end == size && ::ftruncate(fd.get(), static_cast<off_t>(sourceEnd)) == 0) size = sourceEnd;
+  throw std::runtime_error("write failed");
 }
 
 }  // namespace RIFF

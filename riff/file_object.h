@@ -27,7 +27,7 @@ class Descriptor {
 };
 
 // Every access is one seek and as many transfers as the system needs. Nothing is cached, so closing
-// has nothing to flush. Offsets are not checked against the size: the file's own end decides.
+// has nothing to flush. Offsets are not checked against the size. A read past the file's end fails.
 //
 // Failures are "open failed", "lseek failed", "read failed", "write failed" and "ftruncate failed".
 // A failed write or move leaves the bytes that it has already written.
@@ -43,17 +43,20 @@ class FileObject final : public Object {
   void resize(uint64_t newSize) override;
   void read(uint64_t offset, std::byte* destination, uint64_t length) override;
   void write(uint64_t offset, const std::byte* source, uint64_t length) override;
-  // In pieces of 64 KiB, starting at the end from which each piece is read before it is
-  // overwritten.
+  // In pieces of 64 KiB: from the last one if the bytes move up, from the first one if they move
+  // down. So each piece is read before it is overwritten. A move up first reserves the room that it
+  // writes. If there is none, it fails and no byte moves. If the move would have ended at the end
+  // of the object, the object also gives back its growth: it ends where the source ends.
   void move(uint64_t source, uint64_t destination, uint64_t length) override;
   // Closes the file.
   ~FileObject() override = default;
 
  private:
   void seek(uint64_t offset) const;
+  void reserveUp(uint64_t source, uint64_t destination, uint64_t length);
 
   int32_t mode;   // as given at open
-  Descriptor fd;  // 32 bits; owns the file from the moment it is open
+  Descriptor fd;  // owns the file from the moment it is open
 };
 
 }  // namespace RIFF

@@ -12,16 +12,16 @@
 namespace RIFF {
 
 // The order: the smallest free chunk first, equal sizes in byte order, the trailing chunk last. So
-// the first one that fits is the best, and the one that can grow without moving anything is taken
-// when nothing else fits.
+// the first one that fits is the best. The trailing chunk, which can grow without moving anything,
+// is taken only if no other fits.
 //
-// The list borrows its chunks; none is in it twice. It is sorted at certain points of an edit and
-// keeps that order in between, even when another chunk becomes the trailing one or an entry gets
-// another size. What is found depends on that. `ordered` says whether sorting now would change
-// nothing. Then one changed entry is moved to its place without comparing the others.
+// The list borrows its chunks. None is in it twice. It is sorted only at certain points of an edit.
+// In between it keeps its order, even if another chunk becomes the trailing one or an entry gets
+// another size. Callers see this order, so it must not be sorted at other points. `ordered` is true
+// if the list is sorted now. Then a changed entry is moved to its place without a full sort.
 //
 // After a long walk along the list, the next edit makes an index of it. While the list is in order,
-// the index finds all places. It is made anew after the list has been sorted in full.
+// the index finds all places. A full sort ends the index, and the next edit makes a new one.
 class FreeList {
  public:
   // A list entry without its chunk. An edit allocates it before its first change, so that it cannot
@@ -45,8 +45,8 @@ class FreeList {
 
   // Null if the list is empty.
   DataChunk* last() const { return chunks.empty() ? nullptr : chunks.back(); }
-  // The first entry that can take n bytes, header included: either they fill it exactly, or its
-  // data has room for them all, so that a whole header fits after them. Null if there is none.
+  // The first entry that can take n bytes, header included. Either its total size is n, or its data
+  // size is n or more, which leaves room for a whole header after them. Null if there is none.
   DataChunk* findFitting(uint64_t n);
 
   // To be called before an edit: allocates what one insert() or change() needs besides the entry.
@@ -58,8 +58,8 @@ class FreeList {
   void remove(const Chunk& chunk);
   void clear();
 
-  // Runs an edit that gives a chunk, which need not be in the list, another size or offset, and
-  // then sorts the list. If the edit throws, the list stays out of order.
+  // Runs an edit that gives a chunk another size or offset, and then sorts the list. The chunk need
+  // not be in it. If the edit throws, the list stays out of order.
   template <typename Edit>
   void change(const Chunk& chunk, Edit edit) {
     const uint64_t oldRank = rankOf(chunk);
@@ -68,7 +68,7 @@ class FreeList {
     ordered = wasOrdered;
     restoreOrder(chunk, oldRank);
   }
-  // Sorts the list after a run of append(), with the result of sorting after each of them. Every
+  // Sorts the list after a run of append(). The result is as if each append() had sorted. Every
   // top-level chunk was the trailing one when it was attached, so the last one appended stays last.
   void sortAppended();
   // To be called when an entry gets another size, or another chunk becomes the trailing one, and

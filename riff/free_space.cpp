@@ -14,7 +14,7 @@ namespace RIFF {
 
 namespace {
 
-// The largest total size of a free chunk that edits make. It keeps the data size within its field.
+// The largest total size of a free chunk that edits make. So its data size fits the size field.
 constexpr uint64_t MAX_FREE_TOTAL = 0xFFFF'FFFF;
 
 // Builds the chunks that lie back to back in the `length` bytes at `offset`, with group as their
@@ -103,8 +103,8 @@ Chunk* GroupChunk::addCache(MemoryObject& cache) {
   return children[first];
 }
 
-// `written` is how many of the n bytes will be written. They all have to lie in the object, whose
-// bytes may end inside the free chunk.
+// The edit will write the first `written` of the n bytes. Makes sure that these are stored, since
+// the object's bytes may end inside the free chunk.
 GroupChunk::Reuse GroupChunk::planReuse(DataChunk& free, uint64_t n, uint64_t written) {
   const Reuse reuse = {free, indexOf(free), n, free.totalSize() == n};
   const uint64_t needed = reuse.exact ? written : n + CHUNK_HEADER_SIZE;
@@ -176,7 +176,7 @@ DataChunk& GroupChunk::mergeIntoPrevious(std::size_t index, bool withNext) {
   for (std::size_t i = 0; i < count; ++i) {
     merged += static_cast<uint32_t>(children[index + i]->totalSize());
   }
-  // The last pad byte becomes free data, unless the merged size is odd.
+  // If the merged size is even, the last chunk's pad byte becomes free data.
   if (merged % 2 == 0) object->requirePad(last);
   freeList.change(previous, [&] {
     previous.setSizeField(merged);
@@ -201,8 +201,8 @@ DataChunk& GroupChunk::mergeIntoNext(std::size_t index) {
 }
 
 // Makes a child a free chunk of its own. A data chunk of odd size takes in its pad byte. A group
-// becomes a data chunk of the same size, with everything in it as the data; that size is odd only
-// if the file had it so.
+// becomes a data chunk of the same size, with everything in it as the data. The size of a group is
+// odd only if it was odd in the file.
 DataChunk& GroupChunk::makeFree(std::size_t index) {
   Chunk& child = *children[index];
   const bool isGroup = !isDataChunk(child);

@@ -92,7 +92,7 @@ Chunk& GroupChunk::link(ChunkPointer&& child) {
   children.push_back(child.get());
   Chunk& linked = *child.release();
   if (last) {
-    // A free chunk that was the trailing one belongs among the others when next sorted.
+    // A free chunk that is no longer the trailing one will move when the list is next sorted.
     if (isFree(*last) && freeList.isTrailing(*last)) freeList.noteDisorder();
     last->next = &linked;
   }
@@ -124,7 +124,7 @@ Chunk& GroupChunk::addChunk(Chunk& source) {
 
   const uint64_t total = source.totalSize();
   uint64_t at = object->resizeChunk(*this, static_cast<int64_t>(total), nullptr);
-  // The offset is taken only now: source may lie after the gap and have moved.
+  // Read the offset only now: if source lies after the gap, it has moved.
   copyBytes(from, static_cast<uint64_t>(source.offset), *object, at, total);
   return addChunk(object->loadChunk(at, *this));
 }

@@ -26,8 +26,8 @@ class MemoryObject;
 //      parent is this group.
 //   2. Children leave no gaps: the first begins 12 bytes into the group (at byte 0 of the object
 //      for the virtual root), each later one where its predecessor ends, pad byte included.
-//   3. The size, in memory and in the header, rounded up to even, is 4 plus the children's total
-//      sizes. The virtual root has no header; its size stays 0.
+//   3. The size in memory equals that in the header. Rounded up to even, it is 4 plus the total
+//      sizes of the children. The virtual root has no header; its size stays 0.
 //   4. freeList names free children only, none twice. Two kinds of free children stay out of it
 //      until the object is opened again: a chunk with the id "JUNK" that was added into free space,
 //      and a free chunk that a split has left without data.
@@ -63,8 +63,8 @@ class GroupChunk : public Chunk {
   // Appends an empty group. Free space is not used for groups.
   GroupChunk& addGroupChunk(FourCC newId, FourCC newGroupId);
   // Appends a copy of source and everything in it. Source is any chunk in a tree, of this object or
-  // another. A child of this very group is copied too: attaching it would list it twice. Source
-  // must have a header (no virtual root) and all its bytes, and must not contain this group.
+  // another. A child of this group is copied like any other. Source must have a header (no virtual
+  // root) and all its bytes. It must not be this group or contain it.
   Chunk& addChunk(Chunk& source);
   // Removes a child and its bytes from the object, and destroys the child.
   void remove(Chunk& child);
@@ -75,8 +75,8 @@ class GroupChunk : public Chunk {
   // Adds all bytes of cache, which are whole chunks, in the same way. Returns the first new chunk,
   // null if the cache is empty. The cache must not be this group's own object.
   Chunk* addCache(MemoryObject& cache);
-  // Turns a child into free space and merges it with free neighbours. Moves no byte and changes no
-  // size around it. Returns the free chunk that covers the child's bytes now.
+  // Turns a child into free space and merges it with free neighbours. Moves no byte. Sizes
+  // of ancestors stay. Returns the free chunk that covers the child's bytes now.
   DataChunk& recycle(Chunk& child);
 
   // To be called before a free child gets another size.
@@ -107,8 +107,8 @@ class GroupChunk : public Chunk {
   Chunk& link(ChunkPointer&& child);
   void dropChildren(std::size_t index, std::size_t count);
 
-  // A free child that can take n bytes, header included. If there is none but the trailing chunk is
-  // free, grows that one and returns it. Null if neither is possible.
+  // A free child that can take n bytes, header included. If there is none, but the trailing chunk
+  // is free, grows that one and returns it. Null if neither is possible.
   DataChunk* findFreeChunk(uint64_t n);
   DataChunk* growTrailing(uint64_t n);
   Reuse planReuse(DataChunk& free, uint64_t n, uint64_t written);
@@ -120,10 +120,10 @@ class GroupChunk : public Chunk {
   DataChunk& mergeIntoNext(std::size_t index);
   DataChunk& makeFree(std::size_t index);
 
-  // Owned: link() and placeAdded() take them out of their ChunkPointers, dropChildren() and clear()
-  // put them into ChunkPointers again to destroy them. They are plain pointers for speed: when an
-  // edit in a wide group moves later children, it moves plain pointers as bytes, but owning ones
-  // one by one, at several times the cost.
+  // Owned. link() and placeAdded() take them out of their ChunkPointers. dropChildren() and clear()
+  // put them into ChunkPointers again to destroy them. They are plain pointers for speed: an edit
+  // in a wide group moves the entries of later children. The vector moves plain pointers as one
+  // piece of memory, but ChunkPointers one by one, at several times the cost.
   std::vector<Chunk*, PoolAllocator<Chunk*>> children;
   FreeList freeList;
   FourCC groupId;

@@ -44,7 +44,8 @@ const Chunk& lastInside(const Chunk& chunk) {
 
 }  // namespace
 
-// virtualRoot comes before pool, so its own destructor runs after the memory of all nodes has gone.
+// Leaves the nodes to the pool, which owns their memory. The destructor of virtualRoot would be too
+// late: pool is declared after it, so pool is destroyed first.
 Object::~Object() { virtualRoot.abandon(); }
 
 void ReturnChunk::operator()(Chunk* chunk) const {
@@ -142,7 +143,7 @@ void Object::grow(uint64_t delta) {
 
 // Adds delta to the offsets of chunks. If `after` is given, it is a child of group, and all later
 // chunks of the object move: those after it in group, then those after group, and so on upwards.
-// If it is null, all chunks inside group move; this form does not recurse, since the file decides
+// If it is null, all chunks inside group move. This case does not recurse, since the file decides
 // how deep groups nest.
 //
 // The children come from their array, not along the next links: the processor fetches many nodes at

@@ -22,8 +22,8 @@ const std::byte* bytesOf(const Field& field) {
   return reinterpret_cast<const std::byte*>(&field);
 }
 
-// Every access to the stored bytes is a call of one of the four virtual operations, at the moment
-// when an edit asks for it. Nothing is cached.
+// Every access to the stored bytes is a call of resize(), read(), write() or move(). It takes place
+// at once. Nothing is cached.
 //
 // The stored bytes are those from offset 0 to size - 1. The tree covers them all. It may reach past
 // them: files are cut short, and many programs leave out the last pad byte. Such a tree is kept as
@@ -47,9 +47,9 @@ class Object {
   // The first top-level chunk, null if there is none.
   Chunk* getRootChunk() const { return virtualRoot.getChild(0); }
 
-  // Builds the node of a chunk from the header that is stored at offset, with parent as its group
-  // to be. Edits too write a header and then read it back here, as loading does: there is one way
-  // to build a node, and no node says anything that the bytes do not.
+  // Builds the node of a chunk from the header that is stored at offset. Parent is the group that
+  // it will be attached to. An edit that makes a chunk writes the header and then calls this, too.
+  // So every node is built in the same way, and agrees with the bytes.
   template <typename Kind>
   ChunkPointer makeChunk(int64_t offset, GroupChunk& parent) {
     return pool.make<Kind>(*this, offset, &parent);
@@ -76,10 +76,10 @@ class Object {
   void writeChunkHeader(uint64_t offset, FourCC id, uint32_t dataSize);
   void writeGroupHeader(uint64_t offset, FourCC id, FourCC groupId);
 
-  // Opens (delta > 0) or closes (delta < 0) a gap and keeps sizes and offsets in step. The gap lies
-  // at the end of chunk. If `removed` is given, it is a child of chunk, and its bytes are the gap
-  // to close. Returns the offset of the first byte after chunk or `removed`, as it was before the
-  // edit. This is where an opened gap begins.
+  // Opens (delta > 0) or closes (delta < 0) a gap and updates sizes and offsets. The gap lies at
+  // the end of chunk. If `removed` is given, it is a child of chunk, and its bytes are the gap to
+  // close. Returns the offset of the first byte after chunk, or after `removed` if it is given, as
+  // it was before the edit. An opened gap begins there.
   uint64_t resizeChunk(Chunk& chunk, int64_t delta, const Chunk* removed);
 
   // Makes sure that all bytes before upTo are stored. If only the pad byte of the last chunk is
@@ -87,8 +87,8 @@ class Object {
   void requireStored(uint64_t upTo);
   // Throws "invalid read" if more is missing than that pad byte.
   void requireComplete() const;
-  // Makes sure that the pad byte at the end of a chunk is stored, before it becomes data. A chunk
-  // without a pad byte needs none.
+  // Makes sure that the pad byte at the end of a chunk is stored. Call it before the pad byte
+  // becomes data. Does nothing if the chunk ends without a pad byte.
   void requirePad(const Chunk& chunk);
 
   // Destroys all chunks and sets the size to 0. Writes nothing.

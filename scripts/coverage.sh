@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs the tests and prints which branches of the library they don't take, and the share that they
-# take. Generated code is left out.
-#   scripts/coverage.sh [PERCENT]   fails below that share, 95 by default
+# Runs the tests. Prints the branches of the library that they don't take, and the percentage of
+# those that they take. Generated code is left out.
+#   scripts/coverage.sh [PERCENT]   fails below that percentage, 95 by default
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/packages.sh

@@ -32,7 +32,11 @@ need_packages() {
 # libfl-dev has flex's header, FlexLexer.h. flex only recommends it.
 build_packages=(g++ cmake ninja-build flex libfl-dev bison libboost-dev)
 test_packages=("${build_packages[@]}" libgtest-dev pkg-config)
-# Programs that read the files which the tests write. Without them these tests are skipped.
+# Other programs that read RIFF files. The tests check with them that edited files are valid.
+# Without them these tests are skipped.
 judge_packages=(ffmpeg sox webp)
-packaging_packages=(build-essential debhelper doxygen dpkg-dev fakeroot lintian "${build_packages[@]}"
-  pkgconf)
+# For the Python module. Without pytest its tests are skipped.
+python_packages=(python3-pytest mypy)
+packaging_packages=(build-essential debhelper dh-python doxygen dpkg-dev fakeroot lintian
+  "${build_packages[@]}" pkgconf pybuild-plugin-pyproject python3-all python3-setuptools
+  python3-wheel)

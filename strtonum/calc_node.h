@@ -54,7 +54,7 @@ class CalcNode {
  private:
   static void deleteNodes(std::unique_ptr<CalcNode> tree) noexcept;
 
-  // What the loops in place of recursion need to know of each node.
+  // The loops that replace recursion use these functions.
   virtual Operands operands() noexcept = 0;
   // Returns the node's value for the given values of its operands. A negation takes its operand
   // as `right`, a constant ignores both.

@@ -28,7 +28,7 @@ class CNConstant final : public CalcNode {
 
 // Owns the operands of a binary operator, from its construction on.
 //
-// It is a second base class: every node derives directly from CalcNode.
+// A second base class, so that every node class still derives directly from CalcNode.
 class BinaryOperands {
  public:
   BinaryOperands(CalcNode* l, CalcNode* r) : left(l), right(r) {}

@@ -7,7 +7,7 @@
 // nodes. Its first block has room for 20 symbols, since glibc serves small blocks faster.
 //
 // Indexing. A parse spends most of its time on the stack. Bison finds a symbol by its distance from
-// the bottom, which takes a division by the size of a symbol; this counts back from the end.
+// the bottom, which takes a division by the size of a symbol. This stack counts from the top.
 
 #ifndef STRTONUM_PARSER_STACK_H
 #define STRTONUM_PARSER_STACK_H

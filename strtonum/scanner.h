@@ -38,7 +38,7 @@ class Scanner : public StrToNumFlexLexer {
   using StrToNumFlexLexer::yylex;
 
  private:
-  // Ends in a NUL of its own before the string's: two NULs are the generated scanner's end mark.
+  // The generated scanner ends at two NULs: one is the text's last character, one the string's own.
   std::string text;
   std::unique_ptr<yy_buffer_state> state;
   yy_buffer_state* stack;  // the generated scanner's stack of buffers, which holds only state

@@ -14,14 +14,23 @@ namespace {
 
 enum Status { CLEAN = 0, DAMAGED = 1, UNREADABLE = 3 };
 
-Status checkFile(const std::string& file) {
-  const Survey survey = surveyFile(file, [&](const Finding& finding) {
-    complain(file + ": " + (finding.isWarning ? "warning: " : "") + findingText(finding));
-  });
-  if (survey.damages > 0) return DAMAGED;
-  std::cout << file << ": sound, " << counted(survey.chunks, "chunk");
+void printSound(const std::string& file, const Survey& survey) {
+  std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk");
   if (survey.warnings > 0) std::cout << ", " << counted(survey.warnings, "warning");
   std::cout << '\n';
+}
+
+Status checkFile(const std::string& file) {
+  uint64_t shown = 0;
+  const Survey survey = surveyFile(file, [&](const Finding& finding) {
+    ++shown;
+    complain(file + ": " + (finding.isWarning() ? "warning: " : "") + findingText(finding));
+  });
+  if (const uint64_t all = survey.damages + survey.warnings; all > shown) {
+    complain(file + ": " + counted(all - shown, "more finding"));
+  }
+  if (survey.damages > 0) return DAMAGED;
+  printSound(file, survey);
   return CLEAN;
 }
 
@@ -41,10 +50,10 @@ int runCheck(const Arguments& arguments) {
 void verifyFile(const std::string& file) {
   std::optional<Finding> first;
   const Survey survey = surveyFile(file, [&](const Finding& finding) {
-    if (!first && !finding.isWarning) first = finding;
+    if (!first && !finding.isWarning()) first = finding;
   });
   if (first) throw Failure(file, findingText(*first));
-  std::cout << file << ": sound, " << counted(survey.chunks, "chunk") << '\n';
+  std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk") << '\n';
 }
 
 int runVerify(const Arguments& arguments) { return forEach(arguments.all(), verifyFile); }
@@ -56,18 +65,30 @@ const Command CHECK = {
     .synopsis = "FILE...",
     .summary = "Say all that is wrong with files, and where",
     .help = R"(
-Follows the headers of each file, also of one that no other command opens, and says what does not
-fit: a header or data cut short; sizes that a program left behind when it wrote a stream (0 and
-values near 2^31 and 2^32); a chunk that ends behind its group, or a group behind the file; bytes
-that belong to no chunk, in a group or behind the last one; a missing pad byte. A pad byte that is
-not 0 is a warning: it hurts nobody, and edits by other programs leave such bytes.
+Reads the headers of each file, also of a file that no other command opens, and says what is wrong:
 
-Where a chunk ends behind its group it cannot be told which of the two is wrong. The group is
-believed and the check goes on behind it, unless the chunk ends with the file. The data of chunks is
-not read. Any number of top-level chunks is sound.
+  - The file is no RIFF file: its first chunk is not a RIFF. Says what it looks like instead.
+  - A header or data is cut short.
+  - A size was never written: programs put 0 or a value near 2^31 or 2^32 into a stream's headers.
+  - A chunk ends past the end of its group, or a group past the end of the file.
+  - Bytes belong to no chunk, in a group or after the last one. ID3v1, ID3v2 and APE tags are named.
+  - A pad byte is missing.
+  - WAVE: fmt or data is missing, data stands before fmt, fmt has no channels or no rate.
+  - AVI: LIST:hdrl or LIST:movi is missing.
+  - WebP: the picture or the frames of an animation are missing, or the start of the picture is.
 
-Exit status: 0 all files are sound (perhaps with warnings), 1 one is damaged, 3 one cannot be read
-or is of a form with other sizes (RF64, RIFX). See "velmor-core repair" for what can be mended.
+These are warnings, since programs read such files all the same:
+
+  - A pad byte is not 0, or an id is not printable.
+  - WAVE: fact is missing where samples are not PCM. The data ends within a block of samples.
+  - AVI: an entry of an index (idx1, indx, ix##) points at no chunk of its id. The index is missing.
+  - WebP: a flag of VP8X does not agree with the chunks.
+
+Payloads are not decoded: sound or pictures may be damaged in a file that is "sound" here. Several
+RIFF groups and further top-level chunks are sound.
+
+Exit status: 0 all files are sound (perhaps with warnings), 1 one is damaged, 3 one cannot be read.
+See "velmor-core repair" for what can be repaired.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
@@ -80,8 +101,8 @@ const Command VERIFY = {
     .synopsis = "FILE...",
     .summary = "Say the first thing that is wrong with files: the short form of check",
     .help = R"(
-Looks for what "velmor-core check" looks for, says the first of it that is no warning, and knows two
-results: exit status 0 for sound files, 1 for all others.
+Looks for what "velmor-core check" looks for and says the first finding that is no warning. Exit
+status: 0 for sound files, 1 for all others.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

@@ -5,6 +5,8 @@
 #include <charconv>
 
 #include "errors.h"
+#include "layout.h"
+#include "text.h"
 
 namespace tool {
 
@@ -13,20 +15,11 @@ namespace {
 constexpr std::size_t ID_SIZE = 4;
 constexpr std::string_view PATH_CHARACTERS = "/:[]\\";
 
-std::array<uint8_t, ID_SIZE> bytesOf(uint32_t id) {
-  std::array<uint8_t, ID_SIZE> bytes{};
-  for (std::size_t i = 0; i < ID_SIZE; ++i) bytes[i] = static_cast<uint8_t>(id >> (8 * i));
-  return bytes;
-}
-
-std::string escaped(uint8_t byte) {
-  constexpr std::string_view DIGITS = "0123456789abcdef";
-  return {'\\', 'x', DIGITS[byte >> 4], DIGITS[byte & 15]};
-}
+std::string escaped(uint8_t byte) { return "\\x" + hexDigits(byte); }
 
 // Reads one character, or one \xHH, from the front of text.
 uint8_t takeByte(std::string_view& text) {
-  const char first = text.front();
+  const char first = text[0];
   if (first != '\\') {
     text.remove_prefix(1);
     return static_cast<uint8_t>(first);
@@ -44,8 +37,13 @@ uint8_t takeByte(std::string_view& text) {
 
 }  // namespace
 
+bool isPrintable(uint32_t id) {
+  return std::ranges::all_of(littleEndianBytes(id),
+                             [](uint8_t byte) { return byte >= ' ' && byte <= '~'; });
+}
+
 std::string idText(uint32_t id) {
-  const std::array<uint8_t, ID_SIZE> bytes = bytesOf(id);
+  const std::array<uint8_t, ID_SIZE> bytes = littleEndianBytes(id);
   std::size_t length = ID_SIZE;
   while (length > 0 && bytes[length - 1] == ' ') --length;
   if (length == 0) return escaped(' ');
@@ -67,14 +65,16 @@ std::string nameText(uint32_t id, uint32_t groupId) {
 uint32_t parseId(std::string_view text) {
   std::array<uint8_t, ID_SIZE> bytes{' ', ' ', ' ', ' '};
   std::size_t count = 0;
-  for (std::string_view rest = text; !rest.empty(); ++count) {
+  std::string_view rest = text;
+  while (count <= ID_SIZE && !rest.empty()) {
     const uint8_t byte = takeByte(rest);
     if (count < ID_SIZE) bytes[count] = byte;
+    ++count;
   }
   if (count == 0 || count > ID_SIZE) {
     throw UsageError("\"" + std::string(text) + "\" is no id: an id has one to four characters");
   }
-  return VELMOR_CORE_RIFF_ID(bytes[0], bytes[1], bytes[2], bytes[3]);
+  return littleEndian32(bytes.data());
 }
 
 }  // namespace tool

@@ -17,6 +17,9 @@ constexpr uint32_t ID_INFO = VELMOR_CORE_RIFF_ID('I', 'N', 'F', 'O');
 // The ids under which a chunk is read as a group.
 constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }
 
+// Whether all four bytes are ASCII characters, as in every id that a format has defined.
+bool isPrintable(uint32_t id);
+
 // An id as it is shown and typed: without the spaces at its end, and with \xHH for every byte that
 // is not printable or means something in a path. parseId() brings the same id back.
 std::string idText(uint32_t id);

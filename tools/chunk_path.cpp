@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "chunk_id.h"
 #include "errors.h"
 
 namespace tool {
@@ -17,7 +18,7 @@ PathStep parseStep(std::string_view text) {
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (error != std::errc() || number == 0 || std::string_view(end, digits.end()) != "]") {
       throw UsageError("\"" + step.text +
-                       "\": [ ] stands last, behind the group id, and holds a number from 1");
+                       "\": [ ] stands last, after the group id, and holds a number from 1");
     }
     step.number = number;
     text = text.substr(0, bracket);
@@ -30,29 +31,16 @@ PathStep parseStep(std::string_view text) {
   return step;
 }
 
-// The chunk among from's children that a step names; none where nothing fits.
-Chunk takeStep(const Chunk& from, const PathStep& step) {
-  Chunk found;
-  uint64_t fitting = 0;
-  for (Chunk child = from.firstChild(); child; child = child.next()) {
-    if (!step.fits(child)) continue;
-    ++fitting;
-    if (!step.number && fitting == 1) found = child;
-    if (step.number == fitting) return child;
-  }
-  if (!step.number && fitting > 1) {
-    throw Failure("\"" + step.text + "\" fits " + std::to_string(fitting) +
-                  " chunks: name one of them as " + step.text + "[1] to " + step.text + "[" +
-                  std::to_string(fitting) + "]");
-  }
-  return found;
-}
-
 }  // namespace
 
-bool PathStep::fits(const Chunk& chunk) const {
-  if (chunk.id() != id) return false;
-  return !groupId || (chunk.isGroup() && chunk.groupId() == *groupId);
+void throwAmbiguous(const PathStep& step, uint64_t fitting) {
+  throw Failure("\"" + step.text + "\" fits " + std::to_string(fitting) +
+                " chunks: name one of them as " + step.text + "[1] to " + step.text + "[" +
+                std::to_string(fitting) + "]");
+}
+
+void throwMissing(const PathStep& step, const std::string& place) {
+  throw Failure("there is no chunk " + step.text + " " + place);
 }
 
 ChunkPath::ChunkPath(std::string_view text) : typed(text) {
@@ -61,24 +49,6 @@ ChunkPath::ChunkPath(std::string_view text) : typed(text) {
     steps.push_back(parseStep(text.substr(begin, end - begin)));
     begin = end + 1;
   }
-}
-
-Chunk ChunkPath::find(const Chunk& virtualRoot) const { return follow(virtualRoot, steps); }
-
-Chunk ChunkPath::findParent(const Chunk& virtualRoot) const {
-  return follow(virtualRoot, std::span(steps).first(steps.size() - 1));
-}
-
-Chunk ChunkPath::follow(Chunk from, std::span<const PathStep> way) const {
-  for (const PathStep& step : way) {
-    const Chunk found = takeStep(from, step);
-    if (!found) {
-      const std::string place = from.isVirtualRoot() ? "at the top" : "in " + from.name();
-      throw Failure("there is no chunk " + step.text + " " + place);
-    }
-    from = found;
-  }
-  return from;
 }
 
 }  // namespace tool

@@ -9,8 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "store.h"
-
 namespace tool {
 
 // One step: an id, with a group id where a colon was typed, and a number where one was typed.
@@ -20,8 +18,16 @@ struct PathStep {
   std::optional<uint64_t> number;  // among the siblings that fit, from 1
   std::string text;                // as it was typed
 
-  bool fits(const Chunk& chunk) const;
+  template <typename Node>
+  bool fits(const Node& node) const {
+    if (node.id() != id) return false;
+    return !groupId || (node.isGroup() && node.groupId() == *groupId);
+  }
 };
+
+// Throws the Failure of a step that fits several chunks, or none.
+[[noreturn]] void throwAmbiguous(const PathStep& step, uint64_t fitting);
+[[noreturn]] void throwMissing(const PathStep& step, const std::string& place);
 
 class ChunkPath {
  public:
@@ -32,13 +38,43 @@ class ChunkPath {
   const PathStep& last() const { return steps.back(); }
 
   // The chunk that the path names. Throws Failure when there is none, or when several chunks fit a
-  // step without a number.
-  Chunk find(const Chunk& virtualRoot) const;
+  // step without a number. A node is a chunk of an object, or a header in a file: it has
+  // firstChild() and next(), which give a node that is false at the end, and tells its ids.
+  template <typename Node>
+  Node find(const Node& virtualRoot) const {
+    return follow(virtualRoot, steps);
+  }
   // The chunk that all steps but the last name: the virtual root for a path of one step.
-  Chunk findParent(const Chunk& virtualRoot) const;
+  template <typename Node>
+  Node findParent(const Node& virtualRoot) const {
+    return follow(virtualRoot, std::span(steps).first(steps.size() - 1));
+  }
 
  private:
-  Chunk follow(Chunk from, std::span<const PathStep> way) const;
+  template <typename Node>
+  static Node follow(Node from, std::span<const PathStep> way) {
+    for (const PathStep& step : way) {
+      const Node found = takeStep(from, step);
+      if (!found) throwMissing(step, from.isVirtualRoot() ? "at the top" : "in " + from.name());
+      from = found;
+    }
+    return from;
+  }
+
+  // The chunk among from's children that a step names; none where nothing fits.
+  template <typename Node>
+  static Node takeStep(const Node& from, const PathStep& step) {
+    Node found;
+    uint64_t fitting = 0;
+    for (Node child = from.firstChild(); child; child = child.next()) {
+      if (!step.fits(child)) continue;
+      ++fitting;
+      if (!step.number && fitting == 1) found = child;
+      if (step.number == fitting) return child;
+    }
+    if (!step.number && fitting > 1) throwAmbiguous(step, fitting);
+    return found;
+  }
 
   std::string typed;
   std::vector<PathStep> steps;

@@ -1,9 +1,13 @@
+// Sorts the words of a command line, and reports failures.
+
 #include "command.h"
 
 #include <algorithm>
 #include <iostream>
 
 #include "errors.h"
+#include "terminal.h"
+#include "text.h"
 
 namespace tool {
 
@@ -36,7 +40,7 @@ std::optional<std::string> Arguments::value(std::string_view option) const {
 
 void complain(std::string_view message) {
   std::cout.flush();
-  std::cerr << "velmor-core: " << message << '\n';
+  printMessage("velmor-core: " + printable(message));
 }
 
 int forEach(const std::vector<std::string>& operands,

@@ -21,8 +21,8 @@ struct Option {
 
 struct Command;
 
-// The words behind a command's name, sorted into options and operands. Options may stand anywhere;
-// behind "--" every word is an operand.
+// The words after a command's name, sorted into options and operands. Options may stand anywhere;
+// after "--" every word is an operand.
 class Arguments {
  public:
   // Throws UsageError for an option that the command does not have or that lacks its value.
@@ -51,7 +51,7 @@ struct Command {
   std::span<const Option> options;
   // Returns the exit status: 0 or 1, or 3 of "check"; throws UsageError and Failure.
   int (*run)(const Arguments& arguments);
-  // For values such as -5: a word that begins with a dash is no option.
+  // A word that begins with a dash is an operand, for values such as -5.
   bool dashesAreOperands = false;
 };
 
@@ -70,11 +70,12 @@ extern const Command NUM;
 extern const Command UUID;
 extern const Command SHA256;
 
-// Prints "velmor-core: " and the message on standard error, behind what has been printed so far.
+// Prints "velmor-core: " and the message on standard error, after what has been printed so far. The
+// message may hold names and texts of others: what could steer a terminal is escaped.
 void complain(std::string_view message);
 
-// Runs work for each operand; one that fails is complained of and does not keep the others from
-// their turn. Returns the exit status.
+// Runs work for each operand, also after one that fails, which is complained of. Returns the exit
+// status.
 int forEach(const std::vector<std::string>& operands,
             const std::function<void(const std::string& operand)>& work);
 

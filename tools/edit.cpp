@@ -12,10 +12,8 @@ namespace {
 int runSet(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
   const Value value(arguments[2]);
-  return editFile(arguments, roomFor(value), [&](const Chunk& root) {
-    const Chunk chunk = path.find(root);
-    setBytes(chunk, value.in(chunk.parent()));
-  });
+  return editFile(SET, arguments, roomFor(value),
+                  [&](const Chunk& root) { return setValue(path.find(root), value); });
 }
 
 // Whether the last step names a group to add; throws UsageError for what makes no sense.
@@ -37,43 +35,59 @@ int runAdd(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
   const PathStep& step = path.last();
   if (namesGroup(step, arguments.count() == 3)) {
-    return editFile(arguments, ROOM_FOR_GROUP, [&](const Chunk& root) {
-      addGroup(path.findParent(root), step.id, *step.groupId);
+    return editFile(ADD, arguments, ROOM_FOR_GROUP, [&](const Chunk& root) {
+      return addGroup(path.findParent(root), step.id, *step.groupId);
     });
   }
   const Value value(arguments[2]);
-  return editFile(arguments, roomFor(value), [&](const Chunk& root) {
-    const Chunk group = path.findParent(root);
-    addBytes(group, step.id, value.in(group));
+  return editFile(ADD, arguments, roomFor(value), [&](const Chunk& root) {
+    return addValue(path.findParent(root), step.id, value);
   });
 }
 
 int runRemove(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
-  return editFile(arguments, ROOM_FOR_PAD,
-                  [&](const Chunk& root) { removeChunk(path.find(root)); });
+  return editFile(REMOVE, arguments, ROOM_FOR_PAD,
+                  [&](const Chunk& root) { return removeChunk(path.find(root)); });
 }
 
 int runRecycle(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
-  return editFile(arguments, ROOM_FOR_PAD,
-                  [&](const Chunk& root) { recycleChunk(path.find(root)); });
+  return editFile(RECYCLE, arguments, ROOM_FOR_PAD,
+                  [&](const Chunk& root) { return recycleChunk(path.find(root)); });
 }
 
 }  // namespace
 
 const Command SET = {
     .name = "set",
-    .synopsis = "[--dry-run] FILE PATH VALUE|@FILE|@-",
-    .summary = "Replace the data of a chunk, in place",
+    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH VALUE|@FILE|@-",
+    .summary = "Replace the data of a chunk",
     .help = R"(
-The chunk takes the size of the new data; what lies behind it moves if need be.
+The chunk takes the size of the new data.
 
-VALUE   the text itself. In a LIST:INFO group a NUL is stored behind it, as the format wants its
-        texts to end; elsewhere the bytes are stored as they are. "@@text" stands for "@text".
+VALUE   the text itself. In a LIST:INFO group a NUL is stored after it, since the texts there end in
+        one. Elsewhere the bytes are stored as they are. "@@text" stands for "@text".
 @FILE   the bytes of a file, as they are; "@-" those of standard input
 
---dry-run   show the tree as it would be, from a copy in memory; nothing is written
+The edit is made in a copy, FILE.velmor-core-new. When the copy is complete and on the disk, it takes
+the file's place. It keeps the file's permissions, owner, access control lists and extended
+attributes. A symbolic link stays a link, and the file that it leads to is edited. If the edit fails
+or a signal ends it, the copy is removed. Only after SIGKILL or a power cut the copy may stay; the
+next edit of the file removes it. Edits of one file wait for each other. If another program changes
+the file meanwhile, the edit fails and the file stays as that program left it.
+
+--dry-run    show the tree as it would be; nothing is written
+-o OUTPUT    write the result to this file; it gets its name when it is complete
+--force      replace OUTPUT if it exists
+--in-place   edit the file itself, which needs no room for a copy. This also serves where a copy
+             cannot take the file's place: in a folder that cannot be written, or for a file with
+             several names (hard links). Disk space is reserved before the first byte changes, which
+             fills the holes of a sparse file. Signals wait until the edit is done. SIGKILL, an I/O
+             error or a power cut in the middle may destroy data of the file for good. A marker,
+             FILE.velmor-core-edit, lies beside the file during the edit. If the edit was
+             interrupted, the marker stays, and no command reads the file by this name until you
+             remove the marker.
 
   velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
 )",
@@ -85,13 +99,13 @@ VALUE   the text itself. In a LIST:INFO group a NUL is stored behind it, as the 
 
 const Command ADD = {
     .name = "add",
-    .synopsis = "[--dry-run] FILE PATH [VALUE|@FILE|@-]",
-    .summary = "Add a chunk or an empty group, in place",
+    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH [VALUE|@FILE|@-]",
+    .summary = "Add a chunk or an empty group",
     .help = R"(
 The last step of PATH names the new chunk, the steps before it the group that it goes into. A chunk
-takes free space (JUNK) of the group where it fits, else it goes behind the group's last chunk. A
+takes free space (JUNK) of the group where it fits, else it goes after the group's last chunk. A
 step with a group id adds an empty group and takes no value. See "velmor-core set --help" for values
-and --dry-run.
+and options.
 
   velmor-core add song.wav RIFF:WAVE/LIST:INFO
   velmor-core add song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
@@ -104,10 +118,10 @@ and --dry-run.
 
 const Command REMOVE = {
     .name = "remove",
-    .synopsis = "[--dry-run] FILE PATH",
-    .summary = "Remove a chunk and all in it, in place; the file becomes shorter",
+    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH",
+    .summary = "Remove a chunk and everything in it; the file becomes shorter",
     .help = R"(
-What lies behind the chunk moves. --dry-run shows the tree as it would be and writes nothing.
+What follows the chunk moves. See "velmor-core set --help" for the options.
 )",
     .minOperands = 2,
     .maxOperands = 2,
@@ -117,11 +131,11 @@ What lies behind the chunk moves. --dry-run shows the tree as it would be and wr
 
 const Command RECYCLE = {
     .name = "recycle",
-    .synopsis = "[--dry-run] FILE PATH",
+    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH",
     .summary = "Turn a chunk into free space (JUNK); nothing moves",
     .help = R"(
-Free chunks beside it are joined with it, and "add" uses the space again. Its data stays in the file
-until it is overwritten. --dry-run shows the tree as it would be and writes nothing.
+Free chunks beside it are joined with it, and "add" uses the space again. The data stays in the file
+until it is overwritten. See "velmor-core set --help" for the options.
 )",
     .minOperands = 2,
     .maxOperands = 2,

@@ -1,5 +1,5 @@
-// What the editing commands share: the file or its copy in memory, values, and edits that check
-// before they change.
+// What the editing commands share: the way of an edit from the file to its result, and edits that
+// check before they change.
 #ifndef VELMOR_CORE_TOOLS_EDITING_H
 #define VELMOR_CORE_TOOLS_EDITING_H
 
@@ -9,51 +9,43 @@
 
 #include "command.h"
 #include "store.h"
+#include "target.h"
+#include "value.h"
 
 namespace tool {
 
 inline constexpr Option DRY_RUN{"--dry-run"};
-inline constexpr std::array EDIT_OPTIONS = {DRY_RUN};
+inline constexpr Option OUTPUT{"-o", true};
+inline constexpr Option FORCE{"--force"};
+inline constexpr Option IN_PLACE{"--in-place"};
+inline constexpr std::array EDIT_OPTIONS = {DRY_RUN, OUTPUT, FORCE, IN_PLACE};
 
-// What a new value consists of.
-struct Value {
-  std::string bytes;
-  bool isText = false;  // typed on the command line, not read from a file
+// An edit in two steps. The first finds the chunks and throws Failure for what cannot be done; it
+// changes nothing. The second, which it returns, changes the bytes.
+using Change = std::function<void()>;
+using Edit = std::function<Change(const Chunk& virtualRoot)>;
 
-  // From a typed word: "@FILE" for the file's bytes, "@-" for standard input, "@@text" for "@text".
-  // All is read here, before anything is changed.
-  explicit Value(const std::string& word);
+// The steps of the edits, for those who know the chunk. The chunk, the group and the value have to
+// live until the change has run.
 
-  // The bytes as they go into a group. Texts in LIST:INFO end in a NUL, as the format has it.
-  std::string in(const Chunk& group) const;
-};
+// Replaces a data chunk's bytes. The chunk takes the new size, and a pad byte is 0.
+Change setValue(const Chunk& chunk, const Value& value);
+// Adds a data chunk to a group; a pad byte is 0.
+Change addValue(const Chunk& group, uint32_t id, const Value& value);
+Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId);
+Change removeChunk(const Chunk& chunk);
+Change recycleChunk(const Chunk& chunk);
 
-// An edit, given the virtual root of the object.
-using Change = std::function<void(const Chunk& virtualRoot)>;
-
-// Runs a change on an object that was opened from a file. What it throws as Failure gets the name
-// of the file and, where the store refused and the file is damaged, the place.
-void applyTo(const std::string& file, const Object& object, const Change& change);
-
-// Opens the file, or with --dry-run a copy of it with `room` bytes to grow, and runs the change on
-// it; shows the tree after a dry run.
-int editFile(const Arguments& arguments, uint64_t room, const Change& change);
-
-// Room that a new value may need in a copy: header, pad byte, and the pad byte that a file may lack
-// at its end.
+// How much an edit can lengthen a file: header, data, and the pad byte that the file may lack at
+// its end.
 uint64_t roomFor(const Value& value);
 constexpr uint64_t ROOM_FOR_GROUP = 16;
-constexpr uint64_t ROOM_FOR_PAD = 1;
+constexpr uint64_t ROOM_FOR_PAD = 2;
 
-// These throw Failure and leave the file as it was, unless it cannot be read or written.
-
-// Replaces a data chunk's bytes; the chunk takes the new size, and a pad byte is 0.
-void setBytes(const Chunk& chunk, const std::string& bytes);
-// Adds a data chunk; a pad byte is 0.
-void addBytes(const Chunk& group, uint32_t id, const std::string& bytes);
-void addGroup(const Chunk& group, uint32_t id, uint32_t groupId);
-void removeChunk(const Chunk& chunk);
-void recycleChunk(const Chunk& chunk);
+// Carries out an edit as the options of the command say: in a copy that replaces the file, in
+// another file, in place, or in memory to show the tree (--dry-run). The first operand is the file,
+// the second the path of the chunk. Returns the exit status.
+int editFile(const Command& command, const Arguments& arguments, uint64_t room, const Edit& edit);
 
 // Fails unless the last data byte of the chunk is there (files may have been cut short).
 void requireAllBytes(const Chunk& chunk);

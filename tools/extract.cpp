@@ -1,5 +1,7 @@
 // velmor-core extract
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <array>
 #include <iostream>
@@ -9,57 +11,120 @@
 #include "command.h"
 #include "editing.h"
 #include "errors.h"
-#include "file.h"
+#include "file_kind.h"
+#include "new_file.h"
+#include "original.h"
 #include "progress.h"
+#include "survey.h"
+#include "terminal.h"
+#include "text.h"
+#include "tree_items.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint32_t BLOCK = 65536;
-constexpr Option OUTPUT{"-o", true};
-constexpr std::array OPTIONS = {OUTPUT};
+constexpr uint64_t BLOCK = 1 << 16;
+constexpr std::array OPTIONS = {OUTPUT, FORCE};
 
-// Hands a chunk's data, piece by piece, to write(bytes, count).
-template <typename Write>
-void copyData(const Chunk& chunk, Write write) {
-  Progress progress("extracting " + chunk.name(), chunk.dataSize());
-  std::vector<char> block(std::min(chunk.dataSize(), BLOCK));
-  for (uint32_t done = 0; done < chunk.dataSize();) {
-    const uint32_t piece = std::min(chunk.dataSize() - done, BLOCK);
-    if (velmor_core_riff_chunk_get_data(chunk.handle(), block.data(), piece, done) !=
-        VELMOR_CORE_SUCCESS) {
-      throw Failure(chunk.name() + " cannot be read");
+using Write = std::function<void(const char* bytes, std::size_t count)>;
+
+// A data chunk's bytes in the file.
+class Data {
+ public:
+  Data(const File& file, const RawChunk& chunk) : file(file), chunk(chunk) {}
+
+  // Hands them over piece by piece.
+  void copyTo(const Write& write) const {
+    const uint64_t size = chunk.dataSize;
+    Progress progress("extracting " + idText(chunk.id), size);
+    std::vector<char> block(std::min(size, BLOCK));
+    for (uint64_t done = 0; done < size; done += block.size()) {
+      block.resize(std::min(size - done, BLOCK));
+      file.readAll(block.data(), block.size(), chunk.dataOffset() + done);
+      write(block.data(), block.size());
+      progress.at(done);
     }
-    write(block.data(), piece);
-    done += piece;
-    progress.at(done);
   }
+
+ private:
+  const File& file;
+  RawChunk chunk;
+};
+
+// Whether a terminal may take some of the bytes for commands. NULs, which texts end in, do nothing.
+bool steersTerminal(std::string text) {
+  std::ranges::replace_if(
+      text, [](char byte) { return byte == '\0' || byte == '\n' || byte == '\t'; }, ' ');
+  return printable(text) != text;
 }
 
-void extract(const Chunk& chunk, const std::optional<std::string>& output) {
-  if (chunk.isGroup()) throw Failure(chunk.name() + " is a group: extract the chunks in it");
-  requireAllBytes(chunk);
-  if (output) {
-    File file(*output, File::CREATE);
-    copyData(chunk, [&](const char* bytes, uint32_t count) { file.write(bytes, count); });
-    file.close();
-  } else {
-    copyData(chunk, [](const char* bytes, uint32_t count) {
-      if (!std::cout.write(bytes, count)) throw Failure("cannot write the output");
+void printData(const Data& data, bool mayBeBinary) {
+  if (outputIsTerminal() && !mayBeBinary) {
+    data.copyTo([](const char* bytes, std::size_t count) {
+      if (steersTerminal({bytes, count})) {
+        throw Failure(
+            "the data may confuse the terminal: -o writes it to a file, --force prints it");
+      }
     });
+  }
+  data.copyTo([](const char* bytes, std::size_t count) {
+    std::cout.write(bytes, static_cast<std::streamsize>(count));
+    if (!std::cout) throw Failure("cannot write the output");
+  });
+}
+
+// A device or a named pipe takes the data as it comes.
+void writeThrough(const Data& data, const std::string& output) {
+  Descriptor opened(::open(output.c_str(), O_WRONLY | O_CLOEXEC));
+  if (!opened) throw Failure(output, systemError());
+  const File file(output, std::move(opened));
+  data.copyTo([&](const char* bytes, std::size_t count) { file.write(bytes, count); });
+}
+
+void writeData(const Data& data, const std::string& name, bool mayReplace) {
+  constexpr mode_t PERMISSIONS = 0666;
+  struct stat status {};
+  if (::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    return writeThrough(data, name);
+  }
+  const Output output(name, mayReplace);
+  NewFile file(output.path, output.replaced());
+  data.copyTo([&](const char* bytes, std::size_t count) { file.get().write(bytes, count); });
+  file.complete(PERMISSIONS);
+  file.publish();
+}
+
+// The data chunk that a path names. Its headers are read as they stand: damage elsewhere in the
+// file does not matter.
+RawChunk findData(const Original& original, const ChunkPath& path) {
+  RawBytes bytes(original.get());
+  requireRiff(original.name(), bytes);
+  try {
+    const RawNode found = path.find(RawNode::virtualRoot(bytes));
+    if (found.isGroup()) throw Failure(found.name() + " is a group: extract the chunks in it");
+    if (found.chunk().dataEnd() <= std::min(found.limit(), bytes.size())) return found.chunk();
+    throw Failure(found.name() + " cannot be read to its end");
+  } catch (const Failure& failure) {
+    const auto damage = firstDamage(original.name(), bytes);
+    throw Failure(original.name(), failure.what() + (damage ? ": " + findingText(*damage) : ""));
   }
 }
 
 int runExtract(const Arguments& arguments) {
-  const std::string& file = arguments[0];
+  const std::string& name = arguments[0];
   const ChunkPath path(arguments[1]);
   const std::optional<std::string> output = arguments.value(OUTPUT.name);
-  if (output && isSameFile(file, *output)) {
+  if (output && isSameFile(name, *output)) {
     throw UsageError("the data cannot be written over the file that it comes from");
   }
-  const Object object = openFile(file, VELMOR_CORE_RIFF_READ_ONLY);
-  applyTo(file, object, [&](const Chunk& root) { extract(path.find(root), output); });
+  const Original original(name, Original::LOOK);
+  const Data data(original.get(), findData(original, path));
+  if (output) {
+    writeData(data, *output, arguments.has(FORCE.name));
+  } else {
+    printData(data, arguments.has(FORCE.name));
+  }
   return 0;
 }
 
@@ -67,12 +132,13 @@ int runExtract(const Arguments& arguments) {
 
 const Command EXTRACT = {
     .name = "extract",
-    .synopsis = "FILE PATH [-o OUTPUT]",
+    .synopsis = "FILE PATH [-o OUTPUT] [--force]",
     .summary = "Write the data of a chunk to standard output or a file",
     .help = R"(
-The bytes come as they are stored, without header and pad byte, also the NUL behind a text.
+The bytes come as they are stored, without header and pad byte. A NUL after a text is one of them.
 
--o OUTPUT   write to this file, which is created or emptied first
+-o OUTPUT   write to this file; it gets its name when it is complete
+--force     replace OUTPUT if it exists; without -o, print bytes that may confuse the terminal
 
   velmor-core extract song.wav RIFF:WAVE/data -o samples.raw
 )",

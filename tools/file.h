@@ -1,42 +1,82 @@
-// A regular file's bytes, for what the store does not do: reasons, values and raw headers.
+// A regular file's bytes, read and written with reasons.
 #ifndef VELMOR_CORE_TOOLS_FILE_H
 #define VELMOR_CORE_TOOLS_FILE_H
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace tool {
 
-// An open descriptor, closed by its owner. Every failure throws Failure with the file's name.
+// Owns a descriptor; -1 stands for none.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int descriptor) : descriptor(descriptor) {}
+  Descriptor(Descriptor&& other) noexcept : descriptor(std::exchange(other.descriptor, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(descriptor, other.descriptor);
+    return *this;
+  }
+  ~Descriptor() { close(); }
+
+  int get() const { return descriptor; }
+  explicit operator bool() const { return descriptor != -1; }
+  // Returns false, with errno set, for what only shows when a file is closed (a full network disk,
+  // say). Does nothing a second time.
+  bool close();
+
+ private:
+  int descriptor = -1;
+};
+
+// An open file. Every failure throws Failure with the file's name, the system's reason and the
+// offset. Calls that a signal interrupts are repeated.
 class File {
  public:
-  enum Mode { READ, READ_WRITE, CREATE, CREATE_NEW };
+  enum Mode { READ, READ_WRITE };
 
-  // READ and READ_WRITE want an existing regular file; CREATE takes anything that can be written
-  // and empties it; CREATE_NEW fails if the file exists, and reads and writes.
+  // Opens an existing regular file.
   File(const std::string& name, Mode mode);
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  ~File();
+  // Takes over a descriptor; the name is for messages.
+  File(std::string name, Descriptor descriptor)
+      : fileName(std::move(name)), file(std::move(descriptor)) {}
 
-  uint64_t size() const;
+  const std::string& name() const { return fileName; }
+  int descriptor() const { return file.get(); }
+  uint64_t size() const { return static_cast<uint64_t>(status().st_size); }
+  struct stat status() const;
   // Reads up to `length` bytes at `offset`; returns how many there were.
   uint64_t read(void* bytes, uint64_t length, uint64_t offset) const;
   // The same, but all of them have to be there.
   void readAll(void* bytes, uint64_t length, uint64_t offset) const;
+  // The offset of the first byte at or after `offset` that is not in a hole; size() if all are.
+  // Where the file system knows no holes, `offset`. Moves the position of write().
+  uint64_t nextData(uint64_t offset) const;
+  // Writes at the descriptor's position.
   void write(const void* bytes, uint64_t length) const;
   void writeAt(const void* bytes, uint64_t length, uint64_t offset) const;
   void resize(uint64_t length) const;
-  // Reports what only shows when a file is closed (a full network disk, say).
+  // Returns once the bytes are on the disk.
+  void sync() const;
   void close();
 
  private:
-  std::string name;
-  int descriptor;
+  std::string fileName;
+  Descriptor file;
 };
+
+// The status of what a name leads to; throws Failure if there is nothing.
+struct stat statusOf(const std::string& name);
+
+// The name without symbolic links; as it is if it cannot be followed.
+std::string realPath(const std::string& name);
 
 // Whether two names lead to the same existing file.
 bool isSameFile(const std::string& first, const std::string& second);
+bool isSameFile(const struct stat& first, const struct stat& second);
 
 }  // namespace tool
 

@@ -1,4 +1,4 @@
-// velmor-core: shows RIFF files as trees of chunks and edits them in place.
+// velmor-core: shows RIFF files as trees of chunks and edits them.
 
 #include <algorithm>
 #include <array>
@@ -9,6 +9,8 @@
 
 #include "command.h"
 #include "errors.h"
+#include "signals.h"
+#include "terminal.h"
 
 namespace tool {
 namespace {
@@ -18,9 +20,14 @@ constexpr std::array COMMANDS = {&TREE,   &EXTRACT, &SET, &ADD,  &REMOVE, &RECYC
 
 constexpr std::string_view OVERVIEW_TAIL = R"(
 A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a
-chunk id, for groups also with the group id behind a colon. Ids shorter than four characters are
+chunk id, for groups also with the group id after a colon. Ids shorter than four characters are
 padded with spaces ("fmt" is "fmt "). Where several chunks fit a step, a number picks one of them,
 counted from 1: RIFF/LIST[2]/data. In an id, \xHH stands for the byte with that hexadecimal value.
+
+Every command that changes a file leaves either the old file or the new one, whole, whatever happens:
+a signal, a full disk, an I/O error, a power cut or another program at work. The edit is made in a
+copy, which takes the file's place when it is complete and on the disk. Only --in-place cannot
+promise this; there, an edit that was interrupted is marked. "velmor-core set --help" tells more.
 
 Exit status: 0 done, 1 failed, 2 wrong use; of "check" also 3, a file that cannot be read.
 "velmor-core COMMAND --help" tells more about a command.
@@ -28,7 +35,7 @@ Exit status: 0 done, 1 failed, 2 wrong use; of "check" also 3, a file that canno
 
 void printOverview() {
   constexpr int NAME_WIDTH = 10;
-  std::cout << "Look into RIFF files (WAV, AVI, WebP and others) and edit them in place.\n\n"
+  std::cout << "Look into RIFF files (WAV, AVI, WebP and others) and edit them.\n\n"
             << "Usage: velmor-core COMMAND [ARGUMENT...]\n\nCommands:\n";
   for (const Command* command : COMMANDS) {
     std::cout << "  " << std::left << std::setw(NAME_WIDTH) << command->name << command->summary
@@ -101,12 +108,13 @@ int finish(int status) {
 
 int main(int argc, char** argv) {
   try {
+    tool::handleSignals();
     std::ios::sync_with_stdio(false);
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     return tool::finish(tool::run(words));
   } catch (const tool::UsageError& error) {
     tool::complain(error.what());
-    std::cerr << "\"velmor-core --help\" tells how it is used.\n";
+    tool::printMessage("\"velmor-core --help\" tells how it is used.");
     return 2;
   } catch (const std::bad_alloc&) {
     tool::complain("out of memory");

@@ -1,14 +1,14 @@
 // velmor-core num
 
-#include <velmor_core/str_to.h>
-
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <iostream>
+#include <velmor_core/str_to.hpp>
 
 #include "command.h"
 #include "errors.h"
+#include "text.h"
 
 namespace tool {
 
@@ -25,20 +25,20 @@ std::string shortest(double value) {
 }
 
 void showNumber(const std::string& text) {
-  double value = 0;
-  int64_t asSigned = 0;
-  uint64_t asUnsigned = 0;
-  if (!velmor_core_str_to_f64(text.c_str(), &value)) {
-    throw Failure("\"" + text + "\" is no number");
-  }
-  std::cout << text << "\n  double    " << shortest(value) << '\n';
-  if (value >= -TWO_TO_63 && value < TWO_TO_63 && velmor_core_str_to_i64(text.c_str(), &asSigned)) {
-    std::cout << "  signed    " << asSigned << '\n';
+  using velmor_core::toNumber;
+  const auto value = toNumber<double>(text, std::nothrow);
+  if (!value) throw Failure("\"" + text + "\" is no number");
+  std::cout << printable(text) << "\n  double    " << shortest(*value) << '\n';
+  if (*value >= -TWO_TO_63 && *value < TWO_TO_63) {
+    if (const auto number = toNumber<int64_t>(text, std::nothrow)) {
+      std::cout << "  signed    " << *number << '\n';
+    }
   }
   // Integers from 2^63 on come as negative doubles, so a negative value may well be meant.
-  if (value >= -TWO_TO_63 && value < 2 * TWO_TO_63 &&
-      velmor_core_str_to_u64(text.c_str(), &asUnsigned)) {
-    std::cout << "  unsigned  " << asUnsigned << '\n';
+  if (*value >= -TWO_TO_63 && *value < 2 * TWO_TO_63) {
+    if (const auto number = toNumber<uint64_t>(text, std::nothrow)) {
+      std::cout << "  unsigned  " << *number << '\n';
+    }
   }
 }
 

@@ -1,12 +1,12 @@
 // velmor-core cpu and version
 
 #include <velmor_core/cpu.h>
-#include <velmor_core/frame.h>
 #include <velmor_core/memory.h>
 
 #include <array>
 #include <iostream>
 #include <string>
+#include <velmor_core/frame.hpp>
 
 #include "command.h"
 
@@ -50,7 +50,7 @@ constexpr std::array FEATURES = {
 };
 
 int runCpu(const Arguments& /*arguments*/) {
-  velmor_core_init();
+  const velmor_core::Library library;
   std::cout << "processors: " << velmor_core_cpu_get_count() << '\n'
             << "memory:     " << velmor_core_memory_get_physical_size() << " bytes\n"
             << "features:  ";
@@ -58,7 +58,6 @@ int runCpu(const Arguments& /*arguments*/) {
     if (feature.present()) std::cout << ' ' << feature.name;
   }
   std::cout << '\n';
-  velmor_core_fini();
   return 0;
 }
 

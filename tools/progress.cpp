@@ -1,12 +1,15 @@
+// How far a long piece of work has come, for somebody who waits at a terminal.
+
 #include "progress.h"
 
-#include <unistd.h>
-
 #include <condition_variable>
-#include <iostream>
 #include <mutex>
 #include <string_view>
 #include <system_error>
+
+#include "signals.h"
+#include "terminal.h"
+#include "text.h"
 
 namespace tool {
 
@@ -14,29 +17,26 @@ namespace {
 
 constexpr std::chrono::milliseconds FIRST{1000};
 constexpr std::chrono::milliseconds INTERVAL{200};
-constexpr std::string_view CLEAR_LINE = "\r\x1b[K";
-
-bool isWatched() { return ::isatty(STDERR_FILENO) == 1; }
-
 void countSeconds(const std::stop_token& stop, const std::string& what) {
   std::mutex mutex;
-  std::unique_lock lock(mutex);
+  // The wait below wants a lock; nobody else takes it.
+  std::unique_lock lock(mutex);  // cppcheck-suppress localMutex
   std::condition_variable_any never;
   for (int seconds = 0;; ++seconds) {
-    if (seconds > 0) std::cerr << '\r' << what << ": " << seconds << " s" << std::flush;
+    if (seconds > 0) showProgressLine(what + ": " + std::to_string(seconds) + " s");
     never.wait_for(lock, stop, std::chrono::seconds(1), [] { return false; });
     if (!stop.stop_requested()) continue;
-    if (seconds > 0) std::cerr << CLEAR_LINE << std::flush;
+    if (seconds > 0) clearProgressLine();
     return;
   }
 }
 
 }  // namespace
 
-Progress::Progress(std::string what, uint64_t total)
-    : what(std::move(what)),
+Progress::Progress(const std::string& what, uint64_t total)
+    : what(printable(what)),
       total(total),
-      watched(isWatched()),
+      watched(errorsAreSeen()),
       next(std::chrono::steady_clock::now() + FIRST) {}
 
 void Progress::show(uint64_t done) {
@@ -44,18 +44,20 @@ void Progress::show(uint64_t done) {
   if (now < next || total == 0) return;
   next = now + INTERVAL;
   shown = true;
-  std::cerr << '\r' << what << ": " << done / (total / 100 + 1) << "%\x1b[K" << std::flush;
+  showProgressLine(what + ": " + std::to_string(done / (total / 100 + 1)) + "%");
 }
 
 void Progress::clear() {
-  if (shown) std::cerr << CLEAR_LINE << std::flush;
+  if (shown) clearProgressLine();
   shown = false;
 }
 
 Waiting::Waiting(const std::string& what) {
-  if (!isWatched()) return;
+  if (!errorsAreSeen()) return;
+  const SignalsWait wait;  // the thread inherits this: signals reach the one that works
   try {
-    thread = std::jthread([what](const std::stop_token& stop) { countSeconds(stop, what); });
+    thread = std::jthread(
+        [text = printable(what)](const std::stop_token& stop) { countSeconds(stop, text); });
   } catch (const std::system_error&) {
     // No thread to be had; the work itself needs none.
   }

@@ -13,7 +13,7 @@ namespace tool {
 // work takes longer than a second; takes it away at the end.
 class Progress {
  public:
-  Progress(std::string what, uint64_t total);
+  Progress(const std::string& what, uint64_t total);
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   ~Progress() { clear(); }
@@ -22,7 +22,7 @@ class Progress {
   void at(uint64_t done) {
     if (watched) show(done);
   }
-  // Takes the line away, in front of other output. It comes back by itself.
+  // Takes the line away, before other output. It comes back by itself.
   void clear();
 
  private:
@@ -35,13 +35,13 @@ class Progress {
   std::chrono::steady_clock::time_point next;  // when the line is due again
 };
 
-// The same for a single long call, which cannot tell how far it is: "hashing song.wav: 3 s".
+// The same for a single long call, of which nobody knows how far it is: "hashing song.wav: 3 s".
 class Waiting {
  public:
   explicit Waiting(const std::string& what);
 
  private:
-  std::jthread thread;  // none where nobody watches; ends with this
+  std::jthread thread;  // none where nobody watches
 };
 
 }  // namespace tool

@@ -1,7 +1,5 @@
 // velmor-core repair
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <iostream>
@@ -10,9 +8,10 @@
 #include "command.h"
 #include "errors.h"
 #include "file.h"
+#include "file_kind.h"
 #include "progress.h"
-#include "raw_file.h"
 #include "survey.h"
+#include "target.h"
 #include "text.h"
 
 namespace tool {
@@ -20,21 +19,19 @@ namespace tool {
 namespace {
 
 constexpr Option OUTPUT{"-o", true};
+constexpr Option FORCE{"--force"};
 constexpr Option IN_PLACE{"--in-place"};
+constexpr Option KEEP_TRAILING{"--keep-trailing"};
 constexpr Option DROP_TRAILING{"--drop-trailing"};
-constexpr std::array OPTIONS = {OUTPUT, IN_PLACE, DROP_TRAILING};
+constexpr std::array OPTIONS = {OUTPUT, FORCE, IN_PLACE, KEEP_TRAILING, DROP_TRAILING};
 
 constexpr uint32_t ID_TAIL = VELMOR_CORE_RIFF_ID('t', 'a', 'i', 'l');
-constexpr uint64_t MAX_SIZE = 0xFFFF'FFFE;
+// A header for what belongs to no chunk, and a pad byte.
+constexpr uint64_t ROOM = HEADER_SIZE + 2;
 constexpr uint64_t BLOCK = 1 << 20;
 
-std::array<uint8_t, 4> littleEndian(uint32_t number) {
-  std::array<uint8_t, 4> bytes{};
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(number >> 8 * i);
-  return bytes;
-}
-
-// Moves bytes towards the end of a file, the last ones first, so that none is lost.
+// Moves bytes towards the end of a file, the last ones first, so that none is overwritten before it
+// is moved.
 void moveUp(const File& file, uint64_t begin, uint64_t end, uint64_t distance) {
   Progress progress("moving bytes", end - begin);
   std::vector<char> block(std::min(BLOCK, end - begin));
@@ -47,110 +44,70 @@ void moveUp(const File& file, uint64_t begin, uint64_t end, uint64_t distance) {
   }
 }
 
-// Carries out what a survey has found necessary, and says so line by line.
-class Mender {
+// Carries out the plan of a survey.
+class Repairer {
  public:
-  Mender(const std::string& name, const File& file, const Survey& survey)
-      : name(name), file(file), survey(survey) {}
+  Repairer(const Survey& survey, bool dropTrailing)
+      : plan(survey.plan),
+        fileSize(survey.fileSize),
+        trailing(survey.trailing()),
+        dropTrailing(dropTrailing) {}
 
   // What makes the file longer comes first: that is where an edit usually fails.
-  void mend(bool dropTrailing) const {
-    if (survey.trailing() > 0) {
-      if (dropTrailing) {
-        drop();
-      } else {
-        wrap();
-      }
+  void repair(const File& file) const {
+    if (trailing > 0 && dropTrailing) {
+      file.resize(plan.end);
+    } else if (trailing > 0) {
+      wrapTrailing(file);
     }
-    if (survey.remedy.padIsMissing) {
-      writeZero(survey.fileSize);
-      say("added the pad byte that was missing", survey.fileSize);
+    if (plan.padIsMissing) writeZero(file, fileSize);
+    for (const RawBytes::Patch& size : plan.sizes) {
+      const auto field = littleEndianBytes(size.dataSize);
+      file.writeAt(field.data(), field.size(), size.offset + field.size());
     }
-    for (const Remedy::Size& size : survey.remedy.sizes) setSize(size);
-    for (const uint64_t offset : survey.remedy.stalePads) {
-      writeZero(offset);
-      say("set the pad byte to 0", offset);
+  }
+
+  // Says what was done to the file of that name, a line for each change. `bytes` are the
+  // original's.
+  void print(const std::string& name, RawBytes& bytes) const {
+    const auto say = [&](const std::string& what, uint64_t offset) {
+      std::cout << printable(name) << ": " << what << " (at offset " << offset << ")\n";
+    };
+    if (trailing > 0) {
+      say((dropTrailing ? "dropped " : "kept ") + counted(trailing, "byte") +
+              " that belonged to no chunk" + (dropTrailing ? "" : ", in a chunk tail"),
+          plan.end);
+    }
+    if (plan.padIsMissing) say("added the pad byte that was missing", fileSize);
+    for (const RawBytes::Patch& size : plan.sizes) {
+      say("set the size of " + idText(bytes.chunkAt(size.offset).id) + " to " +
+              std::to_string(size.dataSize),
+          size.offset);
     }
   }
 
  private:
-  void drop() const {
-    file.resize(survey.remedy.end);
-    say("dropped " + counted(survey.trailing(), "byte") + " that belonged to no chunk",
-        survey.remedy.end);
-  }
-
   // Gives bytes that belong to no chunk a header. They stay the last bytes of the file, where those
   // who know about them look for them.
-  void wrap() const {
-    const uint64_t start = survey.remedy.end;
-    const uint64_t size = survey.trailing();
-    moveUp(file, start, survey.fileSize, HEADER_SIZE);
-    if (size % 2 == 1) writeZero(survey.fileSize + HEADER_SIZE);
-    const auto length = littleEndian(static_cast<uint32_t>(size));
-    file.writeAt(littleEndian(ID_TAIL).data(), length.size(), start);
-    file.writeAt(length.data(), length.size(), start + length.size());
-    say("kept " + counted(size, "byte") + " that belonged to no chunk, in a chunk tail", start);
+  void wrapTrailing(const File& file) const {
+    moveUp(file, plan.end, fileSize, HEADER_SIZE);
+    if (trailing % 2 == 1) writeZero(file, fileSize + HEADER_SIZE);
+    const auto id = littleEndianBytes(ID_TAIL);
+    const auto size = littleEndianBytes(static_cast<uint32_t>(trailing));
+    file.writeAt(id.data(), id.size(), plan.end);
+    file.writeAt(size.data(), size.size(), plan.end + id.size());
   }
 
-  void setSize(const Remedy::Size& wanted) const {
-    std::array<uint8_t, 4> id{};
-    file.readAll(id.data(), id.size(), wanted.offset);
-    const auto size = littleEndian(wanted.size);
-    file.writeAt(size.data(), size.size(), wanted.offset + id.size());
-    say("set the size of " + idText(VELMOR_CORE_RIFF_ID(id[0], id[1], id[2], id[3])) + " to " +
-            std::to_string(wanted.size),
-        wanted.offset);
-  }
-
-  void writeZero(uint64_t offset) const {
+  static void writeZero(const File& file, uint64_t offset) {
     const char zero = 0;
     file.writeAt(&zero, 1, offset);
   }
 
-  void say(const std::string& what, uint64_t offset) const {
-    std::cout << name << ": " << what << " (at offset " << offset << ")\n";
-  }
-
-  const std::string& name;
-  const File& file;
-  const Survey& survey;
+  const RepairPlan& plan;
+  uint64_t fileSize;
+  uint64_t trailing;
+  bool dropTrailing;
 };
-
-// A new file, which is removed again unless it is kept.
-class NewFile {
- public:
-  explicit NewFile(const std::string& name) : name(name), file(name, File::CREATE_NEW) {}
-  NewFile(const NewFile&) = delete;
-  NewFile& operator=(const NewFile&) = delete;
-  ~NewFile() {
-    if (!kept) ::unlink(name.c_str());
-  }
-  const File& get() const { return file; }
-  void keep() {
-    file.close();
-    kept = true;
-  }
-
- private:
-  std::string name;
-  File file;
-  bool kept = false;
-};
-
-void copyAll(const std::string& from, const File& to) {
-  const File source(from, File::READ);
-  const uint64_t size = source.size();
-  Progress progress("copying " + from, size);
-  std::vector<char> block(std::min(BLOCK, size));
-  for (uint64_t done = 0; done < size;) {
-    const uint64_t count = std::min(size - done, BLOCK);
-    source.readAll(block.data(), count, done);
-    to.write(block.data(), count);
-    done += count;
-    progress.at(done);
-  }
-}
 
 // song.wav becomes song.repaired.wav
 std::string repairedName(const std::string& file) {
@@ -161,42 +118,93 @@ std::string repairedName(const std::string& file) {
          (hasEnding ? file.substr(dot) : "");
 }
 
-// Throws Failure unless all that is wrong has one right answer.
-Survey requireRemedy(const std::string& file) {
-  Survey survey = surveyFile(file, [&](const Finding& finding) {
-    if (!finding.hasRemedy) complain(file + ": " + findingText(finding));
+struct Wishes {
+  bool keepTrailing;
+  bool dropTrailing;
+};
+
+// Surveys a file and says its warnings, which stay. Throws Failure unless all that is damaged has
+// one right answer, or the user has given it.
+Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes& wishes) {
+  requireRiff(file, bytes);
+  constexpr std::size_t SHOWN = 100;
+  std::vector<Finding> doubts;
+  Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
+    if (finding.isWarning()) complain(file + ": warning: " + findingText(finding));
+    if (finding.isDoubtful() && doubts.size() < SHOWN) doubts.push_back(finding);
   });
-  if (survey.withoutRemedy > 0) {
-    throw Failure(file, "not repaired: what is named above has no single right answer");
+  uint64_t doubtful = survey.doubtful;
+  if (survey.trailingIsDoubtful && (wishes.keepTrailing || wishes.dropTrailing)) {
+    --doubtful;
+    std::erase_if(doubts, [&](const Finding& doubt) { return doubt.offset == survey.plan.end; });
   }
+  for (const Finding& doubt : doubts) complain(file + ": " + findingText(doubt));
+  if (doubtful == 0) return survey;
+  const bool canDecide = survey.trailingIsDoubtful && doubtful == 1;
+  throw Failure(file, std::string("not repaired: what is named above has no single right answer") +
+                          (canDecide ? " (see --keep-trailing and --drop-trailing)" : ""));
+}
+
+void requireSound(const std::string& file, RawBytes& repaired) {
+  if (const auto damage = firstDamage(file, repaired)) {
+    throw Failure(file, "not repaired: it would still be damaged: " + findingText(*damage));
+  }
+}
+
+// Throws Failure unless the file will be sound when the plan has been carried out. The bytes are
+// shown with the plan's changes from then on.
+void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& survey) {
+  const RepairPlan& plan = survey.plan;
   if (survey.trailing() > MAX_SIZE) {
     throw Failure(file, "not repaired: more than 4 GiB belong to no chunk");
   }
-  return survey;
+  if (plan.claimed) {
+    if (const auto hidden = hiddenChunk(*plan.claimed, bytes)) {
+      throw Failure(file, "not repaired: the chunk whose size is wrong would swallow " +
+                              idText(bytes.chunkAt(*hidden).id) + " (at offset " +
+                              std::to_string(*hidden) + ")");
+    }
+  }
+  std::vector<RawBytes::Patch> sizes(plan.sizes.begin(), plan.sizes.end());
+  std::ranges::sort(sizes, {}, &RawBytes::Patch::offset);
+  bytes.patch(std::move(sizes), plan.end + (plan.padIsMissing ? 1 : 0));
+  requireSound(file, bytes);
 }
 
 int runRepair(const Arguments& arguments) {
   const std::string& file = arguments[0];
   const std::optional<std::string> output = arguments.value(OUTPUT.name);
-  const bool dropTrailing = arguments.has(DROP_TRAILING.name);
+  const Wishes wishes{arguments.has(KEEP_TRAILING.name), arguments.has(DROP_TRAILING.name)};
   const bool inPlace = arguments.has(IN_PLACE.name);
   if (output && inPlace) throw UsageError("-o and --in-place exclude each other");
-  const Survey survey = requireRemedy(file);
-  if (survey.isClean() && !output) {
-    std::cout << file << ": sound, nothing to repair\n";
+  if (wishes.keepTrailing && wishes.dropTrailing) {
+    throw UsageError("--keep-trailing and --drop-trailing exclude each other");
+  }
+  const Original original(file, inPlace ? Original::EDIT : Original::COPY);
+  RawBytes bytes(original.get());
+  const Survey survey = requireRepairable(file, bytes, wishes);
+  const bool nothingToDo = survey.plan.isEmpty(survey.fileSize);
+  if (nothingToDo && !output) {
+    std::cout << printable(file) << ": sound, nothing to repair\n";
     return 0;
   }
-  if (inPlace) {
-    File target(file, File::READ_WRITE);
-    Mender(file, target, survey).mend(dropTrailing);
-    target.close();
-  } else {
-    const std::string name = output.value_or(repairedName(file));
-    NewFile target(name);
-    copyAll(file, target.get());
-    Mender(name, target.get(), survey).mend(dropTrailing);
-    target.keep();
-    if (survey.isClean()) std::cout << file << ": sound, copied to " << name << '\n';
+  requireGoodPlan(file, bytes, survey);
+  const std::string name = inPlace ? file : output.value_or(repairedName(file));
+  const auto target = inPlace ? editInPlace(original, ROOM, "repair")
+                              : writeOutput(original, name, arguments.has(FORCE.name));
+  const Repairer repairer(survey, wishes.dropTrailing);
+  try {
+    target->begin();
+    repairer.repair(target->file());
+    RawBytes result(target->file());
+    requireSound(file, result);
+    target->finish();
+  } catch (const Failure& failure) {
+    throw Failure(failure.what() + target->consequence());
+  }
+  repairer.print(name, bytes);
+  if (nothingToDo) {
+    std::cout << printable(file) << ": sound, copied to " << printable(name) << '\n';
   }
   return 0;
 }
@@ -205,21 +213,27 @@ int runRepair(const Arguments& arguments) {
 
 const Command REPAIR = {
     .name = "repair",
-    .synopsis = "FILE [-o OUTPUT | --in-place] [--drop-trailing]",
-    .summary = "Mend what has one right answer, in a copy",
+    .synopsis = "FILE [-o OUTPUT [--force] | --in-place] [--keep-trailing | --drop-trailing]",
+    .summary = "Repair what has one right answer, in a copy",
     .help = R"(
-Sets the sizes of unfinished streams, of chunks that were cut short and of the groups around them to
-the bytes that are there, adds the pad byte that is missing at the end, and sets pad bytes to 0. No
-byte of data is changed or lost; "velmor-core check" then finds nothing. If anything is wrong that
-has more than one answer (a chunk that ends behind its group, say), nothing is written at all.
+Changes size fields and nothing else: of streams that were never finished, of chunks that the end of
+the file cuts short, and of the groups around them. Adds the pad byte that is missing at the end. A
+size is set only where that explains all bytes that follow. No byte of data is changed or lost. The
+result is checked before it gets its name: "velmor-core check" finds no damage in it.
 
-Bytes behind the last group, such as a tag, or what is left of a header, belong to no chunk. They
-are kept as the data of a top-level chunk "tail" at the end of the file.
+If any damage has more than one answer (a chunk that ends past the end of its group, say), it is
+named with its offset, and nothing is written. Warnings of "check" are left alone.
 
--o OUTPUT         write to this file, which must not exist, also if there is nothing to repair;
-                  otherwise song.wav is written to song.repaired.wav
---in-place        write to the file itself; interrupted, this leaves it half mended
---drop-trailing   drop the bytes that belong to no chunk
+Bytes after the last chunk that are a tag (ID3v1, ID3v2, APE), or a chunk header that the end of the
+file cuts short, are kept as the data of a top-level chunk "tail" at the end of the file. Of other
+bytes you have to decide: they may be data of the last chunk, left there by an interrupted edit.
+
+-o OUTPUT         write to this file, also if there is nothing to repair; otherwise song.wav is
+                  written to song.repaired.wav
+--force           replace OUTPUT if it exists
+--in-place        write to the file itself; see "velmor-core set --help"
+--keep-trailing   keep any bytes after the last chunk, in a chunk "tail"
+--drop-trailing   drop any bytes after the last chunk
 )",
     .minOperands = 1,
     .maxOperands = 1,

@@ -1,75 +1,43 @@
+// Opens a file's chunks, and says why a call on them failed.
+
 #include "store.h"
 
-#include "errors.h"
-#include "file.h"
-#include "survey.h"
+#include <cstring>
 
 namespace tool {
 
 namespace {
 
-constexpr uint64_t GROUP_HEADER_SIZE = 12;
-
-// Why the store refuses a file that can be opened and read.
-[[noreturn]] void throwRefused(const std::string& file) {
-  if (const auto damage = firstDamage(file)) throw Failure(file, findingText(*damage));
-  throw Failure(file, "cannot be read");
+std::string reasonOf(const Refused& refused, const std::optional<Finding>& damage) {
+  if (refused.systemError() != 0) return std::strerror(refused.systemError());  // NOLINT: no race
+  return damage ? findingText(*damage) : "the file cannot be changed";
 }
 
 }  // namespace
 
-Object openFile(const std::string& file, int32_t mode) {
-  // Says why a file does not open; the store's own result has no room for reasons.
-  const File probe(file, mode == VELMOR_CORE_RIFF_READ_ONLY ? File::READ : File::READ_WRITE);
-  // What the store is going to refuse can take it long, and all memory: it reads on to the end.
-  if (const auto damage = firstDamage(file); damage && damage->isFatal) {
-    throw Failure(file, findingText(*damage));
-  }
-  Object object = Object::openFile(file, static_cast<velmor_core::OpenMode>(mode), std::nothrow);
-  if (!object) throwRefused(file);
-  return object;
+Opened::Opened(const std::string& name, Original::Purpose purpose, uint64_t room)
+    : source(name, purpose), mapping(source.get(), source.size(), room) {
+  RawBytes raw(source.get());
+  firstFound = requireOpenable(name, raw);
+  explain([this] {
+    chunks = required("read the chunks", [this] {
+      const std::span<char> memory = mapping.bytes();
+      return Object::openBuffer(memory, source.size(), std::nothrow);
+    });
+  });
 }
 
-Copy openCopy(const std::string& file, uint64_t room) {
-  const File source(file, File::READ);
-  const uint64_t size = source.size();
-  Copy copy{std::vector<char>(size + room), Object()};
-  source.readAll(copy.bytes.data(), size, 0);
-  copy.object = Object::openBuffer(copy.bytes, size, std::nothrow);
-  if (!copy.object) throwRefused(file);
-  return copy;
-}
-
-TreeWalk::TreeWalk(const Object& object, const Chunk& start)
-    : first(start), current(virtualRoot(object)) {}
-
-bool TreeWalk::next() {
-  while (!isInside && first) {
-    if (!advance()) return false;
-    isInside = current == first;
-    firstDepth = depth;
-    if (isInside) return true;
+void Opened::explain(const std::function<void()>& work) const {
+  try {
+    work();
+  } catch (const Refused& refused) {
+    mapping.requireIntact();
+    throw Failure(source.name(), refused.what() + (": " + reasonOf(refused, firstFound)));
+  } catch (const Failure& failure) {
+    mapping.requireIntact();
+    throw Failure(source.name(), failure.what());
   }
-  return advance() && (!first || depth > firstDepth);
-}
-
-bool TreeWalk::advance() {
-  Chunk following = current.firstChild();
-  if (following) {
-    ++depth;
-  } else {
-    following = current.next();
-    while (!following && depth > 0) {
-      current = current.parent();
-      --depth;
-      if (depth > 0) following = current.next();
-    }
-  }
-  if (!following) return false;
-  current = following;
-  start = end;
-  end += current.isGroup() ? GROUP_HEADER_SIZE : current.totalSize();
-  return true;
+  mapping.requireIntact();
 }
 
 }  // namespace tool

@@ -1,24 +1,31 @@
+// What is wrong with the headers of a RIFF file.
+//
+// Two positions go along. The walk's own is where the headers say that the next chunk begins. It
+// lies past the end of the file where a chunk was cut short: the groups around that chunk then end
+// there too, and have nothing wrong of their own. `repairedAt` is the same place in the file as it
+// would be after the repair.
+//
+// A size is only ever changed so that its chunk ends with the file, or so that a group ends with
+// its last chunk. All else that is wrong is doubtful.
 #include "survey.h"
 
 #include <algorithm>
-#include <array>
 
 #include "errors.h"
+#include "file_kind.h"
+#include "form.h"
+#include "header_walk.h"
+#include "original.h"
 #include "progress.h"
-#include "raw_file.h"
 #include "text.h"
+#include "trailing.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint64_t MAX_SIZE = 0xFFFF'FFFE;
-constexpr uint32_t ID_DATA = VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a');
-constexpr uint32_t ID_IDX1 = VELMOR_CORE_RIFF_ID('i', 'd', 'x', '1');
-constexpr uint32_t ID_MOVI = VELMOR_CORE_RIFF_ID('m', 'o', 'v', 'i');
-constexpr uint32_t ID_RF64 = VELMOR_CORE_RIFF_ID('R', 'F', '6', '4');
-constexpr uint32_t ID_BW64 = VELMOR_CORE_RIFF_ID('B', 'W', '6', '4');
-constexpr uint32_t ID_RIFX = VELMOR_CORE_RIFF_ID('R', 'I', 'F', 'X');
+// So many zeros the library may take for empty chunks.
+constexpr uint64_t FEW_ZEROS = 1 << 16;
 
 // Sizes that programs write in front of a stream whose length they cannot know yet: 2^31 or 2^32,
 // less a little or with the headers counted in.
@@ -26,74 +33,54 @@ constexpr bool isStreamMark(uint32_t size) {
   return (size >= 0x7FFF'F000 && size <= 0x8000'FFFF) || size >= 0xFFFF'F000;
 }
 
-bool isPrintable(uint32_t id) {
-  for (int shift = 0; shift < 32; shift += 8) {
-    const uint32_t byte = id >> shift & 0xFF;
-    if (byte < ' ' || byte > '~') return false;
-  }
-  return true;
+std::string streamText(uint32_t claimed, uint64_t there) {
+  return " has the size " + (claimed == 0 ? "0" : hexadecimal(claimed)) +
+         " of an unfinished stream, and " + counted(there, "byte");
 }
 
-std::string tagName(const RawChunk& bytes) {
-  const std::string id = idText(bytes.id);
-  if (id.starts_with("TAG")) return " (an ID3v1 tag)";
-  if (id.starts_with("ID3")) return " (an ID3v2 tag)";
-  if (id == "APET") return " (an APE tag)";
-  return "";
-}
-
-// A group that the walk is inside of.
-struct OpenGroup {
-  RawChunk chunk;
-  uint64_t end = 0;         // how far its children are looked for: never behind the file
-  bool unfinished = false;  // its size says nothing
-};
-
-// Two positions go along. `at` is where the headers say that the next chunk begins, and lies behind
-// the file where a chunk was cut short: the groups around that chunk then end there too, and have
-// nothing wrong of their own. `mended` is the same in the file as it would be when mended.
-class Walker {
+class Surveyor {
  public:
-  Walker(const std::string& name, const std::function<void(const Finding&)>& report)
-      : file(name), size(file.size()), report(report), progress("checking " + name, size) {
+  Surveyor(const std::string& name, RawBytes& bytes, const Report& report)
+      : bytes(bytes),
+        size(bytes.size()),
+        report([this, &report](const Finding& finding) { count(finding, report); }),
+        progress("checking " + name, size),
+        walk(bytes),
+        headersLeft(2 * size / HEADER_SIZE) {
     survey.fileSize = size;
-    requireKnownForm(name);
   }
 
   Survey run() {
-    while (at < size || !open.empty()) {
-      progress.at(at);
-      if (!open.empty() && at >= open.back().end) {
+    if (const auto kind = foreignKind(bytes)) {
+      stayClosed();
+      found(0, *kind, Severity::DOUBTFUL);
+      return survey;
+    }
+    while (!walk.isDone()) {
+      progress.at(walk.offset());
+      if (walk.isAtGroupEnd()) {
         closeGroup();
       } else {
         step();
       }
     }
-    survey.remedy.end = std::min(mended, size);
-    survey.remedy.padIsMissing = mended > size;
+    survey.plan.end = std::min(repairedAt, size);
+    survey.plan.padIsMissing = repairedAt > size;
     return survey;
   }
 
  private:
-  void requireKnownForm(const std::string& name) {
-    const uint32_t id = size < HEADER_SIZE ? 0 : file.chunkAt(0).id;
-    if (id == ID_RF64 || id == ID_BW64) {
-      throw Failure(name, "is " + idText(id) + ", with sizes of 64 bits, which are not read here");
-    }
-    if (id == ID_RIFX) throw Failure(name, "is RIFX, with big-endian sizes, not read here");
-  }
-
-  uint64_t limit() const { return open.empty() ? size : open.back().end; }
-
   void step() {
-    const RawChunk chunk = file.chunkAt(at);
-    const uint64_t left = limit() - at;
+    const RawChunk chunk = walk.chunk();
+    const uint64_t left = walk.limit() - walk.offset();
     if (left >= HEADER_SIZE && endsStream(chunk)) {
       closeGroup();
-    } else if (open.empty() && groupEnded && !isTopLevelChunk(chunk)) {
-      passTrailing(chunk);
+    } else if (walk.level() == 0 && survey.chunks > 0 && !isTopLevelChunk(chunk)) {
+      passTrailing();
     } else if (left < (chunk.isGroup() && left >= HEADER_SIZE ? GROUP_HEADER_SIZE : HEADER_SIZE)) {
       passRest(left);
+    } else if (chunk.id == 0 && chunk.dataSize == 0) {
+      passZeros();
     } else {
       ++survey.chunks;
       if (chunk.isGroup()) {
@@ -105,245 +92,320 @@ class Walker {
   }
 
   // Whether a chunk shows that the group before it, whose size is not known, ends here: an index
-  // stands behind the pictures of an AVI, and a RIFF inside nothing.
+  // stands after the pictures of an AVI, and a RIFF inside nothing.
   bool endsStream(const RawChunk& chunk) const {
-    if (open.empty() || !open.back().unfinished) return false;
-    return chunk.id == ID_RIFF ||
-           (chunk.id == ID_IDX1 && open.back().chunk.groupId == ID_MOVI && !isDataOfStream(chunk));
+    if (walk.level() == 0 || walk.claimedEnd() != HeaderWalk::NOWHERE) return false;
+    return chunk.id == ID_RIFF || (chunk.id == ID_IDX1 && walk.group().groupId == ID_MOVI);
   }
 
-  bool isTopLevelChunk(const RawChunk& chunk) const {
-    if (size - at < HEADER_SIZE) return false;
-    return chunk.isGroup() || (isPrintable(chunk.id) && chunk.dataEnd() <= size);
+  // A group is taken for one. Anything else may be bytes of another kind, unless chunks follow each
+  // other from there to the end of the file.
+  bool isTopLevelChunk(const RawChunk& chunk) {
+    if (size - walk.offset() < HEADER_SIZE) return false;
+    if (chunk.isGroup() && isPrintable(chunk.groupId)) return true;
+    if (!topLevelFits) topLevelFits = leadsTo(size, walk.offset(), Ids::ANY, bytes, headersLeft);
+    return topLevelFits;
   }
 
   // --- groups
 
   void enterGroup(const RawChunk& chunk) {
-    if (chunk.dataSize > 0 && chunk.dataSize < GROUP_ID_SIZE) {
-      found(at,
-            pathOf(chunk) + " has the size " + std::to_string(chunk.dataSize) +
+    const bool mayBeStream = walk.level() == 0 || chunk.groupId == ID_MOVI;
+    const bool isMarked = chunk.end() > size && isStreamMark(chunk.dataSize);
+    const bool isStream = mayBeStream && (chunk.dataSize == 0 || isMarked);
+    if (chunk.dataSize < GROUP_ID_SIZE && !isStream) {
+      found(chunk.offset,
+            path(chunk) + " has the size " + std::to_string(chunk.dataSize) +
                 ", too small for its group id",
-            NO_REMEDY);
-      moveTo(at + GROUP_HEADER_SIZE);
+            Severity::DOUBTFUL);
+      stayClosed();
+      moveTo(chunk.offset + GROUP_HEADER_SIZE);
       return;
     }
-    OpenGroup group{chunk, std::min(chunk.end(), limit())};
-    group.unfinished = chunk.dataSize == 0 || (chunk.end() > size && isStreamMark(chunk.dataSize));
-    if (group.unfinished) {
-      if (chunk.dataSize > 0) widenGroups();
-      group.end = limit();
-    } else if (chunk.end() > limit() && limit() < size) {
-      passesGroupEnd(chunk);
-      group.end = std::min(chunk.end(), limit());
+    if (isStream && isMarked) {
+      walk.extendGroups();
+    } else if (!isStream && chunk.end() > walk.limit() && chunk.end() > walk.claimedEnd()) {
+      leaveGroupEnd(chunk);
     }
-    open.push_back(group);
-    moveTo(at + GROUP_HEADER_SIZE);
+    if (walk.level() == 0) form = makeForm(bytes, report, chunk);
+    take(chunk);
+    walk.enter(chunk, isStream);
+    repairedAt = walk.offset();
   }
 
   void closeGroup() {
-    const RawChunk chunk = open.back().chunk;
-    if (open.size() == 1) lastGroup = chunk.offset;
-    if (open.back().unfinished) {
-      found(chunk.offset, pathOf() + streamText(chunk.dataSize, mended - chunk.dataOffset()));
-    } else if (chunk.end() > std::max(at, size)) {
-      found(size, "the file ends " + counted(chunk.end() - size, "byte") + " before the end of " +
-                      pathOf());
+    const std::string name = pathIfNeeded();
+    const bool reachesFarther = walk.isExtended();
+    const OpenGroup group = walk.leave();
+    if (walk.offset() != group.end()) stayClosed();
+    if (group.isOpenEnded) {
+      found(group.offset, name + streamText(group.dataSize, repairedAt - group.dataOffset()));
+    } else if (!reachesFarther && group.end() > std::max(walk.offset(), size) &&
+               group.end() <= walk.claimedEnd()) {
+      found(size,
+            "the file ends " + counted(group.end() - size, "byte") + " before the end of " + name);
     }
-    if (mended != chunk.end() || open.back().unfinished) setSize(chunk, mended);
-    open.pop_back();
-    groupEnded = groupEnded || open.empty();
+    if (group.isOpenEnded || repairedAt != group.end()) setSize(group.offset, repairedAt);
+    if (walk.level() == 0) {
+      lastGroup = group;
+      topLevelFits = false;
+      if (form) form->finish();
+      form.reset();
+    }
   }
 
-  // A chunk leaves its group. Where it ends with the file, it is the group whose size was not
-  // brought up to date; else it cannot be told which of them is wrong, and the group is believed.
-  void passesGroupEnd(const RawChunk& chunk) {
-    const bool endsWithFile = chunk.end() == size || chunk.dataEnd() == size;
-    found(at,
-          pathOf(chunk) + " ends " + counted(chunk.end() - limit(), "byte") +
-              " behind the end of its group",
-          endsWithFile ? REMEDY : NO_REMEDY, true);
-    if (endsWithFile) widenGroups();
+  // Building a path takes as long as the rest of closing a group, and most groups are sound.
+  std::string pathIfNeeded() const {
+    const OpenGroup& group = walk.group();
+    return group.isOpenEnded || group.end() > size ? path() : std::string();
   }
 
-  void widenGroups() {
-    for (OpenGroup& group : open) group.end = size;
+  // Reports a chunk that ends past the end of its group. The size of a RIFF, or of the pictures of
+  // an AVI, was not brought up to date if chunks follow each other from there to the end of the
+  // file: then the group grows, and the result is true. Otherwise either of the two sizes may be
+  // wrong, and the walk goes on at the group's end.
+  bool leaveGroupEnd(const RawChunk& chunk) {
+    const bool mayGrow = isPrintable(chunk.id) && walk.claimedEnd() < size &&
+                         (walk.level() == 1 || walk.group().groupId == ID_MOVI);
+    const bool grows = mayGrow && (chunk.dataEnd() == size ||
+                                   leadsTo(size, chunk.end(), Ids::PRINTABLE, bytes, headersLeft));
+    found(chunk.offset,
+          path(chunk) + " ends " + counted(chunk.end() - walk.claimedEnd(), "byte") +
+              " past the end of its group",
+          grows ? Severity::DAMAGE : Severity::DOUBTFUL);
+    stayClosed();
+    if (grows) walk.extendGroups();
+    return grows;
   }
 
   // --- data chunks
 
   void passData(const RawChunk& chunk) {
-    const bool isStream = chunk.end() > size && isStreamMark(chunk.dataSize);
-    if (isStream || isDataOfStream(chunk)) {
-      if (isStream) widenGroups();
-      found(at, pathOf(chunk) + streamText(chunk.dataSize, size - chunk.dataOffset()));
-      setDataToEnd(chunk);
-      at = size;
-      return;
-    }
-    if (chunk.end() > limit() && limit() < size) {
-      const bool knownToFail = chunk.end() != size && chunk.dataEnd() != size;
-      passesGroupEnd(chunk);
-      if (knownToFail) {
-        moveTo(limit());
-        return;
-      }
-    }
-    if (chunk.end() > size) {
-      passCutData(chunk);
+    if (isStream(chunk)) {
+      walk.extendGroups();
+      found(chunk.offset, path(chunk) + streamText(chunk.dataSize, size - chunk.dataOffset()));
+      extendToFile(chunk);
+    } else if (chunk.end() <= walk.limit()) {
+      passWholeData(chunk);
     } else {
+      passLongData(chunk);
+    }
+  }
+
+  // Data that ends past the end of its group or of the file. Where its group ends with the file,
+  // so should the data.
+  void passLongData(const RawChunk& chunk) {
+    const bool isLast = walk.limit() == size;
+    const bool isCut =
+        isLast && (walk.claimedEnd() == size || chunk.dataEnd() <= walk.claimedEnd());
+    if (isLast && chunk.dataEnd() == size) {
+      found(chunk.offset, path(chunk) + " lacks the pad byte after its odd size");
+      take(chunk);
       moveTo(chunk.end());
-      if (chunk.dataSize % 2 == 1) checkPad(chunk);
-      emptyData = chunk.id == ID_DATA && chunk.dataSize == 0 && open.size() == 1 ? chunk.offset : 0;
-    }
-  }
-
-  // Size 0, and up to the end of the file no chunk behind it.
-  bool isDataOfStream(const RawChunk& chunk) const {
-    if (chunk.dataSize > 0 || open.empty() || limit() < size) return false;
-    return size - at > 2 * HEADER_SIZE && !isPrintable(file.chunkAt(chunk.dataOffset()).id);
-  }
-
-  void passCutData(const RawChunk& chunk) {
-    if (chunk.dataEnd() > size) {
-      found(at, pathOf(chunk) + " ends " + counted(chunk.dataEnd() - size, "byte") +
-                    " behind the end of the file");
-      setDataToEnd(chunk);
+    } else if (!isPrintable(chunk.id)) {
+      passUnexplained(chunk);
+    } else if (isCut) {
+      found(chunk.offset, path(chunk) + " ends " + counted(chunk.dataEnd() - size, "byte") +
+                              " past the end of the file");
+      extendToFile(chunk);
+    } else if (leaveGroupEnd(chunk)) {
+      passWholeData(chunk);
     } else {
-      found(at, pathOf(chunk) + " lacks the pad byte behind its odd size");
-      mended = chunk.end();
+      moveTo(walk.limit());
     }
-    at = chunk.end();
   }
 
-  void setDataToEnd(const RawChunk& chunk) {
-    setSize(chunk, size);
-    mended = size + (size - chunk.dataOffset()) % 2;
+  void passWholeData(const RawChunk& chunk) {
+    take(chunk);
+    if (!isPrintable(chunk.id)) {
+      found(chunk.offset, path(chunk) + " has an id that is not printable", Severity::WARNING);
+    }
+    lastData = chunk;
+    moveTo(std::min(chunk.end(), size));
+    if (chunk.end() > size) repairedAt = chunk.end();
+    if (chunk.dataSize % 2 == 1 && chunk.end() <= size) checkPad(chunk);
   }
 
-  // Some programs write no pad bytes, and the next chunk begins where this one should stand.
+  // The sound of a stream that was not finished: a size that means "unknown", or the size 0 and
+  // then no chunks.
+  bool isStream(const RawChunk& chunk) {
+    if (walk.level() == 0 || !isPrintable(chunk.id)) return false;
+    const uint64_t claimed = walk.claimedEnd();
+    const bool groupAgrees =
+        claimed == HeaderWalk::NOWHERE || claimed >= size || claimed <= chunk.dataOffset();
+    if (isStreamMark(chunk.dataSize)) return chunk.end() > size && groupAgrees;
+    return chunk.dataSize == 0 && chunk.id == ID_DATA && walk.level() == 1 &&
+           walk.limit() == size && size > chunk.dataOffset() &&
+           !leadsTo(size, chunk.dataOffset(), Ids::ANY, bytes, headersLeft);
+  }
+
+  void extendToFile(const RawChunk& chunk) {
+    take(chunk);
+    setSize(chunk.offset, size);
+    survey.plan.claimed = {chunk.dataOffset(), size};
+    repairedAt = size + (size - chunk.dataOffset()) % 2;
+    walk.moveTo(std::max(chunk.end(), size));
+  }
+
+  // A pad byte that is not 0 may be one: edits by other programs leave such bytes. Some programs
+  // write no pad bytes, and the next chunk begins where this one should stand.
   void checkPad(const RawChunk& chunk) {
     const uint64_t pad = chunk.dataEnd();
-    const uint8_t byte = file.byteAt(pad);
+    const uint8_t byte = bytes.byteAt(pad);
     if (byte == 0) return;
-    const RawChunk next = file.chunkAt(pad);
-    if (next.end() <= limit() && isPrintable(next.id) && !isPrintable(file.chunkAt(at).id)) {
-      found(chunk.offset, pathOf(chunk) + " lacks the pad byte behind its odd size", NO_REMEDY);
+    const RawChunk next = bytes.chunkAt(pad);
+    const bool isChunk = next.end() <= walk.limit() && isPrintable(next.id);
+    if (isChunk && !isPrintable(bytes.chunkAt(chunk.end()).id)) {
+      found(chunk.offset, path(chunk) + " lacks the pad byte after its odd size",
+            Severity::DOUBTFUL);
+      stayClosed();
       moveTo(pad);
     } else {
-      found(pad, "the pad byte of " + pathOf(chunk) + " is " + std::to_string(byte) + ", not 0",
-            WARNING);
-      survey.remedy.stalePads.push_back(pad);
+      found(pad, "the pad byte of " + path(chunk) + " is " + std::to_string(byte) + ", not 0",
+            Severity::WARNING);
     }
   }
 
   // --- what is no chunk
 
-  // The bytes up to the end of the group, or of the file, are too few for a header.
+  // Bytes in a group that no header explains.
+  void passUnexplained(const RawChunk& chunk) {
+    const uint64_t end = walk.limit();
+    found(chunk.offset,
+          counted(end - chunk.offset, "byte") + " in " + path() + " belong to no chunk" +
+              explanation(end),
+          Severity::DOUBTFUL);
+    stayClosed();
+    moveTo(end);
+  }
+
+  // The bytes up to the end of the group are too few for a header.
   void passRest(uint64_t left) {
-    const bool endsFile = limit() == size;
-    if (open.empty() || (endsFile && (open.back().unfinished || open.back().chunk.end() > size))) {
-      found(at, "the file ends inside a chunk header, " + counted(left, "byte") + " into it",
-            survey.chunks > 0 ? REMEDY : NO_REMEDY);
+    const bool isCut = walk.limit() == size && walk.claimedEnd() > size;
+    if (walk.level() == 0 || isCut) {
+      found(walk.offset(),
+            "the file ends inside a chunk header, " + counted(left, "byte") + " into it",
+            survey.chunks > 0 ? Severity::DAMAGE : Severity::DOUBTFUL);
     } else {
-      found(
-          at,
-          counted(left, "byte") + " at the end of " + pathOf() + " are too few for a chunk header",
-          endsFile ? REMEDY : NO_REMEDY);
+      found(walk.offset(),
+            counted(left, "byte") + " at the end of " + path() + " are too few for a chunk header" +
+                explanation(walk.limit()),
+            Severity::DOUBTFUL);
     }
-    if (endsFile) {
-      at = size;
+    stayClosed();
+    if (isCut || walk.level() == 0) {
+      walk.moveTo(size);
     } else {
-      moveTo(limit());
+      moveTo(walk.limit());
     }
   }
 
-  void passTrailing(const RawChunk& bytes) {
-    const std::string tag = tagName(bytes);
-    if (emptyData > 0 && emptyData + HEADER_SIZE == at && tag.empty()) {
+  // Zeros. The library takes them for chunks of 8 bytes with the null id.
+  void passZeros() {
+    const uint64_t begin = walk.offset();
+    const uint64_t firstByte = bytes.endOfZeros(begin, walk.limit());
+    const uint64_t zeros = firstByte - begin;
+    zeroBytes += zeros;
+    found(begin,
+          counted(zeros, "zero byte") + " in " + path() + " belong to no chunk" +
+              explanation(firstByte),
+          Severity::DOUBTFUL);
+    if (zeroBytes > FEW_ZEROS) stayClosed();
+    const bool isHeader = zeros % 2 == 0 && isPrintable(bytes.chunkAt(firstByte).id);
+    moveTo(firstByte == walk.limit() || isHeader ? firstByte
+                                                 : begin + zeros / HEADER_SIZE * HEADER_SIZE);
+  }
+
+  // Where a data chunk ends directly before bytes that are no chunk, its size may be wrong.
+  std::string explanation(uint64_t end) const {
+    if (!lastData || lastData->end() != walk.offset() || !isPrintable(lastData->id)) return "";
+    return "; they would be data of " + idText(lastData->id) + " if its size were " +
+           std::to_string(end - lastData->dataOffset());
+  }
+
+  void passTrailing() {
+    const uint64_t begin = walk.offset();
+    const std::string what = counted(size - begin, "byte") + " after the last chunk";
+    const std::string tags = tagsFrom(begin, bytes);
+    const bool isStopped = lastData && lastData->id == ID_DATA && lastData->dataSize == 0 &&
+                           lastData->end() == begin && lastGroup.end() == begin;
+    if (!tags.empty()) {
+      found(begin, what + ": " + tags);
+    } else if (isStopped) {
       // A program that was stopped before it came back to the sizes.
-      const RawChunk data = file.chunkAt(emptyData);
-      found(data.offset, "RIFF/data" + streamText(0, size - at));
-      setDataToEnd(data);
-      setSize(file.chunkAt(lastGroup), mended);
+      found(lastData->offset, "RIFF/data" + streamText(0, size - begin));
+      setSize(lastData->offset, size);
+      survey.plan.claimed = {begin, size};
+      repairedAt = size + (size - begin) % 2;
+      setSize(lastGroup.offset, repairedAt);
+    } else if (bytes.endOfZeros(begin, size) == size) {
+      survey.trailingIsDoubtful = true;
+      found(begin, what + ", all of them 0" + explanation(size), Severity::DOUBTFUL);
+      if (size - begin > FEW_ZEROS) stayClosed();
     } else {
-      found(at, counted(size - at, "byte") + " behind the last group" + tag, REMEDY,
-            (size - at) % HEADER_SIZE != 0 && endsInZeros());
+      survey.trailingIsDoubtful = true;
+      found(begin, what + explanation(size), Severity::DOUBTFUL);
     }
-    at = size;
-  }
-
-  // As the space does that was set aside for a file and not filled. To the store these are chunks
-  // without id and data.
-  bool endsInZeros() {
-    for (uint64_t offset = at; offset < size; offset += HEADER_SIZE) {
-      const RawChunk bytes = file.chunkAt(offset);
-      if (bytes.id != 0 || bytes.dataSize != 0) return false;
-    }
-    return true;
+    walk.moveTo(size);
   }
 
   // --- findings
 
-  enum Kind { REMEDY, NO_REMEDY, WARNING };
+  void found(uint64_t offset, const std::string& what, Severity severity = Severity::DAMAGE) {
+    report({offset, what, severity});
+  }
 
-  void found(uint64_t offset, std::string what, Kind kind = REMEDY, bool isFatal = false) {
-    survey.warnings += kind == WARNING ? 1 : 0;
-    survey.damages += kind == WARNING ? 0 : 1;
-    survey.withoutRemedy += kind == NO_REMEDY ? 1 : 0;
+  // Findings of the forms come here too.
+  void count(const Finding& finding, const Report& receiver) {
+    survey.warnings += finding.isWarning() ? 1 : 0;
+    survey.damages += finding.isWarning() ? 0 : 1;
+    const bool isDoubtful = finding.isDoubtful();
+    survey.doubtful += isDoubtful ? 1 : 0;
+    const uint64_t others = survey.warnings + survey.damages - survey.doubtful;
+    if ((isDoubtful ? survey.doubtful : others) > MAX_REPORTED) return;
     progress.clear();
-    report({offset, std::move(what), kind == WARNING, kind != NO_REMEDY, isFatal});
+    receiver(finding);
   }
 
-  static std::string streamText(uint32_t claimed, uint64_t there) {
-    return " has the size " + (claimed == 0 ? "0" : hexadecimal(claimed)) +
-           " of an unfinished stream, and " + counted(there, "byte");
-  }
+  void stayClosed() { survey.mustStayClosed = true; }
 
-  void setSize(const RawChunk& chunk, uint64_t end) {
-    const uint64_t newSize = end - chunk.dataOffset();
+  // Names cost more than all else where millions of chunks are wrong.
+  std::string path() const { return mayBeReported() ? walk.path() : ""; }
+  std::string path(const RawChunk& chunk) const { return mayBeReported() ? walk.path(chunk) : ""; }
+  bool mayBeReported() const { return survey.warnings + survey.damages < 100 * MAX_REPORTED; }
+
+  void setSize(uint64_t offset, uint64_t end) {
+    const uint64_t newSize = end - offset - HEADER_SIZE;
     if (newSize > MAX_SIZE) {
-      found(chunk.offset,
-            idText(chunk.id) + " holds " + counted(newSize, "byte") +
-                ", more than a size field can tell",
-            NO_REMEDY);
+      found(offset,
+            idText(bytes.chunkAt(offset).id) + " holds " + counted(newSize, "byte") +
+                ", more than its size field can hold",
+            Severity::DOUBTFUL);
     }
-    survey.remedy.sizes.push_back({chunk.offset, static_cast<uint32_t>(newSize)});
+    survey.plan.sizes.push_back({offset, static_cast<uint32_t>(newSize)});
   }
 
-  void moveTo(uint64_t offset) { at = mended = offset; }
-
-  // The names of the open groups, and of a chunk in the last of them. Of very many groups the
-  // middle is left out.
-  std::string pathOf() const {
-    constexpr std::size_t SHOWN = 4;
-    std::string path;
-    for (std::size_t i = 0; i < open.size(); ++i) {
-      if (i == SHOWN && open.size() > 2 * SHOWN) {
-        path += "/...";
-        i = open.size() - SHOWN;
-      }
-      if (i > 0) path += '/';
-      path += nameText(open[i].chunk.id, open[i].chunk.groupId);
-    }
-    return path;
+  void take(const RawChunk& chunk) {
+    if (form && walk.level() > 0) form->take(chunk, walk.level(), walk.group().groupId);
   }
 
-  std::string pathOf(const RawChunk& chunk) const {
-    const std::string name = nameText(chunk.id, chunk.groupId);
-    return open.empty() ? name : pathOf() + "/" + name;
+  void moveTo(uint64_t offset) {
+    walk.moveTo(offset);
+    repairedAt = offset;
   }
 
-  mutable RawFile file;  // its window moves when it is read
+  RawBytes& bytes;
   uint64_t size;
-  const std::function<void(const Finding&)>& report;
+  Report report;
   Progress progress;
-  uint64_t at = 0;
-  uint64_t mended = 0;
-  std::vector<OpenGroup> open;
-  bool groupEnded = false;  // at the top level
-  uint64_t lastGroup = 0;   // offset of the last one there
-  uint64_t emptyData = 0;   // offset of the last data chunk, if it is an empty "data"
+  HeaderWalk walk;
+  uint64_t repairedAt = 0;
+  std::unique_ptr<Form> form;        // of the RIFF that the walk is inside of
+  OpenGroup lastGroup;               // the last one at the top level
+  std::optional<RawChunk> lastData;  // the last data chunk that is whole
+  uint64_t headersLeft = 0;   // to look at ahead of the walk, so that this takes no longer than it
+  bool topLevelFits = false;  // chunks lead from the walk's place to the end of the file
+  uint64_t zeroBytes = 0;     // that belong to no chunk
   Survey survey;
 };
 
@@ -353,16 +415,44 @@ std::string findingText(const Finding& finding) {
   return finding.what + " (at offset " + std::to_string(finding.offset) + ")";
 }
 
-Survey surveyFile(const std::string& file, const std::function<void(const Finding&)>& report) {
-  return Walker(file, report).run();
+Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report) {
+  return Surveyor(name, bytes, report).run();
+}
+
+Survey surveyFile(const std::string& file, const Report& report) {
+  const Original original(file, Original::LOOK);
+  RawBytes bytes(original.get());
+  return surveyBytes(file, bytes, report);
+}
+
+std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes) {
+  std::optional<Finding> first;
+  surveyBytes(name, bytes, [&](const Finding& finding) {
+    if (!first && !finding.isWarning()) first = finding;
+  });
+  return first;
 }
 
 std::optional<Finding> firstDamage(const std::string& file) {
+  const Original original(file, Original::LOOK);
+  RawBytes bytes(original.get());
+  return firstDamage(file, bytes);
+}
+
+std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes) {
+  requireRiff(name, bytes);
   std::optional<Finding> first;
-  surveyFile(file, [&](const Finding& finding) {
-    if (!first && !finding.isWarning) first = finding;
+  const Survey survey = surveyBytes(name, bytes, [&](const Finding& finding) {
+    if (!first && !finding.isWarning()) first = finding;
   });
+  if (survey.mustStayClosed && first) throw Failure(name, findingText(*first));
   return first;
+}
+
+std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after) {
+  auto damage = firstDamage(name, after);
+  if (!damage || firstDamage(name, before)) return std::nullopt;
+  return damage;
 }
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-// Colour, where a person looks.
+// What is special where a person looks: colour, and a line that shows progress.
 #ifndef VELMOR_CORE_TOOLS_TERMINAL_H
 #define VELMOR_CORE_TOOLS_TERMINAL_H
 
@@ -12,6 +12,17 @@ enum class Style { TITLE, GROUP, FREE, WARNING };
 // The text in its style if standard output is a terminal that takes colour and the environment
 // does not object (NO_COLOR, see no-color.org), else as it is.
 std::string styled(Style style, std::string_view text);
+
+bool outputIsTerminal();
+bool errorsAreSeen();  // standard error is a terminal
+
+// These write to standard error and may be called by several threads.
+
+// Shows a line that the next one, or a message, replaces.
+void showProgressLine(std::string_view text);
+void clearProgressLine();
+// Prints a message and a line end in one piece.
+void printMessage(std::string_view text);
 
 }  // namespace tool
 

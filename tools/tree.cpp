@@ -6,7 +6,9 @@
 
 #include "chunk_path.h"
 #include "command.h"
-#include "editing.h"
+#include "errors.h"
+#include "file_kind.h"
+#include "original.h"
 #include "terminal.h"
 #include "text.h"
 
@@ -16,7 +18,8 @@ namespace {
 
 constexpr Option JSON{"--json"};
 constexpr Option PATH{"--path", true};
-constexpr std::array OPTIONS = {JSON, PATH};
+constexpr Option ANY{"--any"};
+constexpr std::array OPTIONS = {JSON, PATH, ANY};
 
 // Chunks deeper than this are no longer indented further; the level stands before them as a number.
 constexpr uint64_t MAX_INDENTED_LEVEL = 20;
@@ -27,11 +30,21 @@ constexpr std::string_view NAME_HEAD = "chunk";
 constexpr std::string_view SIZE_HEAD = "data size";
 constexpr std::string_view TOTAL_HEAD = "total";
 
-std::string indentedName(const TreeWalk& walk) {
-  const uint64_t level = walk.level();
-  std::string text(std::min(level, MAX_INDENTED_LEVEL) * INDENT, ' ');
-  if (level > MAX_INDENTED_LEVEL) text.append("(").append(std::to_string(level)).append(") ");
-  return text + walk.chunk().name();
+std::string_view kindName(TreeItem::Kind kind) {
+  return kind == TreeItem::ZEROS ? "(zeros)" : "(no chunk)";
+}
+
+std::string indentedName(const TreeItem& item) {
+  std::string text(std::min(item.level, MAX_INDENTED_LEVEL) * INDENT, ' ');
+  if (item.level > MAX_INDENTED_LEVEL) {
+    text.append("(").append(std::to_string(item.level)).append(") ");
+  }
+  if (item.kind != TreeItem::CHUNK) return text.append(kindName(item.kind));
+  return text + nameText(item.chunk.id, item.chunk.groupId);
+}
+
+uint64_t totalSize(const TreeItem& item) {
+  return item.kind == TreeItem::CHUNK ? item.chunk.end() - item.chunk.offset : item.size;
 }
 
 // How wide the columns have to be, learned in a walk of its own.
@@ -42,15 +55,18 @@ struct Layout {
   std::size_t totalWidth = TOTAL_HEAD.size();
   uint64_t chunks = 0;
 
-  Layout(const Object& object, const Chunk& start) {
+  explicit Layout(TreeItems items) {
     uint64_t largestSize = 0;
     uint64_t largestTotal = 0;
     uint64_t lastOffset = 0;
-    for (TreeWalk walk(object, start); walk.next(); ++chunks) {
-      nameWidth = std::max(nameWidth, indentedName(walk).size());
-      largestSize = std::max<uint64_t>(largestSize, walk.chunk().dataSize());
-      largestTotal = std::max(largestTotal, walk.chunk().totalSize());
-      lastOffset = walk.offset();
+    while (items.next()) {
+      const TreeItem& item = items.item();
+      nameWidth = std::max(nameWidth, indentedName(item).size());
+      largestTotal = std::max(largestTotal, totalSize(item));
+      lastOffset = item.chunk.offset;
+      if (item.kind != TreeItem::CHUNK) continue;
+      largestSize = std::max<uint64_t>(largestSize, item.chunk.dataSize);
+      ++chunks;
     }
     offsetWidth = std::max(offsetWidth, std::to_string(lastOffset).size());
     sizeWidth = std::max(sizeWidth, grouped(largestSize).size());
@@ -77,33 +93,42 @@ void printHead(const Layout& layout) {
 }
 
 // What there is to say of a chunk beside its name and sizes.
-std::string remark(const TreeWalk& walk, uint64_t objectSize) {
-  const Chunk& chunk = walk.chunk();
-  if (const uint64_t missing = walk.missing(objectSize); missing > 0) {
-    const uint64_t pad = chunk.dataSize() % 2;
+std::string remark(const TreeItem& item, uint64_t fileSize) {
+  const RawChunk& chunk = item.chunk;
+  if (item.kind != TreeItem::CHUNK) return "";
+  if (chunk.isGroup() && chunk.dataSize < GROUP_ID_SIZE) {
+    return styled(Style::WARNING, "too small for its group id");
+  }
+  if (pastGroup(item, fileSize) > 0) {
+    return styled(Style::WARNING,
+                  "ends " + counted(pastGroup(item, fileSize), "byte") + " past its group");
+  }
+  if (const uint64_t missing = missingBytes(item, fileSize); missing > 0) {
+    const uint64_t pad = chunk.dataSize % 2;
     if (missing == pad) return styled(Style::WARNING, "without its pad byte");
     return styled(Style::WARNING, "cut short by " + counted(missing - pad, "byte"));
   }
-  const std::string_view pad = !chunk.isGroup() && chunk.dataSize() % 2 == 1 ? "pad" : "";
-  if (!chunk.isFree()) return std::string(pad);
+  const std::string_view pad = !chunk.isGroup() && chunk.dataSize % 2 == 1 ? "pad" : "";
+  if (chunk.id != ID_JUNK) return std::string(pad);
   return styled(Style::FREE, pad.empty() ? "free" : "pad, free");
 }
 
-void printLine(const TreeWalk& walk, const Layout& layout, uint64_t objectSize) {
-  const Chunk& chunk = walk.chunk();
-  const std::string name = indentedName(walk);
+void printLine(const TreeItem& item, const Layout& layout, uint64_t fileSize) {
+  const bool isChunk = item.kind == TreeItem::CHUNK;
+  const bool isFree = !isChunk || item.chunk.id == ID_JUNK;
+  const std::string name = indentedName(item);
   std::string line(GAP, ' ');
-  alignRight(line, std::to_string(walk.offset()), layout.offsetWidth);
+  alignRight(line, std::to_string(item.chunk.offset), layout.offsetWidth);
   line.append(GAP, ' ');
-  if (chunk.isGroup()) {
+  if (isChunk && item.chunk.isGroup()) {
     line += styled(Style::GROUP, name);
   } else {
-    line += chunk.isFree() ? styled(Style::FREE, name) : name;
+    line += isFree ? styled(Style::FREE, name) : name;
   }
   line.append(layout.nameWidth - name.size(), ' ');
-  alignRight(line, grouped(chunk.dataSize()), layout.sizeWidth + GAP);
-  alignRight(line, grouped(chunk.totalSize()), layout.totalWidth + GAP);
-  const std::string note = remark(walk, objectSize);
+  alignRight(line, isChunk ? grouped(item.chunk.dataSize) : "", layout.sizeWidth + GAP);
+  alignRight(line, grouped(totalSize(item)), layout.totalWidth + GAP);
+  const std::string note = remark(item, fileSize);
   if (!note.empty()) line.append(GAP, ' ').append(note);
   std::cout << line << '\n';
 }
@@ -113,40 +138,69 @@ int runTree(const Arguments& arguments) {
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const auto print = arguments.has(JSON.name) ? printJson : printTree;
   return forEach(arguments.all(), [&](const std::string& file) {
-    const Object object = openFile(file, VELMOR_CORE_RIFF_READ_ONLY);
-    applyTo(file, object,
-            [&](const Chunk& root) { print(file, object, path ? path->find(root) : Chunk()); });
+    const Original original(file, Original::LOOK);
+    RawBytes bytes(original.get());
+    if (!arguments.has(ANY.name)) requireRiff(file, bytes);
+    try {
+      const RawNode root = RawNode::virtualRoot(bytes);
+      print(file, bytes, path ? path->find(root) : root);
+    } catch (const Failure& failure) {
+      throw Failure(file, failure.what());
+    }
   });
 }
 
 }  // namespace
 
-void printTree(std::string_view title, const Object& object, const Chunk& start) {
-  const uint64_t size = object.size();
-  const Layout layout(object, start);
-  std::cout << styled(Style::TITLE, title) << "  (" << grouped(size)
-            << (size == 1 ? " byte, " : " bytes, ") << counted(layout.chunks, "chunk") << ")\n";
-  if (layout.chunks > 0) printHead(layout);
-  for (TreeWalk walk(object, start); walk.next();) printLine(walk, layout, size);
+uint64_t missingBytes(const TreeItem& item, uint64_t fileSize) {
+  const uint64_t end = item.chunk.end();
+  const bool isData = item.kind == TreeItem::CHUNK && !item.chunk.isGroup();
+  return isData && end > fileSize ? end - fileSize : 0;
+}
+
+uint64_t pastGroup(const TreeItem& item, uint64_t fileSize) {
+  const uint64_t end = item.chunk.end();
+  const bool leaves = item.kind == TreeItem::CHUNK && item.limit < fileSize && end > item.limit;
+  return leaves ? end - item.limit : 0;
+}
+
+void printTree(std::string_view title, RawBytes& bytes, const RawNode& start) {
+  const Layout layout(TreeItems(bytes, start));
+  std::cout << styled(Style::TITLE, printable(title)) << "  (" << grouped(bytes.size())
+            << (bytes.size() == 1 ? " byte, " : " bytes, ") << counted(layout.chunks, "chunk")
+            << ")\n";
+  TreeItems items(bytes, start);
+  for (bool isFirst = true; items.next(); isFirst = false) {
+    if (isFirst) printHead(layout);
+    printLine(items.item(), layout, bytes.size());
+  }
 }
 
 const Command TREE = {
     .name = "tree",
-    .synopsis = "[--json] [--path PATH] FILE...",
+    .synopsis = "[--json] [--any] [--path PATH] FILE...",
     .summary = "Show the chunks of files as trees",
     .help = R"(
 Each line shows where a chunk's header begins in the file, the chunk's id, for groups with the group
-id behind a colon, its data size (what its size field says) and its total size with header and pad
+id after a colon, its data size (what its size field says) and its total size with header and pad
 byte, in bytes. What a group holds stands below it, indented by its level. "pad" marks a pad byte,
 "free" JUNK chunks: space that later edits use. Only headers are read, however large the file.
 
+Damaged files are shown too. A remark stands after a chunk that the end of the file cuts short or
+that ends past its group. A line (zeros) stands for a run of zeros, a line (no chunk) for other
+bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
+
 --path PATH   show this chunk and what it holds, with its offsets in the file
+--any         show also files that are no RIFF files, as if they were made of chunks
 --json        print one JSON object for each file, each on a line of its own:
                 {"file":"a.wav","size":52,"chunks":[{"offset":0,"level":0,"id":"RIFF",
                  "groupId":"WAVE","dataSize":44,"totalSize":52,"pad":0,"free":false,"missing":0},...
-              The list is in the order of the bytes, a group in front of what it holds; "level"
-              tells how deep a chunk lies. Ids are written as in a PATH; "groupId" stands for
-              groups alone; "missing" is the number of bytes that the file lacks.
+              The list is in the order of the bytes, a group before what it holds; "level" tells
+              how deep a chunk lies. Ids are written as in a PATH; "groupId" stands for groups
+              alone; "missing" is the number of bytes that the file lacks, and "past", where it
+              stands, the number of bytes by which a chunk ends past its group. Instead of a chunk,
+              {"offset":52,"level":0,"zeros":8} stands for zeros, and "bytes" in the same way for
+              other bytes that belong to no chunk.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

@@ -1,9 +1,7 @@
 // velmor-core uuid
 
-#include <velmor_core/uuid.h>
-
-#include <array>
 #include <iostream>
+#include <velmor_core/uuid.hpp>
 
 #include "command.h"
 #include "errors.h"
@@ -12,40 +10,31 @@ namespace tool {
 
 namespace {
 
-void print(const velmor_core_uuid_t& uuid) {
-  std::array<char, VELMOR_CORE_UUID_TEXT_SIZE> text{};
-  velmor_core_uuid_unparse(&uuid, text.data());
-  std::cout << text.data() << '\n';
+using velmor_core::Uuid;
+
+Uuid parse(const std::string& text) {
+  const auto uuid = Uuid::parse(text, std::nothrow);
+  if (!uuid) throw Failure("\"" + text + "\" is no UUID");
+  return *uuid;
 }
 
-velmor_core_uuid_t parse(const std::string& text) {
-  velmor_core_uuid_t uuid;
-  if (!velmor_core_uuid_parse2(text.data(), text.size(), &uuid)) {
-    throw Failure("\"" + text + "\" is no UUID");
-  }
-  return uuid;
+Uuid generate() {
+  const auto uuid = Uuid::random(std::nothrow);
+  if (!uuid) throw Failure("the system gives no random bytes");
+  return *uuid;
 }
 
-void generate() {
-  velmor_core_uuid_t uuid;
-  velmor_core_uuid_clear(&uuid);
-  velmor_core_uuid_generate_random(&uuid);
-  // A failing random source leaves the record as it was.
-  if (velmor_core_uuid_is_null(&uuid)) throw Failure("the system gives no random bytes");
-  print(uuid);
-}
-
-std::string_view relation(const velmor_core_uuid_t& a, const velmor_core_uuid_t& b) {
-  if (velmor_core_uuid_compare_eq(&a, &b)) return "equal";
-  return velmor_core_uuid_compare_lt(&a, &b) ? "less" : "greater";
+std::string_view relation(const Uuid& a, const Uuid& b) {
+  if (a == b) return "equal";
+  return a < b ? "less" : "greater";
 }
 
 int runUuid(const Arguments& arguments) {
   const std::string action = arguments.count() == 0 ? "new" : arguments[0];
   if (action == "new" && arguments.count() <= 1) {
-    generate();
+    std::cout << generate().text() << '\n';
   } else if (action == "parse" && arguments.count() == 2) {
-    print(parse(arguments[1]));
+    std::cout << parse(arguments[1]).text() << '\n';
   } else if (action == "compare" && arguments.count() == 3) {
     std::cout << relation(parse(arguments[1]), parse(arguments[2])) << '\n';
   } else {

@@ -1,13 +1,14 @@
 /** Facts about the processors: instruction-set features and their number.
  *
  *  The first velmor_core_init() detects the features with the cpuid instruction (Intel 64 and IA-32
- *  Architectures Software Developer's Manual, volume 2, CPUID). The queries velmor_core_cpu_has_*()
- *  return what it found. They return false before it, and still the same after the last
- *  velmor_core_fini(). A query loads one byte.
+ *  Architectures Software Developer's Manual, volume 2, CPUID). Before that, the queries
+ *  velmor_core_cpu_has_*() return false. After it, they return what it detected, even after the
+ *  last velmor_core_fini(). A query loads one byte.
  *
- *  AVX, AVX2, FMA3 and AVX-512 F, DQ and BW are true only if the operating system also saves the
- *  wide registers. True then means that the feature can be used. The other AVX-512 queries report
- *  the processor alone. Combine them with velmor_core_cpu_has_avx512f().
+ *  The queries for AVX, AVX2, FMA3 and AVX-512 F, DQ and BW return true only if the operating
+ *  system also saves the wide registers. If they return true, the feature can be used. The other
+ *  AVX-512 queries do not look at the operating system. Use their features only if
+ *  velmor_core_cpu_has_avx512f() is true as well.
  */
 #ifndef VELMOR_CORE_CPU_H
 #define VELMOR_CORE_CPU_H
@@ -101,8 +102,8 @@ VELMOR_CORE_API bool velmor_core_cpu_has_neon(void);
 
 /** The number of processors online, at least 1.
  *
- *  Nothing is cached: every call asks the operating system. The result is 1, too, if the system
- *  does not know the number.
+ *  Nothing is cached: every call asks the operating system. If the system does not know the number,
+ *  the result is 1.
  */
 VELMOR_CORE_API uint32_t velmor_core_cpu_get_count(void);
 

@@ -4,16 +4,16 @@
  *  pkg-config use the first three. Release 1.0.16.0, for example, is velmor-core 1.0.16, and its
  *  packed number is 0x0001000000100000.
  *
- *  Binary interface.  Its number is 0, whatever the release is called. It stands in the SONAME,
- *  `libvelmor-core.so.0`, and in the version node of every function, `VELMOR_CORE_0`. The
- *  installed file has both numbers in its name: `libvelmor-core.so.0.1.0.16` has interface 0 and is
- *  release 1.0.16. While the SONAME stays, every function, constant and record layout stays: a
- *  program runs with the release that it was linked with and with every later one. Later releases
- *  may add functions; a program that uses one needs a release that has it.
+ *  Binary interface.  Its number is 0 and does not depend on the release. It is part of the SONAME,
+ *  `libvelmor-core.so.0`, and of the version node of every function, `VELMOR_CORE_0`. The installed
+ *  file has both numbers in its name: `libvelmor-core.so.0.1.0.16` has interface 0 and is release
+ *  1.0.16. While the SONAME stays the same, no function, constant or record layout is changed or
+ *  removed. So a program runs with the release that it was linked with and with every later one.
+ *  Later releases may add functions; a program that uses one needs a release that has it.
  *
  *  Deprecation.  A function that is to be removed first gets the compiler's `deprecated`
- *  attribute, and its text names the replacement. It keeps working while the SONAME stays. A
- *  release that removes it has the next SONAME, `libvelmor-core.so.1`, so that both can be
+ *  attribute, and its text names the replacement. It keeps working while the SONAME stays the same.
+ *  A release that removes it has the next SONAME, `libvelmor-core.so.1`, so that both can be
  *  installed.
  */
 #ifndef VELMOR_CORE_FRAME_H
@@ -34,7 +34,7 @@ extern "C" {
 /** The fourth number: 0 in a release. Whoever distributes a changed build may raise it. */
 #define VELMOR_CORE_VERSION_BUILD 0
 
-/** Pack the four numbers of a release, to compare with. Usable in `#if`:
+/** Pack the four numbers of a release into one, for comparisons. Usable in `#if`:
  *
  *    #if VELMOR_CORE_VERSION_NUMBER >= VELMOR_CORE_MAKE_VERSION(1, 1, 0, 0)
  */
@@ -70,15 +70,15 @@ VELMOR_CORE_API void velmor_core_init(void);
 
 /** Unregister one user of the library.
  *
- *  Nothing is released or closed: open objects stay open, and the CPU features stay known. One call
- *  too many takes the number of users below 0. The next velmor_core_init() then brings it back to 0
- *  and detects nothing.
+ *  Nothing is released or closed: open objects stay open, and the CPU features stay known. If it is
+ *  called more often than velmor_core_init(), the number of users falls below 0. The next
+ *  velmor_core_init() then raises it to 0 and detects nothing.
  */
 VELMOR_CORE_API void velmor_core_fini(void);
 
 /** The version of the library.
  *
- *  Works before velmor_core_init(), too.
+ *  velmor_core_init() is not needed.
  *
  *  Returns a pointer to constant data: the same on every call, valid while the library is loaded
  */

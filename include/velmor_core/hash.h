@@ -13,8 +13,8 @@ extern "C" {
 
 /** The SHA-256 digest of a buffer (FIPS 180-4, Secure Hash Standard).
  *
- *  It cannot fail: it allocates and copies nothing. The SHA instructions of the processor are used
- *  if there are any; velmor_core_init() is not needed.
+ *  It cannot fail, since it allocates nothing. It uses the SHA instructions if the processor has
+ *  them. velmor_core_init() is not needed.
  *
  *  In:   data    the bytes to hash, of any alignment; may be null if size is 0
  *        size    their number, 0 allowed

@@ -7,8 +7,8 @@
  *
  *  Objects.  An object is bytes plus the tree of the chunks in them. The bytes are a file, a buffer
  *  of the caller's, or a cache, which is memory that grows. Opening an object reads the tree. An
- *  object holds any number of top-level chunks. Above them stands the virtual root, a group that
- *  has no header in the bytes.
+ *  object holds any number of top-level chunks. Above them is the virtual root, a group that has no
+ *  header in the bytes.
  *
  *  Edits.  An edit changes the stored bytes before it returns. Closing has nothing to flush. An
  *  edit that fails is not undone: see "When an edit fails" below.
@@ -17,63 +17,64 @@
  *  the pad byte. The total size is 8 + data size, rounded up to even. Offsets within data count
  *  from the first data byte.
  *
- *  Size limit.  A group must stay below 4 GiB: its data size has 32 bits. Nothing checks this. When
- *  the sum passes 2^32 - 1, the size field wraps, the edit succeeds all the same, and the bytes do
- *  not open again. So compare before you add or lengthen a chunk. The top-level group is the
- *  largest of a chunk's ancestors; checking that one is enough:
+ *  Size limit.  A group must stay below 4 GiB: its data size has 32 bits. Nothing checks this. An
+ *  edit that makes a group larger than 2^32 - 1 bytes succeeds, but the size field wraps to a small
+ *  number. Then the bytes do not open again. So compare before you add or lengthen a chunk. The
+ *  top-level group is the largest of a chunk's ancestors. It is enough to check that one:
  *
  *    (uint64_t)velmor_core_riff_chunk_get_data_size(top) + added <= UINT32_MAX
  *
- *  There, `added` is the total size of the new chunk, or the growth. The virtual root has no size
- *  field: an object may hold any number of top-level chunks of up to 4 GiB each.
+ *  `added` is the total size of a new chunk, or the number of bytes by which a chunk grows. The
+ *  virtual root has no size field: an object may hold any number of top-level chunks of up to 4 GiB
+ *  each.
  *
- *  Opening is no validation.  Whatever can be read as a row of chunks opens. A PNG, JPEG, FLAC or
- *  text file opens as one data chunk: its first eight bytes are read as id and data size, and most
- *  of the data is missing. A million zero bytes open as 125,000 empty chunks. Check the ids, and
- *  the data that you need. In detail:
+ *  Opening does not validate.  All bytes that can be read as a row of chunks open. A PNG, JPEG,
+ *  FLAC or text file opens as one data chunk: its first eight bytes are read as id and data size,
+ *  and most of the data is missing. A million zero bytes open as 125,000 empty chunks. Check the
+ *  ids, and the data that you need. In detail:
  *
- *  - Each group has to end exactly where its last child ends. A stream whose header holds
- *    placeholder sizes, such as 0 or 2^32 - 1, does not open.
- *  - Bytes after the last top-level chunk are read as further chunks, whatever they are. An ID3
- *    tag opens as a data chunk that runs past the end. Less than a header, one to seven bytes,
- *    does not open.
+ *  - Each group has to end exactly where its last child ends. A stream that has the same
+ *    placeholder in all sizes, such as 0 or 2^32 - 1, does not open.
+ *  - Bytes after the last top-level chunk are read as further chunks, whatever they are. An ID3 tag
+ *    opens as a data chunk that runs past the end. If one to seven bytes are left, fewer than a
+ *    header has, the object does not open.
  *  - A last chunk may run past the end of the bytes: see "Chunks that were cut short".
  *
  *  Free space.  A data chunk with the id "JUNK" is free space. velmor_core_riff_chunk_recycle()
  *  turns a chunk into free space. velmor_core_riff_chunk_add_data_chunk() and
  *  velmor_core_riff_chunk_add_cache() use the free chunks of the group that they add to, before the
- *  group grows. Two kinds of free chunks stay unused until the object is opened again, even if
- *  velmor_core_riff_chunk_recycle() makes them larger:
+ *  group grows. Edits do not use two kinds of free chunks until the object is opened again, even if
+ *  recycling a neighbour makes them larger:
  *
  *  - a chunk with the id "JUNK" that was itself added into free space
  *  - a free chunk whose data size became 0 when a new chunk took the rest
  *
- *  A group that was added under the id "JUNK" is a group, not free space. When the object is opened
- *  again, it is a data chunk, and so free space.
+ *  A group that was added under the id "JUNK" is a group, not free space. But when the object is
+ *  opened again, it is read as a data chunk. Then it is free space.
  *
- *  Order of free space.  A group's free chunks are tried in the order of a list. The first one that
- *  fits is used: the new bytes fill it exactly, or leave room for a header after them. The list is
- *  sorted from the smallest data size to the largest, equal sizes in byte order. A free chunk that
- *  is the last top-level chunk of the object comes last, whatever its size, since it can grow
- *  without moving anything. A free chunk inside a group is never treated so, even if nothing
- *  follows it in the object.
+ *  Order of free space.  A group's free chunks are tried in the order of a list. A free chunk fits
+ *  if the new bytes fill it exactly, or leave room for a header after them. The first one that fits
+ *  is used. The list is sorted from the smallest data size to the largest, equal sizes in byte
+ *  order. A free chunk that is the last top-level chunk of the object comes last whatever its size
+ *  is, since it can grow without moving anything. This holds for top-level chunks only, not for the
+ *  last chunk inside a group.
  *
- *  The list is sorted at three points: a chunk is recycled, a free chunk is split, or a free chunk
- *  enters the list. While an object is opened, the free chunks enter one by one, in byte order. The
- *  list is not sorted when velmor_core_riff_chunk_set_data_size() resizes a free chunk, nor when
- *  another edit changes which chunk is the last. So the top-level chunks "JUNK" 100, "JUNK" 20,
- *  "data" are tried in the order 100, 20 after opening: when the second one entered the list, it
- *  was the last chunk.
+ *  The list is sorted when a chunk is recycled, when a free chunk is split, and when a free chunk
+ *  enters the list. While an object is opened, the free chunks enter one by one, in byte order. Two
+ *  changes do not sort the list: velmor_core_riff_chunk_set_data_size() resizes a free chunk, or
+ *  another chunk becomes the last one. An example is an object with the top-level chunks "JUNK"
+ *  100, "JUNK" 20, "data". After opening, they are tried in the order 100, 20. When the second one
+ *  entered the list, it was the last chunk, and was sorted to the end.
  *
  *  Handles.  A chunk handle points into the tree of its object and is never freed. These end it:
  *
  *  - velmor_core_riff_close() and velmor_core_riff_cache_clear() of its object
  *  - removing the chunk or one of its ancestors
- *  - recycling it, a direct neighbour or one of its ancestors, as
- *    velmor_core_riff_chunk_recycle() describes
- *  - adding to a free chunk that is filled exactly
+ *  - recycling the chunk, the chunk directly before or after it, or one of its ancestors;
+ *    velmor_core_riff_chunk_recycle() says which handles end
+ *  - if it is a free chunk: adding chunks that fill it exactly
  *
- *  No other edit ends a handle, however far it moves the chunk. A call that fails ends none.
+ *  No other edit ends a handle, even if it moves the chunk. A call that fails ends no handle.
  *
  *  Null.  These may be null; the functions test for it:
  *
@@ -90,11 +91,11 @@
  *  - an object handle in all other functions
  *  - the out-pointer of an open function
  *
- *  New bytes.  Bytes that an edit adds but does not write are uninitialised: those at the end of a
- *  lengthened data chunk, a data chunk that is added with null data, and every pad byte. They hold
- *  what was stored there before, such as a part of the next chunk that has moved, or the old data
- *  of free space. Where a file grows at its end, they are zeros. Overwrite them if nobody may see
- *  the old data.
+ *  New bytes.  An edit does not write all bytes that it adds. The others are uninitialised: the new
+ *  bytes of a lengthened data chunk, the data of a data chunk that is added with null data, and
+ *  every pad byte. They hold what was stored at their place before, such as a part of a chunk that
+ *  has moved, or the old data of free space. Where a file grows at its end, they are zeros.
+ *  Overwrite them if the old data is secret.
  *
  *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes keeps the
  *  size that its header states. Reading or writing the missing data fails. An edit that needs
@@ -104,24 +105,26 @@
  *    there is no room for the rest of the edit.
  *  - If more is missing, the edit fails and changes nothing.
  *
- *  An edit needs the bytes that it writes, copies or removes, and a pad byte that becomes data. If
- *  it changes the size of the object, it needs all bytes before the place of the change. Adding to
- *  the virtual root needs all bytes.
+ *  These are the bytes that an edit needs. Every edit needs the bytes that it writes, copies or
+ *  removes. If a pad byte becomes data, the edit needs the pad byte. If the edit changes the size
+ *  of the object, it needs all bytes before the place of the change. Adding to the virtual root
+ *  needs all bytes.
  *
- *  When an edit fails.  All handles stay valid, those passed in and all others. Each function says
- *  which failures change nothing. The other failures leave one of two states:
+ *  When an edit fails.  All handles stay valid, whether they were passed in or not. Each function
+ *  says which failures change nothing. The other failures leave one of two states:
  *
- *  - The object is read-only. No byte has changed, but a chunk in the tree may show a new data
- *    size or id. If the call is repeated it may succeed, since the tree already shows the result.
- *    Open the object again before you rely on the tree.
+ *  - The object is read-only. No byte has changed, but a chunk in the tree may show a new data size
+ *    or id. If the call is repeated, it may return success without writing anything, since the tree
+ *    already shows the result. Open the object again before you rely on the tree.
  *  - The edit has stopped half-way. Bytes and tree may disagree, and a further edit may do more
- *    damage. Close the object and go back to a copy of the bytes. Damaged bytes may well open
- *    again.
+ *    damage. Close the object and go back to a copy of the bytes. If the bytes open again, that
+ *    proves nothing: damaged bytes often do.
  *
  *  In a buffer or cache, only velmor_core_riff_chunk_add_chunk() and
  *  velmor_core_riff_chunk_add_cache() can stop half-way: if memory runs out, or if the new bytes
- *  cannot be read as chunks. In a file, every edit can stop half-way, also if a system call fails
- *  after some bytes have changed. These are the steps of each edit, in order:
+ *  cannot be read as chunks. In a file, these two can stop half-way for the same reasons. Besides,
+ *  every edit of a file can stop half-way if a system call fails after some bytes have changed.
+ *  These are the steps of each edit, in order:
  *
  *    set_data                     write the data
  *    set_data_size, longer        lengthen the object; move up what follows; write the size fields
@@ -139,14 +142,17 @@
  *  The caller cannot tell from the result how far an edit got. To be safe, edit a copy of the file,
  *  fsync(2) it and rename(2) it over the original, as examples/retag_wav.c does.
  *
- *  Full disk.  A file system may lengthen a file first and refuse the bytes later. The edit then
- *  stops half-way: the file is longer, and some of the bytes that had to move have overwritten
- *  others. Each further try lengthens the file again.
+ *  Full disk.  Before an edit moves bytes up in a file, it reserves the room for them with
+ *  fallocate(2). If the disk is full, the edit fails; the file and the tree stay as they were,
+ *  however often you try. Two cases are not protected: a file system that cannot reserve, and an
+ *  edit that lengthens the file at its end, where nothing has to move. There the file may become
+ *  longer before the system refuses the bytes, and the edit stops half-way. In the first case,
+ *  bytes that had to move may have overwritten others.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
- *  SA_RESTART, or block signals during an edit. A process that is killed leaves a file half-way. A
- *  file that would grow past RLIMIT_FSIZE raises SIGXFSZ, which kills the process; if it is ignored
- *  the edit fails and changes nothing.
+ *  SA_RESTART, or block signals during an edit. If the process is killed during an edit, the file
+ *  can be left half-way. An edit that would lengthen a file past RLIMIT_FSIZE raises SIGXFSZ, which
+ *  kills the process. If the signal is ignored, the edit fails and changes nothing.
  *
  *  Power failure.  The library never calls fsync(2). Other programs see a change at once, but it
  *  reaches the disk when the system writes it back. An error in writing it back is not reported. To
@@ -162,19 +168,19 @@
  *  objects: that of the group and that of the chunk or cache.
  *
  *  Fork.  After fork(2), each process has its own copy of a cache or of a buffer in private memory.
- *  The two copies of a file object share one file position, so that simultaneous calls read and
- *  write at wrong places. Use the object in one of the processes only; in the other, open the file
- *  again. exec(3) closes the descriptor.
+ *  The two copies of a file object share one file position. So simultaneous calls read and write at
+ *  wrong places. Use the object in one of the processes only. In the other, open the file again.
+ *  exec(3) closes the descriptor.
  *
  *  Costs.  Opening reads three header fields of each data chunk and four of each group. In a file,
  *  each field costs an lseek(2) and a read(2). The functions that walk the tree read no bytes and
- *  take constant time, velmor_core_riff_chunk_get_child() for every index. An edit that changes the
- *  size of the object moves all bytes that follow, writes the size field of each ancestor, and
- *  passes once over the later chunks of the tree. Recycling a chunk and adding into free space move
- *  no bytes; their time grows with the number of siblings.
+ *  take constant time. velmor_core_riff_chunk_get_child() takes the same time for every index. An
+ *  edit that changes the size of the object moves all bytes that follow, writes the size field of
+ *  each ancestor, and passes once over the later chunks of the tree. Recycling a chunk and adding
+ *  into free space move no bytes; their time grows with the number of siblings.
  *
- *  Stack.  However deep groups nest, a call takes little stack. There are two exceptions: an edit
- *  that moves bytes of a file has a buffer of 64 KiB on the stack, and
+ *  Stack.  A call takes little stack, even if groups are nested deeply. There are two exceptions:
+ *  an edit that moves bytes of a file has a buffer of 64 KiB on the stack, and
  *  velmor_core_riff_chunk_add_chunk() one of 32 KiB.
  */
 #ifndef VELMOR_CORE_RIFF_H
@@ -222,7 +228,7 @@ enum {
 /** Open a file and read its chunk tree.
  *
  *  Only headers are read. Nothing is cached: each later access is an lseek(2) and a transfer. The
- *  file is not locked. What cannot seek, such as a pipe, opens as an empty tree.
+ *  file is not locked. A file that cannot seek, such as a pipe, opens as an empty tree.
  *
  *  In:   path    the file; may be null, which fails
  *        mode    VELMOR_CORE_RIFF_READ_ONLY, _READ_WRITE or _CREATE; a file is created with the
@@ -233,7 +239,7 @@ enum {
  *    VELMOR_CORE_FAILURE  path is null
  *    VELMOR_CORE_FAILURE  the file cannot be opened in this mode
  *    VELMOR_CORE_FAILURE  the file cannot be read
- *    VELMOR_CORE_FAILURE  the end of the bytes cuts a header short
+ *    VELMOR_CORE_FAILURE  the bytes end inside a header
  *    VELMOR_CORE_FAILURE  the children of a group do not end where the group ends
  *    VELMOR_CORE_FAILURE  memory runs out
  */
@@ -242,21 +248,21 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_file(const char* path, int32_t mod
 
 /** Open a buffer for reading.
  *
- *  The buffer stays the caller's: it is never written or freed. It has to live, unchanged, as long
- *  as the object. The object's capacity is 0. Edits fail, with these exceptions, which write no
- *  byte:
+ *  The buffer stays the caller's: it is never written or freed. It has to live as long as the
+ *  object, and must not change. The object's capacity is 0. Edits fail, except these, which write
+ *  no byte:
  *
  *  - giving a chunk the data size that it has
  *  - recycling a free chunk that has no free neighbour
- *  - removing the only top-level chunk, which leaves the object empty and the buffer as it was. In
- *    a read-only file, the same edit fails.
+ *  - removing the only top-level chunk: the object becomes empty, and the buffer stays as it was.
+ *    In a read-only file, the same edit fails.
  *
  *  In:   buffer  the bytes; may be null if size is 0
  *        size    their number
  *  Out:  object  receives the object, to be closed with velmor_core_riff_close(); not null
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_FAILURE  the bytes are no chunks, as in velmor_core_riff_open_file()
+ *    VELMOR_CORE_FAILURE  the bytes cannot be read as chunks: see velmor_core_riff_open_file()
  *    VELMOR_CORE_FAILURE  memory runs out
  */
 VELMOR_CORE_API int32_t velmor_core_riff_open_buffer_ro(const void* buffer, uint64_t size,
@@ -265,17 +271,18 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_buffer_ro(const void* buffer, uint
 /** Open a buffer for reading and writing.
  *
  *  The buffer stays the caller's and is never freed. It has to live as long as the object, and only
- *  the object may change it. Edits lengthen the content up to `capacity` and fail where they need
- *  more. velmor_core_riff_cache_get_size() gives the current length.
+ *  the object may change it. The object can grow up to `capacity`. An edit that needs more fails.
+ *  velmor_core_riff_cache_get_size() gives the current size.
  *
  *  In:   buffer    room for capacity bytes; may be null if capacity is 0
  *        size      how many of them hold chunks. It must not be above capacity. This is not tested:
- *                  a larger size is read past the end of the buffer.
+ *                  with a larger size, the object reads past the end of the buffer.
  *        capacity  size of the buffer in bytes
  *  Out:  object    receives the object, to be closed with velmor_core_riff_close(); not null
  *
  *  Returns VELMOR_CORE_SUCCESS, or
- *    VELMOR_CORE_FAILURE  the first size bytes are no chunks, as in velmor_core_riff_open_file()
+ *    VELMOR_CORE_FAILURE  the first size bytes cannot be read as chunks: see
+ *                         velmor_core_riff_open_file()
  *    VELMOR_CORE_FAILURE  memory runs out
  */
 VELMOR_CORE_API int32_t velmor_core_riff_open_buffer_rw(void* buffer, uint64_t size,
@@ -296,9 +303,9 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_asset(const char* path,
  *  Gather chunks under its virtual root. Add them to a group of another object in one call with
  *  velmor_core_riff_chunk_add_cache(). Clear the cache for the next batch.
  *
- *  In:   capacity  bytes to begin with, 0 allowed. When more are needed, the capacity becomes the
- *                  next multiple of itself that is above the need, so it at least doubles. From 0
- *                  it becomes exactly what is needed.
+ *  In:   capacity  bytes to begin with, 0 allowed. When the cache needs more, it multiplies its
+ *                  capacity by the smallest whole number that gives more than it needs. So the
+ *                  capacity at least doubles. A capacity of 0 becomes exactly what is needed.
  *  Out:  object    receives the object, to be closed with velmor_core_riff_close(); not null
  *
  *  Returns VELMOR_CORE_SUCCESS, or
@@ -309,8 +316,8 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_cache(uint64_t capacity,
 
 /** Close an object.
  *
- *  Frees its tree and its own memory and closes its descriptor. A buffer of the caller's stays. The
- *  handle and all chunk handles of the object end. An error of close(2) is not reported.
+ *  Frees its tree and its own memory and closes its descriptor. The caller's buffer is not freed.
+ *  The handle and all chunk handles of the object end. An error of close(2) is not reported.
  *
  *  In:   object  may be null, which does nothing
  */
@@ -347,7 +354,8 @@ VELMOR_CORE_API uint64_t velmor_core_riff_cache_get_capacity(velmor_core_riff_ob
 
 /** The number of bytes that an object of any kind holds.
  *
- *  For a file it is the length when it was opened, updated by the object's own edits only.
+ *  For a file it is the length at the time of opening, plus and minus the object's own edits.
+ *  Changes by others are not seen.
  *
  *  In:   object  must not be null
  *
@@ -358,8 +366,8 @@ VELMOR_CORE_API uint64_t velmor_core_riff_cache_get_size(velmor_core_riff_object
 /** Drop all chunks of a cache and set its size to 0.
  *
  *  The capacity stays, and no byte is written. All chunk handles of the object end, except that of
- *  the virtual root. Other objects lose tree and size in the same way: the bytes of a buffer stay,
- *  and a file keeps its length until the next edit changes it.
+ *  the virtual root. An object over a buffer or a file loses its tree and its size in the same way.
+ *  The bytes of the buffer stay. The file keeps its length until the next edit changes it.
  *
  *  In:   object  must not be null
  */
@@ -423,7 +431,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_get_child(
 
 /** The data size of a chunk in bytes: its size field.
  *
- *  That of a group counts its group id and its children.
+ *  The data size of a group counts its group id and its children.
  *
  *  In:   chunk  must not be null
  *
@@ -469,8 +477,8 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_get_data(velmor_core_riff_chunk_t
  *    VELMOR_CORE_BAD_HANDLE  chunk is null or not a data chunk; nothing is changed
  *    VELMOR_CORE_FAILURE     the range is not within the data size; nothing is changed
  *    VELMOR_CORE_FAILURE     the chunk was cut short within the range; nothing is changed
- *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. With size 0, a file
- *                            succeeds and a buffer fails
+ *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. If size is 0, the call
+ *                            succeeds for a file and fails for a buffer
  *    VELMOR_CORE_FAILURE     the file cannot be written; the first bytes may have changed
  */
 VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t* chunk,
@@ -492,9 +500,12 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data(velmor_core_riff_chunk_t
  *    VELMOR_CORE_FAILURE     the buffer has no room; nothing is changed
  *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
  *    VELMOR_CORE_FAILURE     the file cannot be lengthened; nothing is changed
- *    VELMOR_CORE_FAILURE     the chunk was cut short; nothing is changed
+ *    VELMOR_CORE_FAILURE     the total size would change, and the chunk was cut short by more than
+ *                            its pad byte; nothing is changed
+ *    VELMOR_CORE_FAILURE     the pad byte would become data, and the chunk was cut short by more
+ *                            than its pad byte; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the chunk shows the
- *                            new data size if the total size is the same
+ *                            new data size if the total size stays the same
  *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
  *                            half-way
  */
@@ -503,9 +514,10 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_ch
 
 /** Append a copy of a chunk, with everything in it, to a group.
  *
- *  The copy takes header, data and pad byte as they are stored. So a group that was added under an
- *  id other than "RIFF" or "LIST" arrives as a data chunk. The source stays where it is. Free space
- *  is not used. Ancestors must stay below 4 GiB: see "Size limit". No handle ends.
+ *  The copy takes header, data and pad byte as they are stored. The kind of the copy depends on the
+ *  stored id: a group that was added under an id other than "RIFF" or "LIST" is copied as a data
+ *  chunk. The source stays where it is. Free space is not used. Ancestors must stay below 4 GiB:
+ *  see "Size limit". No handle ends.
  *
  *  The call uses the objects of both arguments: no other thread may use either of them.
  *
@@ -519,22 +531,23 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_set_data_size(velmor_core_riff_ch
  *    - chunk is `group` or one of its ancestors; nothing is changed;
  *    - chunk was cut short by more than its pad byte; nothing is changed;
  *    - chunk is in another object and lacks its pad byte; nothing is changed;
- *    - the object of group was cut short where the edit needs its bytes; nothing is changed;
+ *    - the object of group was cut short, and the edit needs missing bytes; nothing is changed;
  *    - the object of group cannot grow or is read-only; nothing is changed;
  *    - memory runs out; the edit may stop half-way;
  *    - a file cannot be read or written; the edit may stop half-way;
  *    - the copied bytes hold a data chunk that was added under the id "RIFF" or "LIST", and whose
- *      data is no list of chunks; the edit stops half-way.
+ *      data is not a list of chunks; the edit stops half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
     velmor_core_riff_chunk_t* group, velmor_core_riff_chunk_t* chunk);
 
 /** Add all chunks of a cache, or of an object over a buffer, to a group.
  *
- *  They stay together and in order. They go into the free space that
- *  velmor_core_riff_chunk_add_data_chunk() would use for that many bytes, else they are appended. A
- *  free chunk that is filled exactly ends, and its handle with it. The cache stays as it is.
- *  Ancestors must stay below 4 GiB: see "Size limit".
+ *  They stay together and in order. They are added where velmor_core_riff_chunk_add_data_chunk()
+ *  would add a chunk of the same total size: in free space, or else as the last children. Free
+ *  space is used even if they are a single chunk without data. If they fill a free chunk exactly,
+ *  the handle of the free chunk ends. The cache is not changed. Ancestors must stay below 4 GiB:
+ *  see "Size limit".
  *
  *  The call uses the object of the group and the cache: no other thread may use either of them.
  *
@@ -547,32 +560,31 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
  *    - cache is null, a file, or the object of group; nothing is changed;
  *    - cache is empty; nothing is changed;
  *    - the last chunk of cache was cut short, even by the pad byte alone; nothing is changed;
- *    - the object of group was cut short where the edit needs its bytes; nothing is changed;
+ *    - the object of group was cut short, and the edit needs missing bytes; nothing is changed;
  *    - the object of group cannot grow; nothing is changed;
  *    - the object of group is read-only; no byte is changed, but a free chunk that is the last
  *      top-level chunk may show a data size that is larger by 1;
  *    - memory runs out; the edit may stop half-way;
  *    - the file cannot be read or written; the edit may stop half-way;
- *    - cache holds a data chunk that was added under the id "RIFF" or "LIST", and whose data is no
- *      list of chunks; the edit stops half-way.
+ *    - cache holds a data chunk that was added under the id "RIFF" or "LIST", and whose data is not
+ *      a list of chunks; the edit stops half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
     velmor_core_riff_chunk_t* group, velmor_core_riff_object_t* cache);
 
 /** Add a data chunk to a group.
  *
- *  The chunk goes into the first free chunk of the group that it fills exactly, or that leaves room
- *  for a header after it: see "Order of free space". If there is none, and the free chunk at the
- *  end of that order is the last top-level chunk of the object, that free chunk grows until the new
- *  one fits. Otherwise, and always if data_size is 0, the new chunk is appended as the group's last
- *  child, and the bytes after the group move.
+ *  The new chunk goes into the first free chunk of the group that fits: see "Order of free space".
+ *  If none fits, the last free chunk in that order may grow until the new chunk fits. It grows only
+ *  if it is the last top-level chunk of the object. In all other cases, and always if data_size is
+ *  0, the new chunk is appended as the group's last child, and the bytes after the group move.
  *
- *  A free chunk that is filled exactly ends, and its handle with it. The pad byte of data of odd
- *  size is not written. Ancestors must stay below 4 GiB: see "Size limit".
+ *  If the new chunk fills a free chunk exactly, the handle of the free chunk ends. The pad byte of
+ *  data of odd size is not written. Ancestors must stay below 4 GiB: see "Size limit".
  *
  *  In:   group      where the chunk goes; may be null, which fails
- *        id         its id. "RIFF" and "LIST" do not make a group here, but the bytes will be read
- *                   as one when they are opened again: for groups there is
+ *        id         its id. Do not use "RIFF" or "LIST": they give a data chunk here, but a group
+ *                   when the bytes are opened again. To add a group, use
  *                   velmor_core_riff_chunk_add_group_chunk().
  *        data       its data; may be null, which leaves the data uninitialised
  *        data_size  its data size in bytes
@@ -580,7 +592,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
  *  Returns the new chunk, or null when
  *    - group is null or not a group; nothing is changed;
  *    - the object cannot grow; nothing is changed;
- *    - the object was cut short where the edit needs its bytes; nothing is changed;
+ *    - the object was cut short, and the edit needs missing bytes; nothing is changed;
  *    - memory runs out; nothing is changed;
  *    - the object is read-only; no byte is changed, but a free chunk that is the last top-level
  *      chunk may show a data size that is larger by 1;
@@ -602,7 +614,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_data_chunk(
  *  Returns the new group, or null when
  *    - group is null or not a group; nothing is changed;
  *    - the object cannot grow or is read-only; nothing is changed;
- *    - the object was cut short where the edit needs its bytes; nothing is changed;
+ *    - the object was cut short, and the edit needs missing bytes; nothing is changed;
  *    - memory runs out; nothing is changed;
  *    - the file cannot be read or written; the edit may stop half-way.
  */
@@ -611,10 +623,10 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
 
 /** Turn a chunk into free space, without moving a byte.
  *
- *  It is joined with free chunks directly before and after it, up to a total size of 2^32 - 1
- *  bytes. The object and all groups keep their sizes. The data stays in the bytes until it is
- *  overwritten. 4 or 8 bytes of a header are written. Nothing is written if the chunk is free and
- *  has no free neighbour.
+ *  If there is a free chunk directly before or after it, they are joined. A free neighbour is left
+ *  out if the total size would exceed 2^32 - 1 bytes. The object and all groups keep their sizes.
+ *  The data stays in the bytes until it is overwritten. 4 or 8 bytes of a header are written.
+ *  Nothing is written if the chunk is free and has no free neighbour.
  *
  *  In:   chunk  pointer to the handle of the chunk; may be null, which fails
  *  Out:  chunk  receives the free chunk that covers the bytes now, on success
@@ -623,7 +635,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *
  *  - that of the chunk, if it is a group or is joined with a free neighbour
  *  - those of all chunks in it, if it is a group
- *  - that of the free chunk after it, if a free chunk before it takes both
+ *  - that of the free chunk after it, if both are joined with a free chunk before it
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null; nothing is changed
@@ -632,7 +644,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *                            changed
  *    VELMOR_CORE_FAILURE     the pad byte would become free data, and the chunk was cut short by
  *                            more than the pad byte; nothing is changed
- *    VELMOR_CORE_FAILURE     the pad byte would become free data, it is missing, and the object
+ *    VELMOR_CORE_FAILURE     the pad byte would become free data, but it is missing and the object
  *                            cannot grow; nothing is changed
  *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the tree may show
@@ -643,8 +655,8 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t*
 
 /** Remove a chunk and everything in it.
  *
- *  The bytes after the chunk move down, and the object becomes shorter. The handle of the chunk and
- *  all handles of what it held end.
+ *  The bytes after the chunk move down, and the object becomes shorter. The handle of the chunk
+ *  ends. If it is a group, the handles of all chunks in it end, too.
  *
  *  In:   chunk  may be null, which fails
  *
@@ -653,7 +665,8 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t*
  *    VELMOR_CORE_FAILURE     chunk is a virtual root; nothing is changed
  *    VELMOR_CORE_FAILURE     chunk was cut short by more than its pad byte; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. The only top-level chunk
- *                            of a read-only buffer is removed with success all the same
+ *                            of a read-only buffer is an exception: removing it succeeds, see
+ *                            velmor_core_riff_open_buffer_ro()
  *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
  *                            half-way
  */

@@ -1,4 +1,4 @@
-/** Strings to numbers: the numbers and sums that people type into fields and files.
+/** Strings to numbers: the numbers and expressions that people type into fields and files.
  *
  *  The input of these functions is a number text: an arithmetic expression over numbers that may
  *  have SI and binary prefixes.
@@ -7,10 +7,10 @@
  *
  *    12            an integer, up to 2^64 - 1; a larger one counts as 2^64 - 1
  *    1.5           a decimal fraction; the digits after the point may be missing: 1.
- *    1e3  1.5e-3   a decimal exponent: a small e, and digits on both sides of a point
+ *    1e3  1.5e-3   a decimal exponent after a small e; a point needs digits on both sides
  *    4k  1.5k      an SI prefix: p n u m c d h k M G T, from 10^-12 to 10^12
  *    4k7           an SI prefix in place of the decimal point: 4700
- *    1.5da  4da7   the SI prefix da (10), after a fraction or in place of the point: 15 and 47
+ *    1.5da  4da7   the SI prefix da (10): 15 and 47; 4da is rejected, see below
  *    4Ki           a binary prefix, after an integer only: Ki Mi Gi Ti, 2^10 2^20 2^30 2^40
  *
  *  Case matters: m is a thousandth, M a million. The decimal point is '.' in every locale. Leading
@@ -20,19 +20,19 @@
  *
  *    ( )           parentheses
  *    ^             power, grouped from the right: 2^3^2 is 512
- *    + -           a sign; one at most, and not directly after ^
+ *    + -           a sign: at most one for an operand, and not directly after ^
  *    * / %         product, quotient, remainder with the sign of the left operand
  *    + -           sum, difference
  *
- *  So -2^2 is -4, and 2*-3 and 2--3 are valid. A text may have up to 2^31 - 2 bytes. Depth has no
- *  limit.
+ *  So -2^2 is -4. The texts 2*-3 and 2--3 are valid. A text may have up to 2^31 - 2 bytes.
+ *  Parentheses may be nested to any depth.
  *
  *  Blanks.  Spaces, tabs and carriage returns may stand before and after numbers and operators.
  *
  *  Lines.  A text may have several lines, separated by newlines. Empty lines do not count. Each
  *  other line has to be one valid expression. The first one is the result.
  *
- *  Rejected.  These texts are typed and are not in the language:
+ *  Rejected.  People type these texts, too, but they are not accepted:
  *
  *    1,5           the decimal point is '.'
  *    .5            write 0.5
@@ -40,7 +40,7 @@
  *    1.5 k         no blank between number and prefix
  *    1.5Ki         a binary prefix needs an integer: write 1.5*1Ki
  *    4da           write 4*10, 4da0 or 4.0da
- *    1.5k7  1.k    a prefix stands at the end of a fraction, or is the point; 1.k has no digit
+ *    1.5k7  1.k    a prefix ends the number or replaces the point, and follows a digit
  *    1E3  1.e3     write 1e3
  *    0x10          no hexadecimal numbers
  *    1_000  1 000  no separators
@@ -50,26 +50,29 @@
  *    4kB  10 Hz    no units
  *    inf  nan      no names
  *
- *  Bytes other than ASCII are rejected, the micro sign among them: write 5u. An empty text, and one
- *  of blanks and newlines only, is rejected, too.
+ *  Bytes other than ASCII are rejected, the micro sign among them: write 5u. A text without a
+ *  number is rejected: an empty one, or one of blanks and newlines only.
  *
  *  Calculation.  Everything is computed in IEEE 754 double precision. Only the result is converted.
- *  So integers above 2^53 are rounded: 9223372036854775807 becomes 2^63. Nothing is checked for its
- *  range: 1/0 is infinity, 1%0 is NaN, and each function says what it makes of them.
+ *  So integers above 2^53 are rounded: 9223372036854775807 becomes 2^63. The range of a value is
+ *  not checked: 1/0 is infinity, and 1%0 is NaN. The text of each function gives the result for
+ *  such values.
  *
- *  Large integers.  An integer from 2^63 to 2^64 - 1, in digits or with a binary prefix, is taken
- *  minus 2^64. So the text 18446744073709551615 gives -1 as a signed integer and as a double, and
- *  18446744073709551615 as an unsigned integer. The text -1 gives the same three results. So does
- *  18446744073709551616, which counts as 2^64 - 1.
+ *  Large integers.  If an integer in the text is 2^63 to 2^64 - 1, in digits or with a binary
+ *  prefix, 2^64 is subtracted from it before the calculation. For example, 18446744073709551615
+ *  gives -1 as a signed integer and as a double. As an unsigned integer, it gives the number that
+ *  was typed. The text -1 gives the same three results. So does 18446744073709551616, which counts
+ *  as 2^64 - 1.
  *
- *  To check a range from 0 to a limit below 2^63, convert to a double and compare: a single integer
- *  that is too large is negative, or 2^63 or more. Within an expression nothing shows it:
- *  18446744073709551615+10 is 9. To be certain, accept single numbers only: convert the number
- *  without its sign, and reject negative results. A number with a decimal point is not affected.
+ *  Say that a program accepts values from 0 to a limit below 2^63. Convert to a double, and compare
+ *  with 0 and the limit. A single integer that is too large gives a double below 0, or of 2^63 or
+ *  more, and fails the comparison. In an expression it can pass: 18446744073709551615+10 is 9. To
+ *  be certain, accept single numbers only. Remove the sign from the text and convert the rest. If
+ *  the result is negative, the number was too large. Numbers with a decimal point are not affected.
  *
- *  Rounding.  A decimal number is the double nearest to it. A prefix is one multiplication, which
- *  rounds once more: 1.001k is 1000.9999999999999, and 1000 as an integer. Where fractions of a
- *  unit are typed, ask for the double and round it.
+ *  Rounding.  A decimal number is the double nearest to it. A prefix multiplies this double, and
+ *  the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an
+ *  integer. If people type fractions with prefixes, convert to a double and round it.
  *
  *  Results.  Every function returns true and writes its result, or returns false and leaves the
  *  result as it was. It returns false if the text is rejected or memory runs out. The same text
@@ -93,24 +96,23 @@ extern "C" {
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the integer; not null
  *
- *  Returns true, or false if the text is rejected or memory runs out; value is untouched
+ *  Returns true, or false if the text is rejected or memory runs out; on false, value is untouched
  */
 VELMOR_CORE_API bool velmor_core_str_to_i64(const char* str, int64_t* value);
 
 /** Convert a number text to an unsigned 64-bit integer.
  *
- *  The value is truncated toward zero. Infinities count as very large and very small values. Then
- *  the value is converted as follows:
+ *  The value is truncated toward zero. Then it is converted as follows:
  *
- *    0 to 2^64 - 1              the value
- *    above -2^63, below 0       the value + 2^64: -1 gives 18446744073709551615
- *    2^64 and more              0
- *    -2^63 and less, NaN        9223372036854775808
+ *    0 to 2^64 - 1                     the value
+ *    above -2^63, below 0              the value + 2^64: -1 gives 18446744073709551615
+ *    2^64 and more, infinity           0
+ *    -2^63 and less, -infinity, NaN    9223372036854775808
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the integer; not null
  *
- *  Returns true, or false if the text is rejected or memory runs out; value is untouched
+ *  Returns true, or false if the text is rejected or memory runs out; on false, value is untouched
  */
 VELMOR_CORE_API bool velmor_core_str_to_u64(const char* str, uint64_t* value);
 
@@ -122,7 +124,7 @@ VELMOR_CORE_API bool velmor_core_str_to_u64(const char* str, uint64_t* value);
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the double; not null
  *
- *  Returns true, or false if the text is rejected or memory runs out; value is untouched
+ *  Returns true, or false if the text is rejected or memory runs out; on false, value is untouched
  */
 VELMOR_CORE_API bool velmor_core_str_to_f64(const char* str, double* value);
 

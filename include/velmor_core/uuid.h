@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-/** A UUID: 16 bytes. The null UUID has only bytes of 0. */
+/** A UUID: 16 bytes. All bytes of the null UUID are 0. */
 typedef struct {
   /** The 16 bytes, in the order of the text form. */
   uint8_t bytes[16];
@@ -23,8 +23,8 @@ typedef struct {
 
 /** Make a random UUID: version 4 of RFC 4122, with 122 bits from the kernel's random source.
  *
- *  Calls getrandom(2), which waits if the system has just started and its source is not ready.
- *  Nothing is kept between calls: UUIDs differ between threads and after fork(2).
+ *  Calls getrandom(2). Directly after the system has started, this can wait until the random source
+ *  is ready. Nothing is kept between calls: UUIDs differ between threads and after fork(2).
  *
  *  The random source fails only on a system that forbids the call. This is not reported, and the
  *  record stays as it is. To find out, clear the record before the call and test it afterwards with
@@ -49,13 +49,13 @@ VELMOR_CORE_API void velmor_core_uuid_clear(velmor_core_uuid_t* uuid);
  *    {00112233-4455-6677-8899-aabbccddeeff}
  *    {00112233445566778899aabbccddeeff}
  *
- *  Digits may be in upper or lower case. No other form is accepted: no white space around it, no
- *  prefix, no other or fewer hyphens.
+ *  Digits may be in upper or lower case. No other form is accepted. White space around it, a
+ *  prefix, and hyphens at other places or in another number make the text invalid.
  *
  *  In:   text  bytes up to a NUL; may be null, which fails
  *  Out:  uuid  receives the UUID
  *
- *  Returns true, or false if the text is null or no UUID; the record is untouched
+ *  Returns true, or false if the text is null or no UUID; on false, the record is untouched
  */
 VELMOR_CORE_API bool velmor_core_uuid_parse(const char* text, velmor_core_uuid_t* uuid);
 
@@ -65,10 +65,10 @@ VELMOR_CORE_API bool velmor_core_uuid_parse(const char* text, velmor_core_uuid_t
  *  them makes the text invalid.
  *
  *  In:   text    bytes, no NUL needed after them; may be null, which fails
- *        length  their number; 0 is allowed, and fails
+ *        length  their number; 0 fails
  *  Out:  uuid    receives the UUID
  *
- *  Returns true, or false if the text is null or no UUID; the record is untouched
+ *  Returns true, or false if the text is null or no UUID; on false, the record is untouched
  */
 VELMOR_CORE_API bool velmor_core_uuid_parse2(const char* text, uint64_t length,
                                              velmor_core_uuid_t* uuid);

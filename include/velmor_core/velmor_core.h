@@ -25,9 +25,10 @@
  *  Null.  Where a text says that a pointer may be null, the function tests for it. Every other
  *  pointer must be valid and not null: this is not tested.
  *
- *  Ownership.  Strings and buffers passed in are used during the call only; the buffers that RIFF
- *  objects are opened over are the exception. What an open function returns belongs to the caller
- *  until the matching close. Pointers to constant data are never freed.
+ *  Ownership.  Strings and buffers passed in are used during the call only. There is one exception:
+ *  a RIFF object uses the buffer that it was opened over until it is closed. What an open function
+ *  returns belongs to the caller until the matching close. Pointers to constant data are never
+ *  freed.
  *
  *  Threads.  The library starts no threads and takes no locks. Functions without a handle argument
  *  may run on any number of threads at once. One thread at a time uses an object and its chunks. A
@@ -37,7 +38,7 @@
  *  else works without it.
  *
  *  Strings.  A const char* points to bytes up to a terminating NUL. They are passed on without
- *  conversion: a file name is what open(2) takes.
+ *  conversion. A file name goes to open(2) as it is.
  */
 #ifndef VELMOR_CORE_VELMOR_CORE_H
 #define VELMOR_CORE_VELMOR_CORE_H

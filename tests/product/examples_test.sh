@@ -3,14 +3,7 @@
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 examples=$(realpath "$4")
 
-readme_lists_the_chunks() {
-  expect_equal list "fmt  16
-LIST 72
-data 8000" "$("$examples/readme" "$data/tagged.wav")"
-  "$examples/readme" gone && fail "no file"
-  : >empty
-  expect_equal list "" "$("$examples/readme" empty)"
-}
+# Tests
 
 retag_wav_sets_and_adds_the_title() {
   local file title

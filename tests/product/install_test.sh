@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs a build and uninstalls it again; installs it, moves the tree, and lets C and C++ consumers
-# find it there, by CMake and by pkg-config; then each header alone, in both languages.
+# Installs a build and uninstalls it again. Installs it once more, moves the tree, and lets programs
+# find it there. Then compiles each header alone, in both languages.
 #   install_test.sh SOURCE BUILD CC CXX
 set -euo pipefail
 source=$1 build=$2 cc=$3 cxx=$4
@@ -8,7 +8,6 @@ work=$(mktemp -d)
 manifest=$build/install_manifest.txt  # of the user's own installation: put back in the end
 [ ! -e "$manifest" ] || cp "$manifest" "$work/manifest"
 trap 'rm -f "$manifest"; [ ! -e "$work/manifest" ] || cp "$work/manifest" "$manifest"; rm -rf "$work"' EXIT
-expected='data 3, version 0x1000000100000'
 
 mkdir -p "$work/bare/share/man/man1"
 touch "$work/bare/share/man/man1/other.1"
@@ -23,34 +22,32 @@ mkdir "$work/moved"
 mv "$work/first" "$work/moved/prefix"
 prefix=$work/moved/prefix
 
-expect() { # COMMAND prints the expected line
-  local got
-  got=$("$@")
-  [ "$got" = "$expected" ] || { echo "$*: '$got'" >&2; exit 1; }
-}
-
-CC=$cc CXX=$cxx cmake -G Ninja -S "$source/tests/product/consumer" -B "$work/cmake" \
-  -DCMAKE_PREFIX_PATH="$prefix" >>"$work/log"
-cmake --build "$work/cmake" >>"$work/log"
-expect "$work/cmake/consumer_c"
-expect "$work/cmake/consumer_cpp"
-
+# The README's programs, built by CMake and by pkg-config.
 pc=$(find "$prefix" -name velmor-core.pc -printf %h)
-flags=$(PKG_CONFIG_PATH=$pc pkg-config --cflags --libs velmor-core)
-libdir=$(PKG_CONFIG_PATH=$pc pkg-config --variable=libdir velmor-core)
-strict='-Wall -Wextra -Wpedantic -Wconversion -Werror'
-# shellcheck disable=SC2086
-"$cc" -std=c99 $strict "$source/tests/product/consumer/consumer.c" $flags -o "$work/c"
-# shellcheck disable=SC2086
-"$cxx" -std=c++17 $strict "$source/tests/product/consumer/consumer.cpp" $flags -o "$work/cpp"
-LD_LIBRARY_PATH=$libdir expect "$work/c"
-LD_LIBRARY_PATH=$libdir expect "$work/cpp"
+export PKG_CONFIG_PATH=$pc LD_LIBRARY_PATH=${pc%/pkgconfig}
+(cd "$source" && CC=$cc CXX=$cxx PATH=$prefix/bin:$PATH CMAKE_PREFIX_PATH=$prefix debian/tests/readme) \
+  >>"$work/log"
 
+strict='-Wall -Wextra -Wpedantic -Wconversion -Werror'
+# shellcheck disable=SC2046,SC2086
+"$cxx" -std=c++17 -fno-exceptions $strict "$source/tests/product/no_exceptions.cpp" \
+  $(pkg-config --cflags --libs velmor-core) -o "$work/no_exceptions"
+"$work/no_exceptions"
+
+check() { # LANGUAGE COMPILER FLAG… of $header alone
+  echo "#include <velmor_core/$(basename "$header")>" >"$work/alone.$1"
+  # shellcheck disable=SC2086
+  "${@:2}" $strict -I"$prefix/include" -fsyntax-only "$work/alone.$1"
+}
 for header in "$prefix"/include/velmor_core/*.h; do
-  echo "#include <velmor_core/$(basename "$header")>" >"$work/alone.c"
-  cp "$work/alone.c" "$work/alone.cpp"
-  # shellcheck disable=SC2086
-  "$cc" -std=c99 $strict -I"$prefix/include" -fsyntax-only "$work/alone.c"
-  # shellcheck disable=SC2086
-  "$cxx" -std=c++17 $strict -Wold-style-cast -I"$prefix/include" -fsyntax-only "$work/alone.cpp"
+  check c "$cc" -std=c99
+  check cpp "$cxx" -std=c++17 -Wold-style-cast
+done
+for header in "$prefix"/include/velmor_core/*.hpp; do
+  check cpp "$cxx" -std=c++17 -Wold-style-cast
+  check cpp "$cxx" -std=c++20 -Wold-style-cast -fno-exceptions
+  if check cpp "$cxx" -std=c++14 2>"$work/errors" || [ "$(grep -c error: "$work/errors")" != 1 ]; then
+    echo "$header: not one error line below C++17" >&2
+    exit 1
+  fi
 done

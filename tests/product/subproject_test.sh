@@ -10,7 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 mkdir "$work/project"
-cp "$source/tests/product/consumer/consumer.c" "$work/project"
+cp "$source/examples/readme.c" "$work/project"
 cat >"$work/project/CMakeLists.txt" <<'EOF'
 cmake_minimum_required(VERSION 3.25)
 project(app LANGUAGES C CXX)
@@ -21,7 +21,7 @@ if(FETCH)
 else()
   add_subdirectory(${VELMOR_CORE} velmor-core)
 endif()
-add_executable(app consumer.c)
+add_executable(app readme.c)
 target_link_libraries(app PRIVATE velmor::core)
 EOF
 
@@ -44,7 +44,6 @@ done
 run cmake --build "$out" -j 2
 others=$(nm -g --defined-only "$out/velmor-core/libvelmor-core.a" | grep -v ' T velmor_core_' | grep ' . ') &&
   { echo "the static library also defines $others" >&2; exit 1; }
-got=$("$out/app")
-[ "$got" = 'data 3, version 0x1000000100000' ] || { echo "app prints '$got'" >&2; exit 1; }
+"$out/app" "$source/examples/data/tagged.wav" | grep -qx 'LIST 72'
 run cmake --install "$out" --prefix "$work/prefix"
 [ ! -e "$work/prefix" ] || { echo "installed: $(find "$work/prefix")" >&2; exit 1; }

@@ -1,9 +1,14 @@
-# What "check" finds and "repair" mends, and what other programs make of it. See support/shell.sh for
-# the arguments.
+# What "check" finds and "repair" repairs, and what other programs make of it. See support/shell.sh
+# for the arguments.
 fixtures=$(realpath "${BASH_SOURCE%/*}/data")
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 bytes() { printf "$(printf '\\x%s' "$@")"; }
+
+needs() {
+  local name
+  for name; do type "$name" >/dev/null 2>&1 || { echo "$name is not installed"; exit 77; }; done
+}
 
 # finds STATUS FILE [FINDING...]: all that check says, and in this order
 finds() {
@@ -15,140 +20,199 @@ finds() {
   expect_equal "findings in $file" "$expected" "$(<err)"
 }
 
-# mends FILE [OPTION...]: into the file "mended", which is clean and opens; sets `said`
-mends() {
-  rm -f mended
-  said=$("$program" repair "$@" -o mended 2>&1) || fail "repair of $1: $said"
-  "$program" check mended >out 2>err || fail "still damaged, $1: $(<err)"
-  [[ -s err ]] && fail "warnings after repair of $1: $(<err)"
-  "$program" tree mended >out || fail "tree of mended $1"
+# repairs FILE [OPTION...]: into the file "repaired", in which check finds nothing; sets `said`
+repairs() {
+  rm -f repaired
+  said=$("$program" repair "$@" -o repaired 2>&1) || fail "repair of $1: $said"
+  "$program" check repaired >out 2>err || fail "still damaged, $1: $(<err)"
+  [[ -s err && $(<err) != *"announces an index, which is not there"* ]] && fail "warnings after repair of $1: $(<err)"
+  "$program" set repaired RIFF/data x --dry-run >out 2>err || [[ $(<err) == *"no chunk data"* ]] || fail "opens: $(<err)"
+}
+
+# refuses FILE [OPTION...]: repair writes nothing
+refuses() {
+  rm -f repaired
+  "$program" repair "$@" -o repaired >out 2>err && fail "repair of $1: $(<out)"
+  [[ -e repaired || -s out ]] && fail "output of repair of $1: $(<out)"
+  return 0
 }
 
 judged_sound() {
-  local kind=$1 complaints
-  case $kind in
-    wav) complaints=$(soxi mended 2>&1 >out && ffprobe -v warning mended 2>&1) || fail "$complaints" ;;
-    avi) complaints=$(ffprobe -v warning mended 2>&1 && ffmpeg -v error -i mended -f null - 2>&1) || fail "$complaints" ;;
-    webp) complaints=$(webpinfo -quiet mended 2>&1) || fail "$complaints" ;;
+  local complaints
+  case $1 in
+    wav) complaints=$(soxi repaired 2>&1 >out && ffprobe -v warning repaired 2>&1) || fail "$complaints" ;;
+    avi) complaints=$(ffprobe -v warning repaired 2>&1 && ffmpeg -v error -i repaired -f null - 2>&1) || fail "$complaints" ;;
   esac
-  expect_equal "complaints about $kind" "" "$complaints"
+  expect_equal "complaints about $1" "" "$complaints"
 }
 
-needs() {
-  local name
-  for name; do type "$name" >/dev/null 2>&1 || { echo "$name is not installed"; exit 77; }; done
-}
+# Tests
 
 streams_get_their_sizes() {
   needs ffmpeg ffprobe soxi
   cp "$fixtures"/* .
-  finds 1 streamed_ffmpeg.wav \
-    "RIFF:WAVE/data has the size 0xFFFFFFFF of an unfinished stream, and 1600 bytes (at offset 36)" \
-    "RIFF:WAVE has the size 0xFFFFFFFF of an unfinished stream, and 1636 bytes (at offset 0)"
-  finds 1 streamed_sox.wav \
-    "RIFF:WAVE/data has the size 0x7FFFF000 of an unfinished stream, and 1600 bytes (at offset 36)" \
-    "RIFF:WAVE has the size 0x7FFFF024 of an unfinished stream, and 1636 bytes (at offset 0)"
+  # A recorder that was stopped: the sizes of an empty file.
+  { head -c 4 streamed_sox.wav && bytes 24 00 00 00 && head -c 40 streamed_sox.wav | tail -c +9 &&
+    bytes 00 00 00 00 && tail -c +45 streamed_sox.wav; } >stopped.wav
+  finds 1 stopped.wav "RIFF/data has the size 0 of an unfinished stream, and 1600 bytes (at offset 36)"
   local file size
   for file in streamed.avi zero_sizes.avi; do
     [[ $file == zero* ]] && size=0 || size=0xFFFFFFFF
     finds 1 $file \
       "RIFF:AVI/LIST:movi has the size $size of an unfinished stream, and 8676 bytes (at offset 1442)" \
       "RIFF:AVI has the size $size of an unfinished stream, and 10118 bytes (at offset 0)"
-    mends $file
+    repairs $file
     judged_sound avi
-    cmp <(tail -c +1451 $file) <(tail -c +1451 mended) || fail "pictures of $file"
+    cmp <(tail -c +1451 $file) <(tail -c +1451 repaired) || fail "pictures of $file"
   done
-  # A recorder that was stopped: the sizes of an empty file.
-  { head -c 4 streamed_sox.wav && bytes 24 00 00 00 && head -c 40 streamed_sox.wav | tail -c +9 &&
-    bytes 00 00 00 00 && tail -c +45 streamed_sox.wav; } >stopped.wav
-  finds 1 stopped.wav "RIFF/data has the size 0 of an unfinished stream, and 1600 bytes (at offset 36)"
   for file in streamed_ffmpeg.wav streamed_sox.wav stopped.wav; do
-    mends $file
+    repairs $file
     judged_sound wav
-    "$program" extract mended RIFF:WAVE/data | cmp - <(tail -c +45 $file) || fail "samples of $file"
+    cmp <(tail -c +45 repaired) <(tail -c +45 $file) || fail "samples of $file"
+    expect_equal "set in $file" "$said" "$(printf 'repaired: set the size of %s\n' 'data to 1600 (at offset 36)' 'RIFF to 1636 (at offset 0)')"
   done
+  # A chunk after the samples must not become samples.
+  { cat streamed_ffmpeg.wav && printf LIST && bytes 04 00 00 00 && printf INFO; } >hidden.wav
+  refuses hidden.wav
+  [[ $(<err) == *"would swallow LIST (at offset 1644)"* ]] || fail "hidden: $(<err)"
 }
 
-ends_are_mended() {
-  needs ffprobe soxi
-  cp "$fixtures"/*.wav .
-  finds 1 no_pad.wav "RIFF:WAVE/data lacks the pad byte behind its odd size (at offset 36)"
-  mends no_pad.wav
-  judged_sound wav
-  { cat no_pad.wav && bytes 00; } | cmp - mended || fail "pad byte"
-  { cat no_pad.wav && printf x; } >stale.wav
-  finds 0 stale.wav "warning: the pad byte of RIFF:WAVE/data is 120, not 0 (at offset 845)"
-  cp mended expected
-  mends stale.wav
-  cmp mended expected || fail "stale pad byte"
-
-  finds 1 tag_behind.wav "128 bytes behind the last group (an ID3v1 tag) (at offset 1644)"
-  mends tag_behind.wav
-  judged_sound wav
-  cmp <(head -c 1644 mended) <(head -c 1644 tag_behind.wav) || fail "sound in front of a tag"
-  cmp <(tail -c 128 mended) <(tail -c 128 tag_behind.wav) || fail "tag"
-  mends tag_behind.wav --drop-trailing
-  cmp mended <(head -c 1644 tag_behind.wav) || fail "dropped tag"
+# Each row: a file, a command that damages it as "f", a word for what repair does, a finding.
+each_damage_is_named() {
+  poke() { bytes "${@:2}" | dd of=f bs=1 seek="$1" conv=notrunc status=none; }
+  cut() { truncate -s "$1" f; }
+  local file damage fate finding status
+  cp "$data"/*.{wav,avi,webp} "$fixtures"/*.wav .
+  while IFS='|' read -r file damage fate finding; do
+    [[ $file ]] || continue
+    cp "$file" f
+    eval "$damage"
+    [[ $fate == warning ]] && status=0 || status=1
+    "$program" check f >out 2>err
+    expect_equal "status of $file after $damage" $status $?
+    grep -qF "f: $finding" <(sed "s/: warning: /: /" err) || fail "$file after $damage: $(<err)"
+    case $fate in
+      repaired) repairs f ;;
+      refused) refuses f ;;
+      dropped) refuses f && repairs f --keep-trailing && repairs f --drop-trailing && cmp repaired "$file" || fail "dropped" ;;
+    esac
+  done <<'END'
+tagged.wav|cut 7|refused|the file ends inside a chunk header, 7 bytes into it (at offset 0)
+tagged.wav|cut 121|refused|the file ends inside a chunk header, 5 bytes into it (at offset 116)
+tagged.wav|cut 8000|repaired|RIFF:WAVE/data ends 124 bytes past the end of the file (at offset 116)
+tagged.wav|poke 120 00 00 10|repaired|RIFF:WAVE/data ends 1040576 bytes past the end of the file (at offset 116)
+tagged.wav|poke 120 00 00|repaired|RIFF:WAVE/data has the size 0 of an unfinished stream, and 8000 bytes
+tagged.wav|poke 4 00 00|repaired|RIFF:WAVE has the size 0 of an unfinished stream
+tagged.wav|poke 4 80 1f|repaired|RIFF:WAVE/data ends 52 bytes past the end of its group (at offset 116)
+tagged.wav|poke 4 b8 1f|repaired|the file ends 4 bytes before the end of RIFF:WAVE (at offset 8124)
+tagged.wav|poke 120 3c|refused|4 bytes at the end of RIFF:WAVE are too few for a chunk header; they would be data of data if its size were 8000
+tagged.wav|poke 40 50|refused|RIFF:WAVE/LIST:INFO/data ends 8000 bytes past the end of its group (at offset 116)
+tagged.wav|poke 40 00 00 20|refused|RIFF:WAVE/LIST:INFO ends 2089072 bytes past the end of its group (at offset 36)
+tagged.wav|poke 40 03|refused|RIFF:WAVE/LIST:INFO has the size 3, too small for its group id (at offset 36)
+tagged.wav|poke 116 78|refused|RIFF:WAVE has no data chunk
+tagged.wav|poke 12 78|refused|RIFF:WAVE has no fmt chunk
+tagged.wav|poke 12 64 61 74 61; poke 116 66 6d 74 20|refused|RIFF:WAVE/data stands before the fmt chunk
+tagged.wav|poke 22 00|refused|RIFF:WAVE/fmt tells of 0 channels
+tagged.wav|poke 20 03|warning|RIFF:WAVE has no fact chunk
+tagged.wav|poke 32 03|warning|the block alignment 3 of RIFF:WAVE/fmt does not fit 1 channel of 16 bits
+tagged.wav|poke 63 01|warning|the pad byte of RIFF:WAVE/LIST:INFO/IART is 1, not 0 (at offset 63)
+tagged.wav|poke 94 ff|warning|RIFF:WAVE/LIST:INFO/\xffNAM has an id that is not printable
+tagged.wav|poke 116 00 00 00 00 00 00 00 00|refused|12 zero bytes in RIFF:WAVE belong to no chunk
+tagged.wav|printf '%18s' >>f|dropped|18 bytes after the last chunk; they would be data of data if its size were 8018 (at offset 8124)
+tagged.wav|head -c 4096 /dev/zero >>f|dropped|4096 bytes after the last chunk, all of them 0; they would
+tagged.wav|{ printf TAG && head -c 117 /dev/zero; } >>f|dropped|120 bytes after the last chunk; they would
+tagged.wav|{ printf TAG && head -c 125 /dev/zero; } >>f|repaired|128 bytes after the last chunk: an ID3v1 tag (at offset 8124)
+tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x20' && head -c 19 /dev/zero; } >>f|repaired|32 bytes after the last chunk: an APE tag
+tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x21' && head -c 19 /dev/zero; } >>f|dropped|32 bytes after the last chunk; they would
+tagged.wav|{ printf '%10sTAG' && head -c 125 /dev/zero; } >>f|dropped|138 bytes after the last chunk; they would
+no_pad.wav|:|repaired|RIFF:WAVE/data lacks the pad byte after its odd size (at offset 36)
+clip.avi|cut 15000|repaired|RIFF:AVI/LIST:movi/01wb ends 858 bytes past the end of the file
+clip.avi|poke 20 78|refused|RIFF:AVI has no LIST:hdrl
+clip.avi|poke 9974 78|refused|RIFF:AVI has no LIST:movi
+clip.avi|poke 18666 00 01|warning|1 of 9 entries of RIFF:AVI/idx1 points at no chunk of the same id, the first is entry 1
+card.webp|cut 900|repaired|RIFF:WEBP/VP8 ends 54 bytes past the end of the file (at offset 12)
+card.webp|cut 100|refused|RIFF:WEBP/VP8 ends before the first part of the picture does
+card.webp|poke 15 51|refused|RIFF:WEBP begins with VP8Q, not with VP8, VP8L or VP8X
+card.webp|poke 23 00|refused|RIFF:WEBP/VP8 does not begin like a picture
+alpha.webp|poke 20 10|warning|RIFF:WEBP/VP8X does not announce XMP, which is there
+alpha.webp|poke 20 34|warning|RIFF:WEBP/VP8X announces ICCP, which is not there
+END
 }
 
-every_truncation_is_mended() {
-  needs soxi webpinfo
-  local kind file first n kept sizes
-  head -c 145 "$fixtures/no_pad.wav" >short && mends short && mv mended short.wav
-  for kind in webp wav; do
-    [[ $kind == webp ]] && file=$data/card.webp first=21 sizes=$(echo {1..40} {700..953..23}) ||
-      file=short.wav first=45 sizes=$(echo {1..145})
-    for n in $sizes; do
-      head -c $n "$file" >cut
-      "$program" check cut >out 2>err
-      expect_equal "status at $n" 1 $?
+# A file that is cut anywhere is damaged. Repair refuses it, or keeps every byte but those of sizes.
+every_truncation_is_told() {
+  local file n kept
+  for file in card.webp tone.wav; do
+    for n in {1..60} {700..900..40}; do
+      head -c $n "$data/$file" >cut
+      "$program" check cut >out 2>err && fail "check at $n"
       grep -q "^velmor-core: cut: .* (at offset [0-9]*)$" err || fail "message at $n: $(<err)"
-      if ((n < 12)); then
-        "$program" repair cut -o none 2>err && fail "repair at $n"
-        [[ -e none ]] && fail "output at $n"
-        continue
-      fi
-      mends cut
+      "$program" tree cut --any >out 2>err || fail "tree at $n"
+      rm -f repaired
+      said=$("$program" repair cut -o repaired 2>/dev/null) || { [[ -e repaired ]] && fail "half-way at $n"; continue; }
       kept=$n
       [[ $said =~ "chunk tail (at offset "([0-9]+) ]] && kept=${BASH_REMATCH[1]}
-      # Bytes 5 to 8 are the size of the RIFF; then those of the chunks in it.
-      { cmp -l <(head -c $kept cut) <(head -c $kept mended) || true; } |
-        awk '!($1 > 4 && $1 < 9 || $1 > 16 && $1 < 21 || $1 > 40 && $1 < 45) { exit 1 }' ||
-        fail "bytes changed at $n"
-      cmp <(tail -c +$((kept + 1)) cut) <(tail -c +$((kept + 9)) mended | head -c $((n - kept))) ||
-        fail "bytes lost at $n"
-      ((n < first)) && continue
-      if [[ $kind == wav ]]; then
-        soxi mended >out 2>err && [[ ! -s err ]] || fail "soxi at $n: $(<err)"
-      elif ((n >= 700)); then # the picture's first partition is whole: it cannot do without
-        webpinfo -quiet mended >out 2>&1 || fail "webpinfo at $n: $(<out)"
-      fi
+      expect_equal "bytes changed at $n" "" "$({ cmp -l <(head -c $kept cut) <(head -c $kept repaired) || true; } |
+        awk '!($1 > 4 && $1 < 9 || $1 > 16 && $1 < 21 || $1 > 40 && $1 < 45)')"
+      cmp <(tail -c +$((kept + 1)) cut) <(tail -c +$((kept + 9)) repaired | head -c $((n - kept))) || fail "bytes lost at $n"
+    done
+    [[ -e repaired ]] || fail "nothing repaired"
+  done
+}
+
+# Whatever byte of the headers is wrong: what repair writes, is sound and begins with the same samples.
+repairs_keep_the_samples() {
+  local at value
+  RANDOM=20
+  for at in {4..43}; do
+    for value in $((RANDOM % 256)) 255; do
+      cp "$data/tone.wav" f
+      bytes "$(printf %02x $value)" | dd of=f bs=1 seek=$at conv=notrunc status=none
+      rm -f repaired && "$program" repair f -o repaired >out 2>err || continue
+      "$program" verify repaired >out || fail "$value at $at"
+      cmp -n 8000 -i 44 repaired "$data/tone.wav" || fail "$value at $at: samples"
     done
   done
 }
 
-all_findings_are_named() {
-  list() { printf 'LIST' && bytes "$1" 00 00 00 && printf 'grp '; }
-  leaf() { printf 'leaf' && bytes "$1" 00 00 00; }
-  { list 10 && leaf 09 && printf abcd && list 11 && leaf 03 && printf 'abcx' && printf '\0' && leaf 00; } >file
-  finds 1 file \
-    "LIST:grp/leaf ends 6 bytes behind the end of its group (at offset 12)" \
-    "warning: the pad byte of LIST:grp/leaf is 120, not 0 (at offset 47)" \
-    "2 bytes at the end of LIST:grp are too few for a chunk header (at offset 48)" \
-    "7 bytes behind the last group (at offset 50)"
-  sha256sum file >sums
-  "$program" repair file --in-place >out 2>err && fail "no right answer"
-  grep -q "no single right answer" err && sha256sum --quiet -c sums || fail "changed: $(<err)"
-  { list 0e && leaf 04 && printf abcd; } >file # the group was not brought up to date
-  finds 1 file "LIST:grp/leaf ends 2 bytes behind the end of its group (at offset 12)"
-  cp file mended-in-place
-  mends file
-  "$program" repair file -o mended 2>err && fail "overwritten"
-  "$program" repair --in-place mended-in-place >out && cmp mended-in-place mended || fail "in place"
-  "$program" repair mended-in-place >out && [[ $(<out) == *"nothing to repair" ]] || fail "sound"
-  printf 'RF64\xff\xff\xff\xffWAVE' >rf64
-  finds 3 rf64 "is RF64, with sizes of 64 bits, which are not read here"
-  finds 3 gone "No such file or directory"
+# No command reads or changes what is no RIFF file.
+foreign_files_are_left_alone() {
+  local name start command
+  while read -r name start; do
+    printf "$start" >file
+    [[ $name != it* ]] && head -c 4096 /dev/zero | tr '\0' x >>file
+    cp file before
+    finds 1 file "not a RIFF file: ${name//_/ } (at offset 0)"
+    for command in repair "repair --in-place" "repair --drop-trailing" "set RIFF/data x" "add RIFF:WAVE" "add abcd x" \
+      "remove --in-place RIFF" "recycle RIFF" "extract RIFF/data" tree; do
+      read -ra words <<<"$command"
+      "$program" "${words[0]}" file "${words[@]:1}" >out 2>err && fail "$command of $name"
+      [[ $(<err) == "velmor-core: file: not a RIFF file: "* ]] || fail "$command of $name: $(<err)"
+    done
+    cmp file before && expect_equal files "before err file out" "$(echo *)"
+  done <<'END'
+it_looks_like_PNG \x89PNG\r\n\x1a\n
+it_looks_like_JPEG \xff\xd8\xff\xe0
+it_looks_like_MP4 \x00\x00\x00\x20ftypisom
+it_looks_like_MP3 \xff\xfb\x90\x64
+it_looks_like_RF64,_with_64-bit_sizes RF64\xff\xff\xff\xffWAVE
+it_looks_like_AIFF FORM\x00\x00\x10\x00AIFF
+it_is_empty
+it_holds_only_zeros \x00\x00\x00\x00\x00\x00\x00\x00\x00
+END
+}
+
+# A million wrong chunks took minutes once, or all memory.
+time_grows_with_the_file() {
+  local kind i
+  for kind in 'LIST\xf0\xff\xff\x7fabcd' 'LIST\x00\x00\x00\x00movi' 'data\x00\x00\x00\x00' 'abcd\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00'; do
+    printf "$kind" >one
+    for i in {1..18}; do cat one one >two && mv two one; done
+    { printf 'RIFF\xf4\xff\xff\xffWAVE' && cat one; } >many
+    (ulimit -t 20 && "$program" check many >out 2>err)
+    expect_equal "check of $kind" 1 $?
+    (ulimit -t 20 && "$program" tree many >out) || fail "tree of $kind"
+  done
 }
 
 main

@@ -52,6 +52,8 @@ tag() { ffprobe -v error -show_entries "format_tags=$1" -of default=nk=1:nw=1 "$
 
 tag_is() { expect_equal "tag $1" "$2" "$(tag "$1")"; }
 
+# Tests
+
 wav() {
   needs ffmpeg ffprobe soxi
   begin tone.wav

@@ -1,25 +1,19 @@
-// A second chunk store, for comparison: every step as plain as can be, and slow. Bytes in a vector,
-// a tree of nodes, free lists sorted in full each time, recursion wherever it is handy.
+// A second implementation of objects and their chunk trees, to compare the library with. Every step
+// is as plain as can be, and slow: free lists are sorted in full each time, and loading recurses.
 #ifndef TESTS_RIFF_MODEL_H
 #define TESTS_RIFF_MODEL_H
 
 #include <algorithm>
-#include <cstdint>
 #include <memory>
 #include <utility>
-#include <vector>
 
 #include "support/faults.h"
 #include "support/riff_support.h"
 
 namespace riff_model {
 
-using faults::note;
+struct Failed {};  // thrown by an operation that fails; what it did before stays done
 
-struct Failed {};  // the operation fails; what it did before stays done
-
-using Bytes = std::vector<int16_t>;
-constexpr int16_t UNWRITTEN = -1;  // a byte of a cache's fresh memory
 constexpr uint32_t JUNK = 0x4B4E554A, RIFF = 0x46464952, LIST = 0x5453494C;
 constexpr uint64_t LARGEST = 0xFFFFFFFF;
 
@@ -30,7 +24,7 @@ struct Node {
   Node* parent = nullptr;
   std::vector<std::unique_ptr<Node>> children;
   std::vector<Node*> freeList;
-  void* handle = nullptr;  // the chunk of the library that this one stands for
+  Chunk* handle = nullptr;  // the library's chunk at this place
 
   uint64_t total() const { return uint64_t{8} + size + size % 2; }
   uint64_t end() const { return offset + total(); }
@@ -42,6 +36,7 @@ struct Node {
     while (child(i) != one) i++;
     return i;
   }
+  Node& nearestGroup() { return isGroup ? *this : *parent; }
   // The chunk whose bytes come last.
   const Node* lastInside() const { return children.empty() ? this : children.back()->lastInside(); }
 
@@ -52,9 +47,9 @@ struct Node {
       return a->size != b->size ? a->size < b->size : a->offset < b->offset;
     });
   }
-  Node* insert(size_t position, std::unique_ptr<Node> node) {
-    return children.insert(children.begin() + static_cast<ptrdiff_t>(position), std::move(node))
-        ->get();
+  Node* insert(size_t i, std::unique_ptr<Node> node) {
+    children.insert(children.begin() + static_cast<ptrdiff_t>(i), std::move(node));
+    return child(i);
   }
   Node* attach(std::unique_ptr<Node> node) {
     Node* added = insert(children.size(), std::move(node));
@@ -70,18 +65,25 @@ struct Node {
   }
 };
 
-struct Object {
+inline std::string expectedCalls;  // on files, by all models
+
+struct Model {
   Kind kind;
   Bytes bytes;  // of a buffer or cache all of its memory, of a file what is on disk
   uint64_t size;
   int file;
-  std::string& calls;  // made on the file
   Node root;
 
-  Object(Kind ofKind, Bytes content, uint64_t length, int fd, std::string& log)
-      : kind(ofKind), bytes(std::move(content)), size(length), file(fd), calls(log) {
+  Model(Kind ofKind, Bytes content, uint64_t length, int descriptor)
+      : kind(ofKind), bytes(std::move(content)), size(length), file(descriptor) {
+    note('e', 0);
     root.isGroup = true;
-    for (uint64_t offset = 0; offset < size;) root.attach(load(offset, root));
+    try {
+      for (uint64_t offset = 0; offset < size;) root.attach(load(offset, root));
+    } catch (const Failed&) {
+      note('c', 0);
+      throw;
+    }
   }
   void clear() {
     root.children.clear();
@@ -89,71 +91,65 @@ struct Object {
     size = 0;
   }
 
-  // --- Bytes ---
+  void note(char what, uint64_t value) const {
+    if (kind == Kind::FILE) faults::note(expectedCalls, what, file, value);
+  }
   uint64_t capacity() const {
     return kind == Kind::BUFFER || kind == Kind::CACHE ? bytes.size() : 0;
   }
   void resize(uint64_t n) {
+    note('t', n);
     if (kind == Kind::FILE) {
-      note(calls, 't', file, n);
-      bytes.resize(n, 0);
+      bytes.resize(n);
     } else if (n > capacity()) {
       if (kind != Kind::CACHE) throw Failed{};
-      bytes.resize(bytes.empty() ? n : (n / bytes.size() + 1) * bytes.size(), UNWRITTEN);
+      bytes.resize(bytes.empty() ? n : (n / bytes.size() + 1) * bytes.size());
     }
     size = n;
   }
   Bytes read(uint64_t offset, uint64_t length) {
     const uint64_t last = kind == Kind::FILE ? bytes.size() : size;
-    if (kind == Kind::FILE) {
-      note(calls, 's', file, offset);
-      if (length == 0) return {};
-      note(calls, 'r', file, length);
-      if (offset < last && offset + length > last) note(calls, 'r', file, offset + length - last);
-    }
+    note('s', offset);
+    if (length > 0) note('r', length);
+    if (offset < last && offset + length > last) note('r', offset + length - last);
+    if (kind == Kind::FILE && length == 0) return {};
     if (offset + length > last) throw Failed{};
     return {bytes.data() + offset, bytes.data() + offset + length};
   }
   void write(uint64_t offset, const Bytes& data) {
     const uint64_t end = offset + data.size();
+    note('s', offset);
+    if (!data.empty()) note('w', data.size());
     if (kind == Kind::FILE) {
-      note(calls, 's', file, offset);
-      if (!data.empty()) note(calls, 'w', file, data.size());
-      bytes.resize(std::max(bytes.size(), end), 0);
+      bytes.resize(std::max<uint64_t>(bytes.size(), end));
     } else {
       if (end > capacity()) throw Failed{};
       size = std::max(size, end);
     }
     std::copy(data.begin(), data.end(), bytes.data() + offset);
   }
+  // A file is moved in pieces, from the side on which none is overwritten before it is read.
   void move(uint64_t from, uint64_t to, uint64_t length) {
-    if (kind != Kind::FILE) {
-      if (to + length > capacity()) throw Failed{};
-      const Bytes copy(bytes.data() + from, bytes.data() + from + length);
-      std::copy(copy.begin(), copy.end(), bytes.data() + to);
-      return;
-    }
+    const uint64_t limit = kind == Kind::FILE ? 65536 : length;
     for (uint64_t done = 0; from != to && done < length;) {
-      const uint64_t piece = std::min<uint64_t>(length - done, 65536);
+      const uint64_t piece = std::min(length - done, limit);
       const uint64_t at = from > to ? done : length - done - piece;
       write(to + at, read(from + at, piece));
       done += piece;
     }
   }
   uint32_t read32(uint64_t offset) {
-    uint32_t value = 0;
     const Bytes four = read(offset, 4);
-    for (size_t i = 0; i < 4; i++) value |= static_cast<uint32_t>(four[i]) << (8 * i);
+    uint32_t value = 0;
+    for (size_t i = 0; i < 4; i++) value |= uint32_t{four[i]} << (8 * i);
     return value;
   }
-  void write32(uint64_t offset, std::initializer_list<uint32_t> values) {
+  void write32(uint64_t offset, const std::vector<uint32_t>& values) {
     Bytes data;
-    for (const uint32_t value : values)
-      for (int i = 0; i < 32; i += 8) data.push_back(static_cast<int16_t>(value >> i & 0xFF));
+    for (const uint32_t value : values) append32(data, value);
     write(offset, data);
   }
 
-  // --- Loading ---
   std::unique_ptr<Node> construct(bool isGroup, uint64_t offset, Node& parent) {
     auto node = std::make_unique<Node>();
     node->isGroup = isGroup;
@@ -172,8 +168,8 @@ struct Object {
     return node;
   }
 
-  // --- Trees that reach past the object's end ---
-  // If the pad byte of the last chunk is all that is missing, it is added.
+  // Trees may reach past the object's end. If the pad byte of the last chunk is all that is
+  // missing, it is added.
   bool lacksPadOnly(const Node& chunk) const {
     return chunk.end() == size + 1 && chunk.lastInside()->size % 2 == 1;
   }
@@ -189,13 +185,12 @@ struct Object {
     if (&group != &root || root.children.empty() || root.children.back()->end() <= size) return;
     if (!lacksPadOnly(*root.children.back())) throw Failed{};
   }
-  // What is written over a free chunk: the new bytes, but for a pad byte at their end, and the
-  // header of what remains behind them.
+  // All that is written over a free chunk has to be there: the new bytes, but for a pad byte at
+  // their end, and the header of the rest.
   void needToTake(const Node& free, uint64_t n, uint64_t written) {
     if (free.offset + (free.total() == n ? written : n + 8) > size) need(free);
   }
 
-  // --- Sizes ---
   void setSizeField(Node& chunk, uint64_t newSize) {
     chunk.size = static_cast<uint32_t>(newSize);
     write32(chunk.offset + 4, {chunk.size});
@@ -227,7 +222,6 @@ struct Object {
     for (auto& child : chunk.children) shift(*child, delta);
   }
 
-  // --- Data ---
   Bytes getData(const Node& chunk, uint32_t length, uint32_t at) {
     if (uint64_t{at} + length > chunk.size) throw Failed{};
     return read(chunk.offset + 8 + at, length);
@@ -239,18 +233,17 @@ struct Object {
   }
   void setDataSize(Node& chunk, uint32_t n) {
     if (n == chunk.size) return;
-    if (n > chunk.size) need(chunk);  // its pad byte may turn into data
+    if (n > chunk.size) need(chunk);  // its pad byte may become data
     resizeChunk(chunk, uint64_t{n} + n % 2 + 8 - chunk.total());
     if (chunk.size != n) setSizeField(chunk, n);
   }
 
-  // --- Adding ---
   Node* addGroup(Node& group, uint32_t id, uint32_t groupId) {
     const uint64_t at = resizeChunk(group, 12);
     write32(at, {id, 4, groupId});
     return group.attach(construct(true, at, group));
   }
-  Node* addCopy(Node& group, Object& from, const Node& source) {
+  Node* addCopy(Node& group, Model& from, const Node& source) {
     for (const Node* x = &group; x; x = x->parent)
       if (x == &source) throw Failed{};
     if (!source.parent || (&from != this && source.end() > from.size)) throw Failed{};
@@ -269,7 +262,7 @@ struct Object {
     setDataSize(*last, static_cast<uint32_t>(n));
     return last;
   }
-  // Gives the first n bytes of a free chunk away; returns where in the children they lie.
+  // Gives the first n bytes of a free chunk away. Returns their place among the children.
   size_t take(Node& group, Node* free, uint64_t n) {
     const size_t position = group.indexOf(free);
     if (free->total() == n) {
@@ -298,7 +291,7 @@ struct Object {
     const size_t position = take(group, free, n);
     return group.insert(position, std::move(node));
   }
-  Node* addCache(Node& group, Object& cache) {
+  Node* addCache(Node& group, Model& cache) {
     if (cache.kind == Kind::FILE || &cache == this || cache.size == 0) throw Failed{};
     if (cache.root.children.back()->end() != cache.size) throw Failed{};
     needToAdd(group);
@@ -318,7 +311,6 @@ struct Object {
     return group.child(position);
   }
 
-  // --- Taking away ---
   void remove(Node& chunk) {
     Node& group = *chunk.parent;
     resizeChunk(group, 0 - chunk.total(), &chunk);
@@ -327,23 +319,23 @@ struct Object {
   Node* recycle(Node& chunk) {
     Node& group = *chunk.parent;
     const size_t i = group.indexOf(&chunk);
-    Node *before = group.child(i - 1), *behind = group.child(i + 1), *result = &chunk;
+    Node *before = group.child(i - 1), *after = group.child(i + 1), *result = &chunk;
     const auto joins = [](const Node* free, uint64_t total) {
       return free && free->isFree() && free->total() + total <= LARGEST;
     };
     if (joins(before, chunk.total())) {
       result = before;
-      const bool all = joins(behind, before->total() + chunk.total());
-      if (before->size % 2 == 0) needPad(all ? *behind : chunk);
-      setSizeField(*before, before->size + chunk.total() + (all ? behind->total() : 0));
-      if (all) group.erase(behind);
+      const bool all = joins(after, before->total() + chunk.total());
+      if (before->size % 2 == 0) needPad(all ? *after : chunk);
+      setSizeField(*before, before->size + chunk.total() + (all ? after->total() : 0));
+      if (all) group.erase(after);
       group.erase(&chunk);
-    } else if (joins(behind, chunk.total())) {
-      result = behind;
-      const auto merged = static_cast<uint32_t>(behind->size + chunk.total());
+    } else if (joins(after, chunk.total())) {
+      result = after;
+      const auto merged = static_cast<uint32_t>(after->size + chunk.total());
       write32(chunk.offset, {JUNK, merged});
-      behind->offset = chunk.offset;
-      behind->size = merged;
+      after->offset = chunk.offset;
+      after->size = merged;
       group.erase(&chunk);
     } else if (!chunk.isFree()) {
       if (!chunk.isGroup && chunk.size == LARGEST) throw Failed{};

@@ -1,22 +1,20 @@
-// A second, slow reading of the expression language: numbers by a regular expression and by strtoul
-// and strtod (in the C locale), the grammar by recursive descent. For short texts.
+// A second implementation of number texts: numbers by a regular expression, strtoul and strtod (in
+// the C locale), the grammar by recursive descent. For short texts.
 
 #ifndef TESTS_EXPRESSION_MODEL_H
 #define TESTS_EXPRESSION_MODEL_H
-
-#include <regex.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <optional>
+#include <regex>
 #include <string>
 
 class ExpressionModel {
  public:
-  // The value of the first line's expression; nothing if the text is not valid throughout or holds
-  // none.
+  // The value of the first line's expression. Nothing if any line is invalid or all are empty.
   static std::optional<double> evaluate(const std::string& text) {
     ExpressionModel model;
     model.next = text.c_str();
@@ -31,7 +29,7 @@ class ExpressionModel {
   }
 
  private:
-  // The next character, if it is one of these; blanks in front of it do not count.
+  // Skips blanks, then returns the next character if it is one of these.
   char accept(const char* characters) {
     next += std::strspn(next, " \t\r");
     return *next != '\0' && std::strchr(characters, *next) ? *next++ : '\0';
@@ -65,28 +63,19 @@ class ExpressionModel {
       failed |= accept(")") == '\0';
       return value;
     }
-    const std::string number = longestNumber(next);
-    failed |= number.empty();
-    next += number.size();
-    return failed ? 0.0 : worth(number);
+    // POSIX expressions take the longest of all alternatives.
+    static const std::regex number(
+        "[0-9]+([KMGT]i)?|[0-9]+\\.[0-9]*|[0-9]+(\\.[0-9]+)?e[+-]?[0-9]+|"
+        "[0-9]+\\.[0-9]+([pnumcdhkMGT]|da)|[0-9]+[pnumcdhkMGT][0-9]*|[0-9]+da[0-9]+",
+        std::regex::extended);
+    std::cmatch match;
+    failed |= !std::regex_search(next, match, number, std::regex_constants::match_continuous);
+    if (failed) return 0;
+    next = match[0].second;
+    return valueOf(match.str());
   }
 
-  // POSIX expressions take the longest of all alternatives.
-  static std::string longestNumber(const char* text) {
-    static const regex_t pattern = [] {
-      regex_t compiled = {};
-      regcomp(&compiled,
-              "^([0-9]+([KMGT]i)?|[0-9]+\\.[0-9]*|[0-9]+(\\.[0-9]+)?e[+-]?[0-9]+|"
-              "[0-9]+\\.[0-9]+([pnumcdhkMGT]|da)|[0-9]+[pnumcdhkMGT][0-9]*|[0-9]+da[0-9]+)",
-              REG_EXTENDED);
-      return compiled;
-    }();
-    regmatch_t match = {};
-    if (regexec(&pattern, text, 1, &match, 0) != 0) return "";
-    return {text, static_cast<size_t>(match.rm_eo)};
-  }
-
-  static double worth(const std::string& number) {
+  static double valueOf(const std::string& number) {
     static const std::map<std::string, double> factors = {
         {"p", 1e-12},   {"n", 1e-9},    {"u", 1e-6},    {"m", 0.001},  {"c", 0.01}, {"d", 0.1},
         {"da", 10.0},   {"h", 100.0},   {"k", 1000.0},  {"M", 1e6},    {"G", 1e9},  {"T", 1e12},

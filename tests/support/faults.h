@@ -1,66 +1,40 @@
-// Calls that fail on demand, or that are listened to. A test program links allocations.cpp
-// (operator new), faults.cpp (functions of the C library) or both, with its symbols exported: the
-// library then calls those in place of the real ones.
+// System and memory calls that fail on demand, and a record of the calls on files. A program that
+// links faults.cpp and exports its symbols makes the library call these in place of the real ones.
 
 #ifndef TESTS_SUPPORT_FAULTS_H
 #define TESTS_SUPPORT_FAULTS_H
 
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace faults {
 
-enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, GETRANDOM, SYSCONF, SYSINFO };
-constexpr Call ALL_CALLS[] = {Call::NEW,  Call::REALLOC, Call::OPEN,      Call::LSEEK,
-                              Call::READ, Call::WRITE,   Call::FTRUNCATE, Call::GETRANDOM};
+enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, FALLOCATE, GETRANDOM };
 
 enum class How {
-  FAIL_ONCE,
-  FAIL_FROM_HERE_ON,
-  RETURN_ZERO,   // read, write and getrandom: nothing transferred
-  SHORT_COUNTS,  // the same: one byte at a time
-  END_PROCESS    // before the call is made
+  FAIL_ONCE,          // getrandom is interrupted
+  FAIL_FROM_HERE_ON,  // getrandom has no random source
+  RETURN_ZERO,        // a transfer moves no byte, once
+  SHORT_COUNTS        // transfers move one byte each from here on
 };
 
-// What is to go wrong on this thread.
-struct Armed {
-  bool on = false;
-  bool fired = false;
-  Call call = Call::NEW;
-  size_t remaining = 0;
-  How how = How::FAIL_ONCE;
-};
-constinit inline thread_local Armed armed = {};
+// From now on the nth call of this kind on this thread, counted from 0, fails in this way.
+void arm(Call call, size_t nth, How how);
+// Ends that. Returns whether the nth call came.
+bool disarm();
 
-// From now on the nth call of this kind, from 0, fails in this way.
-inline void arm(Call call, size_t nth, How how) { armed = {true, false, call, nth, how}; }
-// Ends that; tells whether the nth call came.
-inline bool disarm() {
-  armed.on = false;
-  return armed.fired;
-}
+// Runs attempt(arm) with each call failing in each way, the first time it comes, the second, and so
+// on. The attempt arms the fault when all is prepared, and returns what disarm() returns. After it,
+// all memory and descriptors have to be given back. Returns the number of faults that came.
+size_t forAllFaults(const std::function<bool(Call, How, const std::function<void()>&)>& attempt);
 
-// Whether this call is to go wrong.
-inline bool strikes(Call call) {
-  if (!armed.on || armed.call != call) return false;
-  if (armed.remaining > 0) {
-    --armed.remaining;
-    return false;
-  }
-  if (armed.how == How::END_PROCESS) _exit(0);
-  const bool first = !armed.fired;
-  armed.fired = true;
-  return first || armed.how == How::FAIL_FROM_HERE_ON || armed.how == How::SHORT_COUNTS;
-}
-
-// Adds a call on a file to a list such as "s0@3 r4@3 ", where 3 is the descriptor: 's' seek to, 'e'
-// seek from the end, 'r' read, 'w' write so many bytes, 't' truncate to, 'c' close.
+// Appends a call on a file to a list such as "s0@3 r4@3 ", where 3 is the descriptor: seek to, 'e'
+// seek from the end, read, write so many bytes, truncate to, close.
 void note(std::string& calls, char what, int file, uint64_t value);
 
-extern std::string fileCalls;  // made while recording
+extern std::string fileCalls;  // noted while recording
 extern int lastOpenedFile;     // likewise
 extern bool recording;
 

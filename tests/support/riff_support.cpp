@@ -1,16 +1,14 @@
 #include "support/riff_support.h"
 
-#include <sys/stat.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <map>
+#include <numeric>
 #include <sstream>
 
 namespace {
-
-void append32(Bytes& bytes, uint32_t value) {
-  for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<uint8_t>(value >> shift));
-}
 
 // Reads the chunks of a picture up to its end or a closing brace.
 Bytes chunksOf(std::istringstream& picture) {
@@ -21,16 +19,15 @@ Bytes chunksOf(std::istringstream& picture) {
     const std::string what = word.substr(colon + 1);
     Bytes data;
     if (what.back() == '{') {
-      append32(data, idOf(what.substr(0, what.size() - 1)));
-      const Bytes children = chunksOf(picture);
-      data.insert(data.end(), children.begin(), children.end());
+      data = chunksOf(picture);
+      data.insert(data.begin(), 4, ' ');
+      std::copy(what.begin(), what.end() - 1, data.begin());
     } else if (what.back() != '~') {
-      for (size_t n = std::stoul(what); data.size() < n;)
-        data.push_back(static_cast<uint8_t>((bytes.size() + data.size()) % 199));
+      data.resize(std::stoul(what));
+      std::iota(data.begin(), data.end(), static_cast<uint8_t>(bytes.size()));
     }
     append32(bytes, idOf(word.substr(0, colon)));
-    append32(bytes, what.back() == '~' ? static_cast<uint32_t>(std::stoul(what))
-                                       : static_cast<uint32_t>(data.size()));
+    append32(bytes, static_cast<uint32_t>(what.back() == '~' ? std::stoul(what) : data.size()));
     bytes.insert(bytes.end(), data.begin(), data.end());
     if (data.size() % 2 != 0) bytes.push_back(0xEE);
   }
@@ -58,25 +55,21 @@ void describe(Chunk* group, std::string& picture) {
   }
 }
 
-Chunk* findIn(Chunk* group, uint32_t id, int& nth) {
-  for (Chunk* c = velmor_core_riff_chunk_get_child(group, 0); c;
-       c = velmor_core_riff_chunk_get_next(c)) {
-    const bool named =
-        velmor_core_riff_chunk_get_id(c) == id || velmor_core_riff_chunk_get_group_id(c) == id;
-    if (named && nth-- == 0) return c;
-    if (Chunk* inside = findIn(c, id, nth)) return inside;
+Chunk* findIn(Chunk* group, uint32_t id) {
+  Chunk* c = velmor_core_riff_chunk_get_child(group, 0);
+  for (; c; c = velmor_core_riff_chunk_get_next(c)) {
+    if (velmor_core_riff_chunk_get_id(c) == id || velmor_core_riff_chunk_get_group_id(c) == id)
+      break;
+    if (Chunk* inside = findIn(c, id)) return inside;
   }
-  return nullptr;
-}
-
-bool recycle(Chunk* chunk) {
-  Chunk* handle = chunk;
-  const bool done = velmor_core_riff_chunk_recycle(&handle) == VELMOR_CORE_SUCCESS;
-  EXPECT_TRUE(done || handle == chunk);
-  return done;
+  return c;
 }
 
 }  // namespace
+
+void append32(Bytes& bytes, uint32_t value) {
+  for (int shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<uint8_t>(value >> shift));
+}
 
 uint32_t idOf(std::string_view text) {
   std::string padded(text);
@@ -95,37 +88,32 @@ std::string pictureOf(Object* object) {
   return picture;
 }
 
-Chunk* find(Object* object, std::string_view name, int nth) {
-  return name == "/" ? rootOf(object) : findIn(rootOf(object), idOf(name), nth);
+Chunk* find(Object* object, std::string_view name) {
+  return name == "/" ? rootOf(object) : findIn(rootOf(object), idOf(name));
 }
+
+constexpr uint32_t NEW = VELMOR_CORE_RIFF_ID('n', 'e', 'w', ' ');
 
 std::function<bool()> editOf(Object* object, const std::string& command, Object* other) {
   std::istringstream in(command);
-  std::string verb, name, number;
-  in >> verb >> name >> number;
-  Chunk* const c = find(object, name);
-  EXPECT_NE(c, nullptr) << command;
-  if (verb == "group") {
-    return [=] {
-      return velmor_core_riff_chunk_add_group_chunk(c, idOf("LIST"), idOf("new")) != nullptr;
-    };
-  }
-  if (verb == "pour") return [=] { return velmor_core_riff_chunk_add_cache(c, other) != nullptr; };
-  if (verb == "recycle") return [=] { return recycle(c); };
-  if (verb == "remove") return [=] { return velmor_core_riff_chunk_remove(c) == 0; };
-  if (verb == "copy") {
-    Chunk* const group = find(object, number);
-    return [=] { return velmor_core_riff_chunk_add_chunk(group, c) != nullptr; };
-  }
-  const auto n = static_cast<uint32_t>(std::stoul(number));
-  if (verb == "size") return [=] { return velmor_core_riff_chunk_set_data_size(c, n) == 0; };
-  const auto data = std::make_shared<Bytes>(n, 0xDD);
-  if (verb == "get")
-    return [=] { return velmor_core_riff_chunk_get_data(c, data->data(), n, 0) == 0; };
-  if (verb == "set")
-    return [=] { return velmor_core_riff_chunk_set_data(c, data->data(), n, 0) == 0; };
-  const uint32_t id = idOf(verb == "free" ? "JUNK" : "new");
-  return [=] { return velmor_core_riff_chunk_add_data_chunk(c, id, data->data(), n) != nullptr; };
+  std::string verb, name, argument;
+  in >> verb >> name >> argument;
+  Chunk *const c = find(object, name), *const group = find(object, argument);
+  const auto n = static_cast<uint32_t>(std::strtoul(argument.c_str(), nullptr, 10));
+  const auto data = std::make_shared<Bytes>(verb == "size" ? 0 : n, 0xDD);
+  const std::map<std::string, std::function<bool()>> edits = {
+      {"get", [=] { return velmor_core_riff_chunk_get_data(c, data->data(), n, 0) == 0; }},
+      {"set", [=] { return velmor_core_riff_chunk_set_data(c, data->data(), n, 0) == 0; }},
+      {"size", [=] { return velmor_core_riff_chunk_set_data_size(c, n) == 0; }},
+      {"add",
+       [=] { return velmor_core_riff_chunk_add_data_chunk(c, NEW, data->data(), n) != nullptr; }},
+      {"group",
+       [=] { return velmor_core_riff_chunk_add_group_chunk(c, idOf("LIST"), NEW) != nullptr; }},
+      {"copy", [=] { return velmor_core_riff_chunk_add_chunk(group, c) != nullptr; }},
+      {"cache", [=] { return velmor_core_riff_chunk_add_cache(c, other) != nullptr; }},
+      {"recycle", [chunk = c]() mutable { return velmor_core_riff_chunk_recycle(&chunk) == 0; }},
+      {"remove", [=] { return velmor_core_riff_chunk_remove(c) == 0; }}};
+  return edits.at(verb);
 }
 
 Opened openBytes(const Bytes& bytes) {
@@ -134,32 +122,15 @@ Opened openBytes(const Bytes& bytes) {
   return Opened(object);
 }
 
-TemporaryFile::TemporaryFile(const Bytes& bytes) {
-  std::string real = testing::TempDir() + "velmor-core-XXXXXX";
-  fd = mkstemp(real.data());
-  unlink(real.c_str());
-  name = "/proc/self/fd/" + std::to_string(fd);
-  EXPECT_EQ(write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-}
-
-TemporaryFile::~TemporaryFile() { close(fd); }
-
-Bytes TemporaryFile::content() const {
-  struct stat status = {};
-  EXPECT_EQ(fstat(fd, &status), 0);
-  Bytes bytes(static_cast<size_t>(status.st_size));
-  EXPECT_EQ(pread(fd, bytes.data(), bytes.size(), 0), status.st_size);
-  return bytes;
-}
-
-Store::Store(Kind kind, const Bytes& content, size_t room)
-    : kind(kind), size(content.size()), room(room) {
+Store::Store(Kind kind, const Bytes& bytes, size_t room)
+    : kind(kind), size(bytes.size()), room(room) {
   if (kind == Kind::FILE) {
-    file = std::make_unique<TemporaryFile>(content);
+    file = memfd_create("test", 0);
+    EXPECT_EQ(pwrite(file, bytes.data(), size, 0), static_cast<ssize_t>(size));
   } else if (kind != Kind::CACHE) {
-    // Its capacity is its size, so that the address sanitizer guards its end.
+    // The vector has no spare capacity, so that the address sanitizer guards its end.
     Bytes(size + (kind == Kind::BUFFER ? room : 0), 0xEE).swap(buffer);
-    std::copy(content.begin(), content.end(), buffer.begin());
+    std::copy(bytes.begin(), bytes.end(), buffer.begin());
   }
 }
 
@@ -167,32 +138,40 @@ Store::Store(Kind kind, std::string_view picture)
     : Store(kind, bytesOf(picture), kind == Kind::CACHE ? 64 : 4096) {
   EXPECT_EQ(open(), VELMOR_CORE_SUCCESS);
   if (kind == Kind::CACHE) {
-    const Bytes content = bytesOf(picture);
-    velmor_core_riff_chunk_add_cache(rootOf(object()), openBytes(content).get());
+    const Bytes bytes = bytesOf(picture);
+    velmor_core_riff_chunk_add_cache(rootOf(object()), openBytes(bytes).get());
   }
+}
+
+Store::~Store() {
+  close();
+  if (file != -1) ::close(file);
 }
 
 int32_t Store::open() {
   Object* object = nullptr;
-  int32_t status = VELMOR_CORE_SUCCESS;
-  if (kind == Kind::FILE) {
-    status = velmor_core_riff_open_file(file->path(), VELMOR_CORE_RIFF_READ_WRITE, &object);
-  } else if (kind == Kind::CACHE) {
-    status = velmor_core_riff_open_cache(room, &object);
-  } else if (kind == Kind::BUFFER) {
-    status = velmor_core_riff_open_buffer_rw(buffer.data(), size, buffer.size(), &object);
-  } else {
-    status = velmor_core_riff_open_buffer_ro(buffer.data(), size, &object);
-  }
+  const int32_t status =
+      kind == Kind::FILE    ? velmor_core_riff_open_file(path().c_str(), 1, &object)
+      : kind == Kind::CACHE ? velmor_core_riff_open_cache(room, &object)
+      : kind == Kind::BUFFER
+          ? velmor_core_riff_open_buffer_rw(buffer.data(), size, buffer.size(), &object)
+          : velmor_core_riff_open_buffer_ro(buffer.data(), size, &object);
   opened.reset(object);
   return status;
+}
+
+Bytes Store::memory() const {
+  if (kind != Kind::FILE) return buffer;
+  Bytes bytes(static_cast<size_t>(lseek(file, 0, SEEK_END)));
+  EXPECT_EQ(pread(file, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+  return bytes;
 }
 
 Bytes Store::content() const {
   Bytes all = memory();
   all.resize(velmor_core_riff_cache_get_size(object()));
   if (kind != Kind::CACHE) return all;
-  // A cache shows its bytes to the object that it is poured into.
+  // A cache shows its bytes to the object that it is added to.
   Object* target = nullptr;
   velmor_core_riff_open_buffer_rw(all.data(), 0, all.size(), &target);
   const Opened closer(target);

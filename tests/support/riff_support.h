@@ -1,9 +1,9 @@
-// Trees as one-line pictures, edits as commands, and all kinds of object behind one face.
+// Trees as one-line pictures, edits as commands, and all kinds of object behind one class.
 //
 //   RIFF:wave{ fmt:16 LIST:info{ JUNK:14 data:5 } }
 //
 // is a "RIFF" group with the group id "wave", a data chunk "fmt " of 16 bytes, and so on. Ids are
-// padded with spaces to four characters. Of "data:5~", at the end, there is but the header.
+// padded with spaces to four characters. The last chunk may be "data:5~": its data is missing.
 
 #ifndef TESTS_SUPPORT_RIFF_SUPPORT_H
 #define TESTS_SUPPORT_RIFF_SUPPORT_H
@@ -23,9 +23,9 @@ using Object = velmor_core_riff_object_t;
 using Chunk = velmor_core_riff_chunk_t;
 
 uint32_t idOf(std::string_view text);
+void append32(Bytes& bytes, uint32_t value);  // little-endian
 
-// The bytes of a picture. Data is filled with a running count, so that moved data can be told;
-// pad bytes are 0xEE.
+// The bytes of a picture. Data is a running count, so that moved data shows; pad bytes are 0xEE.
 Bytes bytesOf(std::string_view picture);
 
 // The picture of all that an object holds.
@@ -34,17 +34,14 @@ std::string pictureOf(Object* object);
 inline Chunk* rootOf(Object* object) {
   return velmor_core_riff_object_get_virtual_root_chunk(object);
 }
-// The nth chunk, from 0, in the order of the bytes whose id or group id is this; null if there is
-// none.
-Chunk* find(Object* object, std::string_view name, int nth = 0);
+// The first chunk with this id or group id, "/" for the virtual root; null if there is none.
+Chunk* find(Object* object, std::string_view name);
 
-// Makes an edit, or reads, as told: "get x 3", "set x 3", "size x 70", "add l 100" (a chunk "new"),
-// "free l 100" (a free one), "group l" (a group "new"), "copy x l", "pour l" (`other` into l),
-// "recycle x", "remove x". Chunks are named as in find(); "/" is the virtual root. All memory of
-// its own is taken before it is run.
+// A command to run later, which returns whether it succeeds: "get x 3", "set x 3", "size x 70",
+// "add l 100" and "group l" (a chunk "new"), "copy x l", "cache l" (adds the cache `other`),
+// "recycle x", "remove x". Chunks are named as in find(). Its memory is allocated before it is run.
 std::function<bool()> editOf(Object* object, const std::string& command, Object* other = nullptr);
 
-// Closes the object when it goes.
 struct Close {
   void operator()(Object* object) const { velmor_core_riff_close(object); }
 };
@@ -53,36 +50,25 @@ using Opened = std::unique_ptr<Object, Close>;
 // Opens bytes for reading; null if they are refused.
 Opened openBytes(const Bytes& bytes);
 
-// A file that goes with the test, whatever becomes of it.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const Bytes& bytes = {});
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile();
-  const char* path() const { return name.c_str(); }
-  Bytes content() const;
-
- private:
-  int fd;
-  std::string name;
-};
-
 enum class Kind { READ_ONLY, BUFFER, CACHE, FILE };
 constexpr Kind WRITABLE_KINDS[] = {Kind::BUFFER, Kind::CACHE, Kind::FILE};
 
-// An object of one kind over the given bytes, with room to grow: more bytes behind those in a
-// buffer, capacity of a cache at first.
+// An object of one kind over the given bytes. A buffer has `room` more bytes to grow into; a cache
+// is empty at first, and has that capacity. A file is one without a name that ends with the Store.
 class Store {
  public:
-  Store(Kind kind, const Bytes& content, size_t room);
-  // Opened at once, the bytes poured into a cache.
+  Store(Kind kind, const Bytes& bytes, size_t room = 0);
+  // Opened already, with the content of the picture.
   Store(Kind kind, std::string_view picture);
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+  ~Store();
   int32_t open();
   void close() { opened.reset(); }
   Object* object() const { return opened.get(); }
-  // All bytes of the buffer or file, and none of a cache.
-  Bytes memory() const { return file ? file->content() : buffer; }
+  std::string path() const { return "/proc/self/fd/" + std::to_string(file); }
+  // All bytes of the buffer or file; none of a cache.
+  Bytes memory() const;
   // What the object holds.
   Bytes content() const;
 
@@ -90,7 +76,7 @@ class Store {
   const Kind kind;
   const size_t size, room;
   Bytes buffer;
-  std::unique_ptr<TemporaryFile> file;
+  int file = -1;
   Opened opened;
 };
 

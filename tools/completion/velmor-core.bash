@@ -8,10 +8,10 @@ _velmor_core() {
     return
   fi
   case $command in
-    tree) options+=" --json --path" ;;
-    extract) options+=" -o" ;;
-    set | add | remove | recycle) options+=" --dry-run" ;;
-    repair) options+=" -o --in-place --drop-trailing" ;;
+    tree) options+=" --json --any --path" ;;
+    extract) options+=" -o --force" ;;
+    set | add | remove | recycle) options+=" --dry-run -o --force --in-place" ;;
+    repair) options+=" -o --force --in-place --keep-trailing --drop-trailing" ;;
     uuid) ((COMP_CWORD == 2)) && options+=" new parse compare" ;;
   esac
   if [[ $current == -* || $command == uuid ]]; then

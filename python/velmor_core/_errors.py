@@ -1,0 +1,46 @@
+"""What can go wrong, as exceptions."""
+
+from __future__ import annotations
+
+
+class Error(Exception):
+    """The base of the module's own exceptions: an operation of the library failed.
+
+    Where nothing narrower is raised, a file could not be read or written. An edit may then have
+    stopped half-way: close the object, and go back to a copy of the file.
+    """
+
+    def __str__(self) -> str:
+        return Exception.__str__(self)  # KeyError would print the message in quotes
+
+
+class FormatError(Error, ValueError):
+    """The bytes are no row of chunks, so they do not open."""
+
+
+class ClosedError(Error, ValueError):
+    """The object has been closed."""
+
+
+class EndedChunkError(Error):
+    """The chunk is gone: removed, recycled, overwritten, or its object was cleared or closed."""
+
+
+class WrongKindError(Error, TypeError):
+    """A group where a data chunk is needed, or the other way round."""
+
+
+class MissingChunkError(Error, KeyError):
+    """No chunk fits a path, or a step of it fits several chunks and has no number."""
+
+
+class ReadOnlyError(Error):
+    """The object was opened for reading only. Nothing was changed."""
+
+
+class NoRoomError(Error):
+    """A buffer is too small for the edit. Nothing was changed."""
+
+
+class SizeLimitError(Error, OverflowError):
+    """A group or chunk would reach 4 GiB, more than a size field holds. Nothing was changed."""

@@ -1,0 +1,65 @@
+"""Which handles still stand for the chunk that they stood for.
+
+A chunk handle is an address. Once a chunk has ended, the library gives its memory to the next chunk
+that is made, so an old handle may seem valid and mean another chunk. Therefore every handle has a
+*life*, a number that changes when its chunk ends. A `Chunk` keeps the life with the handle. It is
+the chunk it was as long as both agree, and only then its handle goes to the library.
+"""
+
+from __future__ import annotations
+
+from typing import Dict, Iterable, List, Set
+
+
+class Edit:
+    """One running edit: what was known before it, and the handles that it ends."""
+
+    def __init__(self, ended: Dict[int, int], first: int, free: Dict[int, Set[int]]) -> None:
+        self.ended_before = ended
+        self.first = first
+        self.free = free
+        self.ended: List[int] = []
+
+
+class Handles:
+    """The lives of the handles of one object.
+
+    While an edit runs, no handle is valid. So whatever breaks into it between the call of the
+    library and the bookkeeping, such as a KeyboardInterrupt, leaves no dangling handle behind.
+    """
+
+    def __init__(self) -> None:
+        self.ended: Dict[int, int] = {}  # the life of each handle that has ended before
+        self.first = 0  # the life of all others
+        self._last = 0  # the highest life so far
+        # The children with the id "JUNK" of the groups that were added to, by group.
+        self._free: Dict[int, Set[int]] = {}
+
+    def life(self, handle: int) -> int:
+        return self.ended.get(handle, self.first)
+
+    def suspend(self) -> Edit:
+        """End all handles until resume()."""
+        edit = Edit(self.ended, self.first, self._free)
+        self.end_all()
+        return edit
+
+    def resume(self, edit: Edit, ended: Iterable[int]) -> None:
+        """Make all handles valid again that were so before the edit, except those that it ended."""
+        self._last += 1
+        for handle in ended:
+            edit.ended_before[handle] = self._last
+            edit.free.pop(handle, None)
+        self._free = edit.free
+        self.ended = edit.ended_before
+        self.first = edit.first
+
+    def end_all(self) -> None:
+        self._last += 1
+        self.ended = {}
+        self.first = self._last
+        self._free = {}
+
+    def keep(self, handle: int, life: int) -> None:
+        """Take one handle back that end_all() ended."""
+        self.ended[handle] = life

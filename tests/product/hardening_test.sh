@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Looks in the built library and program for what the hardening flags leave there.
+#   hardening_test.sh LIBRARY PROGRAM
+set -euo pipefail
+
+# has WHAT FILE PATTERN TOOL...: whether the tool says so of the file.
+has() {
+  "${@:4}" "$2" | grep -- "$3" >/dev/null || { echo "$2: no $1" >&2 && exit 1; }
+}
+
+for file; do
+  has "stack protector" "$file" __stack_chk_fail nm -D
+  has "control-flow protection" "$file" endbr64 objdump -d --section=.text
+  has "read-only relocations" "$file" GNU_RELRO readelf -lW
+  has "binding at start" "$file" 'NOW' readelf -dW
+done
+has "fortified calls" "$2" _chk@ nm -D
+has "assertions of the C++ library" "$2" glibcxx_assert_fail nm -D
+has "independence of its address" "$2" 'DYN (Position-Independent Executable' readelf -h

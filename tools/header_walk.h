@@ -1,0 +1,80 @@
+// Goes through the headers of a file in the order of its bytes, and knows the groups around each.
+#ifndef VELMOR_CORE_TOOLS_HEADER_WALK_H
+#define VELMOR_CORE_TOOLS_HEADER_WALK_H
+
+#include <cstdint>
+#include <deque>
+#include <limits>
+#include <string>
+
+#include "raw_bytes.h"
+
+namespace tool {
+
+// A group that the walk is inside of. Deep files have millions of them, so it is kept small.
+struct OpenGroup {
+  uint64_t offset = 0;
+  uint64_t limit = 0;  // how far its children are looked for: never past the end of the file
+  uint32_t id = 0;
+  uint32_t groupId = 0;
+  uint32_t dataSize = 0;
+  bool isOpenEnded = false;  // its size does not tell where it ends
+
+  uint64_t dataOffset() const { return offset + HEADER_SIZE; }
+  // Where its size says that it ends, which may be past the end of the file.
+  uint64_t end() const { return dataOffset() + padded(dataSize); }
+};
+
+// The walk stands at an offset where the next header is expected. Whoever drives it reads the
+// header there and says how to go on: into a group, past a chunk, to any other offset, out of a
+// group. The walk itself judges nothing.
+class HeaderWalk {
+ public:
+  static constexpr uint64_t NOWHERE = std::numeric_limits<uint64_t>::max();
+
+  explicit HeaderWalk(RawBytes& bytes) : HeaderWalk(bytes, 0, bytes.size()) {}
+  // Goes through a part of the file, for which it takes the whole.
+  HeaderWalk(RawBytes& bytes, uint64_t begin, uint64_t end) : bytes(bytes), end(end), at(begin) {}
+
+  uint64_t offset() const { return at; }
+  RawChunk chunk() const { return bytes.chunkAt(at); }
+  uint64_t level() const { return groups.size(); }  // 0 for top-level chunks
+  bool isDone() const { return groups.empty() && at >= end; }
+  bool isAtGroupEnd() const { return !groups.empty() && at >= limit(); }
+
+  // Where the chunks around the walk's place end: with the innermost group or with the file.
+  uint64_t limit() const { return groups.size() <= extended ? end : groups.back().limit; }
+  // Where the innermost group claims to end; NOWHERE if its size is unknown, or at the top level.
+  uint64_t claimedEnd() const {
+    return groups.size() <= extended || group().isOpenEnded ? NOWHERE : group().end();
+  }
+  // The innermost group; the walk is inside of one.
+  const OpenGroup& group() const { return groups.back(); }
+  const OpenGroup& outermost() const { return groups.front(); }
+
+  void moveTo(uint64_t offset) { at = offset; }
+  // Goes on with the children of the group at the walk's place.
+  void enter(const RawChunk& chunk, bool isOpenEnded = false);
+  // Leaves the innermost group; the walk stays where it is.
+  OpenGroup leave();
+  // From now on, all groups that are open reach to the end of the file.
+  void extendGroups() { extended = groups.size(); }
+  // Whether extendGroups() was called inside the innermost group.
+  bool isExtended() const { return groups.size() <= extended; }
+
+  // The names of the open groups, "RIFF:AVI/LIST:hdrl", and of a chunk in the last of them. Of very
+  // many groups the middle is left out.
+  std::string path() const;
+  std::string path(const RawChunk& chunk) const;
+
+ private:
+  RawBytes& bytes;
+  uint64_t end;
+  uint64_t at;
+  std::deque<OpenGroup> groups;
+  std::size_t extended = 0;  // this many groups, counted from the outermost
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,37 @@
+// A file's bytes as memory.
+#ifndef VELMOR_CORE_TOOLS_MAPPING_H
+#define VELMOR_CORE_TOOLS_MAPPING_H
+
+#include <cstdint>
+#include <span>
+
+#include "file.h"
+
+namespace tool {
+
+// The bytes of a file, mapped privately: only what is looked at is loaded, and
+// what is written stays in memory. One mapping exists at a time.
+class Mapping {
+ public:
+  // Maps the file's first `size` bytes, with `room` zero bytes after them. The file has to outlive
+  // the mapping. Throws Failure where the file cannot be mapped.
+  Mapping(const File& file, uint64_t size, uint64_t room);
+  Mapping(const Mapping&) = delete;
+  Mapping& operator=(const Mapping&) = delete;
+  ~Mapping();
+
+  std::span<char> bytes() const { return {begin, length}; }
+  // Throws Failure if bytes could not be loaded since the mapping was made, because the file became
+  // shorter or cannot be read. They were 0 in the mapping. Call it before a result is used.
+  void requireIntact() const;
+
+ private:
+  const File& file;
+  char* begin = nullptr;
+  uint64_t length;
+  uint64_t mappedLength;  // in whole pages
+};
+
+}  // namespace tool
+
+#endif

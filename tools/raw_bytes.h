@@ -1,0 +1,78 @@
+// The headers of a file as they stand there, whether or not they agree with each other.
+#ifndef VELMOR_CORE_TOOLS_RAW_BYTES_H
+#define VELMOR_CORE_TOOLS_RAW_BYTES_H
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "chunk_id.h"
+#include "file.h"
+#include "layout.h"
+
+namespace tool {
+
+// What a header says of its chunk. The chunk may end anywhere, also past the end of the file.
+struct RawChunk {
+  uint32_t id = 0;
+  uint32_t groupId = 0;  // the four bytes after the header; of groups, the group id
+  uint32_t dataSize = 0;
+  uint64_t offset = 0;  // of the header, from the file's first byte
+
+  uint64_t dataOffset() const { return offset + HEADER_SIZE; }
+  uint64_t dataEnd() const { return dataOffset() + dataSize; }
+  uint64_t end() const { return dataOffset() + padded(dataSize); }
+  bool isGroup() const { return isGroupId(id); }
+};
+
+// The bytes of a file or of a piece of memory, which outlives this. They are read in small steps,
+// for which a window of a few KiB is kept: a header that lies near the last one costs no call.
+class RawBytes {
+ public:
+  explicit RawBytes(const File& file) : file(&file), stored(file.size()), length(stored) {}
+  explicit RawBytes(std::span<const char> memory)
+      : memory(memory), stored(memory.size()), length(stored) {}
+
+  uint64_t size() const { return length; }
+
+  // From now on, shows the bytes as they will be with other size fields (sorted by offset) and
+  // another end. What is added at the end is 0.
+  struct Patch {
+    uint64_t offset;  // of the chunk's header
+    uint32_t dataSize;
+  };
+  void patch(std::vector<Patch> sizes, uint64_t end) {
+    patches = std::move(sizes);
+    length = end;
+    windowSize = 0;
+  }
+
+  // The chunk whose header stands at an offset. What lies past the end of the file reads as 0.
+  RawChunk chunkAt(uint64_t offset);
+  uint8_t byteAt(uint64_t offset);
+  // Copies bytes that have to be there.
+  void copy(void* to, uint64_t count, uint64_t offset) const;
+  // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
+  // files are skipped unread.
+  uint64_t endOfZeros(uint64_t offset, uint64_t end);
+
+ private:
+  static constexpr std::size_t WINDOW = 4096;
+
+  // The bytes at an offset, `count` of them at most GROUP_HEADER_SIZE.
+  const uint8_t* bytesAt(uint64_t offset, uint64_t count);
+
+  const File* file = nullptr;  // or null, for memory
+  std::span<const char> memory;
+  uint64_t stored;  // bytes in the file or memory
+  uint64_t length;
+  std::vector<Patch> patches;
+  uint64_t windowOffset = 0;
+  uint64_t windowSize = 0;
+  std::array<uint8_t, WINDOW + GROUP_HEADER_SIZE> window{};  // the rest stays 0
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,69 @@
+// What a signal that ends the program does to an edit.
+
+#include "signals.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstring>
+
+#include "errors.h"
+
+namespace tool {
+
+namespace {
+
+// The signals that end a program from outside. Those that report a fault of its own are not here.
+constexpr std::array ENDING = {SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1,
+                               SIGUSR2, SIGVTALRM, SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
+
+// Read by the signal handler; changed only while signals wait.
+std::array<char, PATH_MAX> unfinishedFile;
+
+sigset_t endingSignals() {
+  sigset_t set;
+  ::sigemptyset(&set);
+  for (const int signal : ENDING) ::sigaddset(&set, signal);
+  return set;
+}
+
+// The signal's own action has been restored by then; it acts when the handler returns.
+void removeAndEnd(int signal) {
+  if (unfinishedFile[0] != '\0') ::unlink(unfinishedFile.data());
+  static_cast<void>(::raise(signal));
+}
+
+}  // namespace
+
+void handleSignals() {
+  struct sigaction action {};
+  action.sa_mask = endingSignals();
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  action.sa_handler = removeAndEnd;
+  for (const int signal : ENDING) {
+    struct sigaction inherited {};
+    ::sigaction(signal, nullptr, &inherited);
+    // What was ignored from the start, such as SIGHUP under nohup, stays ignored.
+    if (inherited.sa_handler == SIG_DFL) ::sigaction(signal, &action, nullptr);
+  }
+  action.sa_handler = SIG_IGN;
+  ::sigaction(SIGXFSZ, &action, nullptr);
+}
+
+void setUnfinishedFile(const std::string& path) {
+  if (path.size() >= unfinishedFile.size()) throw Failure(path, std::strerror(ENAMETOOLONG));
+  path.copy(unfinishedFile.data(), path.size());
+  unfinishedFile[path.size()] = '\0';
+}
+
+void clearUnfinishedFile() { unfinishedFile[0] = '\0'; }
+
+SignalsWait::SignalsWait() {
+  const sigset_t set = endingSignals();
+  ::pthread_sigmask(SIG_BLOCK, &set, &before);
+}
+
+SignalsWait::~SignalsWait() { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+
+}  // namespace tool

@@ -1,0 +1,35 @@
+// The new bytes of a chunk.
+#ifndef VELMOR_CORE_TOOLS_VALUE_H
+#define VELMOR_CORE_TOOLS_VALUE_H
+
+#include <string>
+#include <string_view>
+
+#include "bytes.h"
+#include "store.h"
+
+namespace tool {
+
+// Held in memory once.
+class Value {
+ public:
+  // From a typed word: the text itself, "@FILE" for a file's bytes, "@-" for standard input,
+  // "@@text" for the text "@text". All is read here, before anything is changed. Throws Failure if
+  // it cannot be read, or is too long for a chunk.
+  explicit Value(const std::string& word);
+
+  std::size_t size() const { return length; }
+  // The data size in a group. Texts in LIST:INFO end in a NUL, as the format has it.
+  uint64_t sizeIn(const Chunk& group) const;
+  // The bytes as they are stored in a group, with a pad byte of 0 if their size is odd.
+  std::string_view storedIn(const Chunk& group) const;
+
+ private:
+  Bytes bytes;  // followed by two zeros
+  std::size_t length = 0;
+  bool isText = false;  // typed on the command line, not read from a file
+};
+
+}  // namespace tool
+
+#endif
