@@ -60,8 +60,7 @@ DataChunk* FreeList::findFitting(uint64_t n) {
   return last() && fits(last()) ? last() : nullptr;
 }
 
-void FreeList::makeRoom() {
-  if (!ordered || !walkedFar) return;
+void FreeList::makeRoomInIndex() {
   if (!indexed) {
     index.clear();
     for (auto entry = chunks.begin(); entry != chunks.end(); ++entry) {

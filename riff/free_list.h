@@ -50,7 +50,9 @@ class FreeList {
   DataChunk* findFitting(uint64_t n);
 
   // To be called before an edit: allocates what one insert() or change() needs besides the entry.
-  void makeRoom();
+  void makeRoom() {
+    if (ordered && walkedFar) makeRoomInIndex();
+  }
   // Enters a chunk in its place.
   void insert(Entry entry, DataChunk& chunk);
   // Enters a chunk at the end. After a run of these, call sortAppended().
@@ -80,6 +82,7 @@ class FreeList {
   uint64_t rankOf(const Chunk& chunk) const;
   bool usedUpBefore(const DataChunk& a, const DataChunk& b) const;
   void restoreOrder(const Chunk& changed, uint64_t oldRank);
+  void makeRoomInIndex();
   bool canBisect() const { return ordered && indexed; }
   void sort();
   // Move an entry to its place among the others.

@@ -29,6 +29,7 @@ void loadChunks(GroupChunk& group, uint64_t offset, uint64_t length,
 }  // namespace
 
 DataChunk* GroupChunk::findFreeChunk(uint64_t n) {
+  if (!freeList.last()) return nullptr;
   DataChunk* found = freeList.findFitting(n);
   return found ? found : growTrailing(n);
 }
