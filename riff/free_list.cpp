@@ -60,15 +60,24 @@ DataChunk* FreeList::findFitting(uint64_t n) {
   return last() && fits(last()) ? last() : nullptr;
 }
 
+// An edit does not fail for want of an index. Without memory for one, the list is walked.
 void FreeList::makeRoomInIndex() {
-  if (!indexed) {
+  try {
+    if (!indexed) fillIndex();
+    index.makeRoom();
+  } catch (const std::bad_alloc&) {
     index.clear();
-    for (auto entry = chunks.begin(); entry != chunks.end(); ++entry) {
-      index.append({rankOf(**entry), entry});
-    }
-    indexed = true;
+    indexed = false;
+    walkedFar = false;
   }
-  index.makeRoom();
+}
+
+void FreeList::fillIndex() {
+  index.clear();
+  for (auto entry = chunks.begin(); entry != chunks.end(); ++entry) {
+    index.append({rankOf(**entry), entry});
+  }
+  indexed = true;
 }
 
 void FreeList::insert(Entry entry, DataChunk& chunk) {

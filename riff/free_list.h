@@ -50,6 +50,7 @@ class FreeList {
   DataChunk* findFitting(uint64_t n);
 
   // To be called before an edit: allocates what one insert() or change() needs besides the entry.
+  // Does not fail.
   void makeRoom() {
     if (ordered && walkedFar) makeRoomInIndex();
   }
@@ -83,6 +84,7 @@ class FreeList {
   bool usedUpBefore(const DataChunk& a, const DataChunk& b) const;
   void restoreOrder(const Chunk& changed, uint64_t oldRank);
   void makeRoomInIndex();
+  void fillIndex();
   bool canBisect() const { return ordered && indexed; }
   void sort();
   // Move an entry to its place among the others.
