@@ -23,6 +23,7 @@ add_library(velmor-core-objects OBJECT
   riff/chunk_pool.cpp
   riff/data_chunk.cpp
   riff/file_object.cpp
+  riff/free_index.cpp
   riff/free_list.cpp
   riff/free_space.cpp
   riff/group_chunk.cpp

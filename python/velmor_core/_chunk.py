@@ -55,8 +55,9 @@ class Container:
     def __iter__(self) -> Iterator[Chunk]:
         """The children, in the order of the bytes.
 
-        You may edit the object between two steps. But if the chunk of the last step ends, the next step
-        raises `EndedChunkError`: to remove or recycle children in a loop, go over ``list(group)``.
+        You may edit the object between two steps. But if the chunk of the last step ends, the next
+        step raises `EndedChunkError`: to remove or recycle children in a loop, go over
+        ``list(group)``.
         """
         group = self._group()
         group._require_group()
@@ -86,8 +87,8 @@ class Container:
     def __getitem__(self, key: Union[int, str, slice]) -> Union[Chunk, bytes]:
         """A child by its index, a chunk by its path, or a slice of a data chunk's data.
 
-        A path is a sequence of ids, such as ``RIFF:WAVE/LIST:INFO/INAM``. A group id may follow the id
-        of a group after a colon. If several chunks fit, a number in brackets selects one of them:
+        A path is a sequence of ids, such as ``RIFF:WAVE/LIST:INFO/INAM``. A group id may follow the
+        id of a group after a colon. If several chunks fit, a number in brackets selects one:
         ``LIST[2]``. Blanks at the end of an id may be left out, and ``\\xHH`` stands for any byte.
 
         Raises `IndexError` for an index past the last child, `MissingChunkError` for a path that
@@ -258,7 +259,8 @@ class Container:
     def add_all(self, cache: Object) -> List[Chunk]:
         """Add all chunks of a cache, or of an object over a buffer, and return them.
 
-        They are added one after the other, and use free space as `add` does. The cache does not change.
+        They are added one after the other, and use free space as `add` does. The cache stays as it
+        is.
 
         >>> with velmor_core.cache() as tags, velmor_core.open("song.wav", "r+") as f:
         ...     tags.add("IGNR", b"Tone\\0")
@@ -291,7 +293,7 @@ class Container:
 
 
 class Chunk(Container):
-    """A chunk of an open object: a data chunk, a group, or the root, the parent of top-level chunks.
+    """A chunk of an open object: a data chunk, a group, or the root above the top-level chunks.
 
     Get chunks from objects and groups; do not construct them. A chunk keeps its object open. It
     ends when it is removed, recycled or overwritten, or when its object is cleared or closed. Then

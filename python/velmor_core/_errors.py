@@ -23,7 +23,7 @@ class ClosedError(Error, ValueError):
 
 
 class EndedChunkError(Error):
-    """The chunk has ended: it was removed, recycled or overwritten, or its object cleared or closed."""
+    """The chunk has ended: removed, recycled, overwritten, or its object was cleared or closed."""
 
 
 class WrongKindError(Error, TypeError):

@@ -29,7 +29,7 @@ class Handles:
     """
 
     def __init__(self) -> None:
-        self.ended: Dict[int, int] = {}  # the life of each handle whose chunk has ended at some time
+        self.ended: Dict[int, int] = {}  # the life of each handle that ended before
         self.first = 0  # the life of all others
         self._last = 0  # the highest life so far
         # For each group that a chunk was added to: its children with the id "JUNK".
@@ -45,7 +45,7 @@ class Handles:
         return edit
 
     def resume(self, edit: Edit, ended: Iterable[int]) -> None:
-        """Make the handles that were valid before the edit valid again, except those that it ended."""
+        """Make the handles valid again that were valid before, except those that the edit ended."""
         self._last += 1
         for handle in ended:
             edit.ended_before[handle] = self._last

@@ -35,8 +35,8 @@ class _Version(ctypes.Structure):
 class Library:
     """The C functions, typed.
 
-    The short functions that walk the tree keep the global interpreter lock, because releasing it takes
-    longer than the call. All others release it.
+    The short functions that walk the tree keep the global interpreter lock, because releasing it
+    takes longer than the call. All others release it.
     """
 
     def __init__(self, path: str) -> None:

@@ -134,13 +134,13 @@ class Object(Container):
     """Bytes with their chunk tree: what `open`, `memory` and `cache` return.
 
     It acts as the group of its top-level chunks: index it, iterate over it, add to it. Close it
-    with `close`, or use it in a ``with`` statement. Otherwise it is closed when nothing refers to it
-    or to one of its chunks any more.
+    with `close`, or use it in a ``with`` statement. Otherwise it is closed when nothing refers to
+    it or to one of its chunks any more.
 
     Threads may share an object: calls on it, and on its chunks, wait for each other. Calls on
-    different objects run at the same time. A signal handler that interrupts such a call may read the
-    same object, but edits and `close` raise `Error` there. After `os.fork`, use a file object in
-    one process only.
+    different objects run at the same time. A signal handler that interrupts such a call may read
+    the same object, but edits and `close` raise `Error` there. After `os.fork`, use a file object
+    in one process only.
     """
 
     __slots__ = (
@@ -170,7 +170,7 @@ class Object(Container):
         self._handle = handle
         self._root = lib.get_root(handle)
         self._handles = Handles()
-        self._edits = 0  # number of edits so far; chunks fetched before the last edit are out of date
+        self._edits = 0  # number of edits; chunks fetched before the last edit are out of date
         self._view = view
         self._finalizer = weakref.finalize(self, _close, lib, handle, view, growing)
         self._finalizer.atexit = False  # other threads may still be in a call
@@ -349,7 +349,7 @@ class Object(Container):
                 yield copy.address, copy.size
 
     def _failure(self, what: str, added: int = 0) -> Error:
-        """The exception for an edit that the library has refused; it would have added `added` bytes."""
+        """The exception for an edit that the library has refused; it needed `added` more bytes."""
         if self.mode == "r":
             return ReadOnlyError(f"{what}: the object was opened for reading only")
         size = self._library.get_size(self._handle)
@@ -371,7 +371,7 @@ def _opened(
     if call(lib, ctypes.byref(out)) != SUCCESS:
         if kind == "cache":
             raise MemoryError
-        raise FormatError(f"{name} does not open as chunks: its bytes are not a sequence of complete chunks")
+        raise FormatError(f"{name} does not open: its bytes are not a sequence of chunks")
     return Object(lib, out.value, kind, mode, name, view, growing)
 
 
