@@ -115,7 +115,7 @@ TEST(EditTest, ExamplesDoAsTheySayWhateverFails) {
   }
 }
 
-// Far more free chunks than a walk along them would be worth.
+// So many free chunks that a walk along all of them takes too long.
 TEST(EditTest, TheBestOfManyFreeChunksIsUsed) {
   constexpr size_t N = 1500;
   uint32_t state = 1;
