@@ -22,7 +22,7 @@ summary=$(head -n 1 <<<"$overview")
 cat <<END
 .TH VELMOR\-CORE 1 "" "velmor\-core $version" "velmor\-core"
 .SH NAME
-velmor\-core \- look into RIFF files and edit them
+velmor\-core \- show, check and edit RIFF files
 .SH SYNOPSIS
 .nf
 END

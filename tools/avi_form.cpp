@@ -32,7 +32,7 @@ constexpr uint64_t ENTRIES_AT_ONCE = 256;
 // The first two characters of an id; "ix##" and "##ix" name their stream in the other two.
 constexpr uint32_t firstHalf(uint32_t id) { return id & 0xFFFF; }
 
-// Reads the entries of an index in blocks and counts those that miss their chunk.
+// Reads the entries of an index in blocks and counts those that point at no chunk of their id.
 class IndexCheck {
  public:
   IndexCheck(RawBytes& bytes, uint64_t offset, uint64_t count, uint64_t entrySize)
@@ -89,7 +89,7 @@ class AviForm : public Form {
     if (hasHeaders && !hasMainHeader) fail(riff.offset, "RIFF:AVI/LIST:hdrl has no avih chunk");
     if (movi == 0) fail(riff.offset, "RIFF:AVI has no LIST:movi");
     if (announcesIndex && !hasIndex && movi != 0) {
-      warn(riff.offset, "RIFF:AVI announces an index, which is not there (idx1 or indx)");
+      warn(riff.offset, "RIFF:AVI announces an index (idx1 or indx), but has none");
     }
   }
 
@@ -98,7 +98,7 @@ class AviForm : public Form {
     if (chunk.isGroup() && chunk.groupId == ID_HDRL) hasHeaders = true;
     if (chunk.isGroup() && chunk.groupId == ID_MOVI && movi == 0) {
       movi = chunk.offset;
-      if (!hasHeaders) fail(chunk.offset, "RIFF:AVI/LIST:movi stands before LIST:hdrl");
+      if (!hasHeaders) fail(chunk.offset, "RIFF:AVI/LIST:movi comes before LIST:hdrl");
     }
     if (chunk.id == ID_IDX1) {
       hasIndex = true;
@@ -141,7 +141,8 @@ class AviForm : public Form {
   }
 
   // The size of an entry in 32-bit words, two bytes for the kind of index, the number of entries,
-  // the id of the chunks, and 12 bytes: for chunks the base of their offsets and a reserve.
+  // the id of the chunks, and 12 bytes: the base of the offsets (8 bytes) and 4 reserved bytes, or
+  // 12 reserved bytes in an index of indexes.
   void checkOpenDml(const RawChunk& chunk) {
     if (!isComplete(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
     std::array<uint8_t, OPEN_DML_HEADER> header{};
@@ -155,7 +156,7 @@ class AviForm : public Form {
     if (!isOfIndexes && !isOfChunks) return;
     const uint64_t room = (chunk.dataSize - OPEN_DML_HEADER) / entrySize;
     if (claimed > room) {
-      warn(chunk.offset, "the index " + idText(chunk.id) + " tells of " +
+      warn(chunk.offset, "the index " + idText(chunk.id) + " states " +
                              counted(claimed, "entry", "entries") + " and has room for " +
                              std::to_string(room));
     }
@@ -169,8 +170,8 @@ class AviForm : public Form {
     if (check.misses > 0) warn(chunk.offset, check.text(idText(chunk.id)));
   }
 
-  // Whether a chunk of the id begins there. The index names a LIST:rec by its group id. Entries may
-  // point anywhere, so only the header is read.
+  // Whether a chunk with this id begins at an offset. The index names a LIST:rec by its group id.
+  // Only the header is read, since entries may point anywhere.
   bool isAt(uint32_t id, uint64_t offset) const {
     if (offset >= bytes.size()) return false;
     std::array<uint8_t, GROUP_HEADER_SIZE> header{};
@@ -184,7 +185,7 @@ class AviForm : public Form {
   bool hasMainHeader = false;
   bool announcesIndex = false;
   bool hasIndex = false;
-  uint64_t movi = 0;  // its offset; 0 before it was met
+  uint64_t movi = 0;  // the offset of LIST:movi, 0 until it is met
 };
 
 }  // namespace

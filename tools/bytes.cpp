@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t BLOCK = 65536;
 
-// What a regular file still has to give; 0 where nobody knows.
+// How many bytes a regular file has after its position; 0 for other files.
 std::size_t expectedSize(int descriptor) {
   struct stat status {};
   const off_t position = ::lseek(descriptor, 0, SEEK_CUR);

@@ -13,8 +13,8 @@
 
 namespace tool {
 
-// Grows where it lies where the system can, and by an eighth: large inputs need little more memory
-// than their size. Throws std::bad_alloc.
+// Grows by an eighth, and without being copied where the system can do that. So large inputs need
+// little more memory than their size. Throws std::bad_alloc.
 class Bytes {
  public:
   std::size_t size() const { return count; }
@@ -22,8 +22,8 @@ class Bytes {
   std::string_view view() const { return {memory.get(), count}; }
 
   void append(std::string_view more);
-  // Appends what a descriptor has to give; `name` is for messages. Throws Failure if it cannot be
-  // read or gives more than `limit` bytes.
+  // Appends all bytes that a descriptor gives; `name` is for messages. Throws Failure if it cannot
+  // be read or gives more than `limit` bytes.
   void readToEnd(int descriptor, const std::string& name,
                  uint64_t limit = std::numeric_limits<uint64_t>::max());
 
@@ -32,7 +32,7 @@ class Bytes {
     void operator()(char* bytes) const { std::free(bytes); }
   };
 
-  void reserve(std::size_t room);  // after what is there
+  void reserve(std::size_t room);  // in bytes, after the present ones
 
   std::unique_ptr<char[], Free> memory;
   std::size_t count = 0;

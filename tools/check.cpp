@@ -63,11 +63,12 @@ int runVerify(const Arguments& arguments) { return forEach(arguments.all(), veri
 const Command CHECK = {
     .name = "check",
     .synopsis = "FILE...",
-    .summary = "Say all that is wrong with files, and where",
+    .summary = "Report everything that is wrong with files, and where",
     .help = R"(
-Reads the headers of each file, also of a file that no other command opens, and says what is wrong:
+Reads the headers of each file and reports what is wrong. It can also read files that no other
+command opens. These findings are damage:
 
-  - The file is no RIFF file: its first chunk is not a RIFF. Says what it looks like instead.
+  - The file is no RIFF file: its first chunk is not a RIFF. The message says what it looks like.
   - A header or data is cut short.
   - A size was never written: programs put 0 or a value near 2^31 or 2^32 into a stream's headers.
   - A chunk ends past the end of its group, or a group past the end of the file.
@@ -75,20 +76,20 @@ Reads the headers of each file, also of a file that no other command opens, and 
   - A pad byte is missing.
   - WAVE: fmt or data is missing, data stands before fmt, fmt has no channels or no rate.
   - AVI: LIST:hdrl or LIST:movi is missing.
-  - WebP: the picture or the frames of an animation are missing, or the start of the picture is.
+  - WebP: the picture or its start is missing, or an animation has no frames.
 
-These are warnings, since programs read such files all the same:
+These findings are warnings, since other programs read such files without trouble:
 
   - A pad byte is not 0, or an id is not printable.
-  - WAVE: fact is missing where samples are not PCM. The data ends within a block of samples.
+  - WAVE: the samples are not PCM and fact is missing. The data ends within a block of samples.
   - AVI: an entry of an index (idx1, indx, ix##) points at no chunk of its id. The index is missing.
   - WebP: a flag of VP8X does not agree with the chunks.
 
-Payloads are not decoded: sound or pictures may be damaged in a file that is "sound" here. Several
-RIFF groups and further top-level chunks are sound.
+The data of chunks is not decoded: a file with damaged audio or pictures may still be "sound" here.
+Several RIFF groups, and other chunks at the top level, are allowed.
 
 Exit status: 0 all files are sound (perhaps with warnings), 1 one is damaged, 3 one cannot be read.
-See "velmor-core repair" for what can be repaired.
+"velmor-core repair --help" says what can be repaired.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
@@ -99,10 +100,10 @@ See "velmor-core repair" for what can be repaired.
 const Command VERIFY = {
     .name = "verify",
     .synopsis = "FILE...",
-    .summary = "Say the first thing that is wrong with files: the short form of check",
+    .summary = "Report the first damage in files: the short form of check",
     .help = R"(
-Looks for what "velmor-core check" looks for and says the first finding that is no warning. Exit
-status: 0 for sound files, 1 for all others.
+Checks each file as "velmor-core check" does, but reports only its first finding that is no warning.
+Exit status: 0 if all files are sound, 1 otherwise.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

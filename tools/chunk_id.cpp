@@ -17,7 +17,7 @@ constexpr std::string_view PATH_CHARACTERS = "/:[]\\";
 
 std::string escaped(uint8_t byte) { return "\\x" + hexDigits(byte); }
 
-// Reads one character, or one \xHH, from the front of text.
+// Reads one character, or one \xHH, and removes it from the start of text.
 uint8_t takeByte(std::string_view& text) {
   const char first = text[0];
   if (first != '\\') {
@@ -50,7 +50,7 @@ std::string idText(uint32_t id) {
   std::string text;
   for (std::size_t i = 0; i < length; ++i) {
     const auto character = static_cast<char>(bytes[i]);
-    // A space between other characters is readable where it stands; one in front would be lost.
+    // A space after other characters is shown as it is; a leading one would not be noticed.
     const bool plain = character >= (i == 0 ? '!' : ' ') && character <= '~' &&
                        PATH_CHARACTERS.find(character) == std::string_view::npos;
     text += plain ? std::string(1, character) : escaped(bytes[i]);

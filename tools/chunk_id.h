@@ -21,7 +21,7 @@ constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }
 bool isPrintable(uint32_t id);
 
 // An id as it is shown and typed: without the spaces at its end, and with \xHH for every byte that
-// is not printable or means something in a path. parseId() brings the same id back.
+// is not printable or is special in a path. parseId() gives the same id again.
 std::string idText(uint32_t id);
 
 // "LIST:INFO" for a group, "data" for any other chunk; of a data chunk the group id is not used.

@@ -18,7 +18,7 @@ PathStep parseStep(std::string_view text) {
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (error != std::errc() || number == 0 || std::string_view(end, digits.end()) != "]") {
       throw UsageError("\"" + step.text +
-                       "\": [ ] stands last, after the group id, and holds a number from 1");
+                       "\": [ ] comes last, after the group id, and holds a number from 1");
     }
     step.number = number;
     text = text.substr(0, bracket);

@@ -1,4 +1,4 @@
-// The path syntax with which a person names a chunk: RIFF:WAVE/LIST[2]/INAM.
+// The paths with which users name a chunk: RIFF:WAVE/LIST[2]/INAM.
 #ifndef VELMOR_CORE_TOOLS_CHUNK_PATH_H
 #define VELMOR_CORE_TOOLS_CHUNK_PATH_H
 
@@ -11,7 +11,7 @@
 
 namespace tool {
 
-// One step: an id, with a group id where a colon was typed, and a number where one was typed.
+// One step: an id, and the group id and the number if they were typed.
 struct PathStep {
   uint32_t id = 0;
   std::optional<uint32_t> groupId;
@@ -25,7 +25,7 @@ struct PathStep {
   }
 };
 
-// Throws the Failure of a step that fits several chunks, or none.
+// Throw the Failure for a step that fits several chunks, and for one that fits none.
 [[noreturn]] void throwAmbiguous(const PathStep& step, uint64_t fitting);
 [[noreturn]] void throwMissing(const PathStep& step, const std::string& place);
 
@@ -38,8 +38,8 @@ class ChunkPath {
   const PathStep& last() const { return steps.back(); }
 
   // The chunk that the path names. Throws Failure when there is none, or when several chunks fit a
-  // step without a number. A node is a chunk of an object, or a header in a file: it has
-  // firstChild() and next(), which give a node that is false at the end, and tells its ids.
+  // step without a number. A Node is a chunk of an object or a header in a file. It has
+  // its ids, and firstChild() and next(), which return a node that is false if there is none.
   template <typename Node>
   Node find(const Node& virtualRoot) const {
     return follow(virtualRoot, steps);
@@ -61,7 +61,7 @@ class ChunkPath {
     return from;
   }
 
-  // The chunk among from's children that a step names; none where nothing fits.
+  // The child of `from` that a step names; none if no child fits.
   template <typename Node>
   static Node takeStep(const Node& from, const PathStep& step) {
     Node found;

@@ -49,7 +49,7 @@ struct Command {
   std::size_t minOperands;
   std::size_t maxOperands;
   std::span<const Option> options;
-  // Returns the exit status: 0 or 1, or 3 of "check"; throws UsageError and Failure.
+  // Returns the exit status: 0 or 1; "check" also returns 3. Throws UsageError and Failure.
   int (*run)(const Arguments& arguments);
   // A word that begins with a dash is an operand, for values such as -5.
   bool dashesAreOperands = false;
@@ -70,12 +70,12 @@ extern const Command NUM;
 extern const Command UUID;
 extern const Command SHA256;
 
-// Prints "velmor-core: " and the message on standard error, after what has been printed so far. The
-// message may hold names and texts of others: what could steer a terminal is escaped.
+// Prints "velmor-core: " and the message on standard error, after flushing standard output. Escapes
+// characters that could control a terminal, since file names and ids in the message may have any.
 void complain(std::string_view message);
 
-// Runs work for each operand, also after one that fails, which is complained of. Returns the exit
-// status.
+// Runs work for each operand. Reports an operand that fails, and goes on with the next one. Returns
+// the exit status.
 int forEach(const std::vector<std::string>& operands,
             const std::function<void(const std::string& operand)>& work);
 

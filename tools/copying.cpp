@@ -22,8 +22,8 @@ constexpr uint64_t BLOCK = 1 << 20;
 constexpr mode_t ALL_BITS = 07777;
 constexpr mode_t PERMISSION_BITS = 0777;
 
-// Copies a stretch within the system; returns how far it got. 0 where it fails: memory serves
-// between any two files, and its failure tells which of them has a fault.
+// Copies a range within the kernel and returns how many bytes it copied, 0 if the call fails. The
+// caller then copies through memory, which works between any two files and says which one fails.
 uint64_t copyInSystem(const File& source, const File& copy, uint64_t begin, uint64_t end) {
   auto from = static_cast<off_t>(begin);
   auto to = from;
@@ -82,7 +82,7 @@ class Copier {
 
 // The names of a file's extended attributes. Access control lists are among them.
 std::vector<std::string> attributeNames(const File& file) {
-  std::vector<char> list(65536);  // the most that Linux gives
+  std::vector<char> list(65536);  // the longest list that Linux returns
   const ssize_t size = ::flistxattr(file.descriptor(), list.data(), list.size());
   if (size == -1 && errno != EOPNOTSUPP) throw Failure(file.name(), systemError());
   std::vector<std::string> names;
@@ -92,25 +92,25 @@ std::vector<std::string> attributeNames(const File& file) {
   return names;
 }
 
-// What the system keeps there itself, such as labels, a new file has got from the system.
+// Other attributes, such as security labels, are set by the system when a file is made.
 bool isKeptBySystem(const std::string& name) {
   return !name.starts_with("user.") && !name.starts_with("system.posix_acl");
 }
 
 void copyAttribute(const File& source, const File& copy, const std::string& name) {
-  std::vector<char> value(65536);  // the largest that Linux has
+  std::vector<char> value(65536);  // the largest value that Linux allows
   const ssize_t size = ::fgetxattr(source.descriptor(), name.c_str(), value.data(), value.size());
   if (size >= 0 && ::fsetxattr(copy.descriptor(), name.c_str(), value.data(),
                                static_cast<std::size_t>(size), 0) == 0) {
     return;
   }
   if (isKeptBySystem(name)) return;
-  throw Failure(copy.name(), "cannot keep the attribute " + name + ": " + systemError());
+  throw Failure(copy.name(), "cannot set the attribute " + name + ": " + systemError());
 }
 
 void removeAttribute(const File& file, const std::string& name) {
   if (::fremovexattr(file.descriptor(), name.c_str()) == 0 || isKeptBySystem(name)) return;
-  throw Failure(file.name(), "cannot do without the attribute " + name + ": " + systemError());
+  throw Failure(file.name(), "cannot remove the attribute " + name + ": " + systemError());
 }
 
 void setMode(const File& file, mode_t mode) {
@@ -140,7 +140,7 @@ void copyOwner(const File& source, const File& copy) {
 void copyAttributes(const File& source, const File& copy) {
   const std::vector<std::string> names = attributeNames(source);
   for (const std::string& name : attributeNames(copy)) {
-    // The folder's default access control list, say, would let more people in than the original.
+    // An access control list that the folder gives by default may allow more than the original's.
     if (std::ranges::find(names, name) == names.end()) removeAttribute(copy, name);
   }
   for (const std::string& name : names) copyAttribute(source, copy, name);

@@ -6,8 +6,8 @@
 
 namespace tool {
 
-// Copies the first `size` bytes of a file to an empty one: by sharing its blocks where the file
-// system can, else within the system, else through memory. Holes stay holes.
+// Copies the first `size` bytes of a file to an empty one: by sharing its blocks if the file
+// system can, otherwise within the kernel, otherwise through memory. Holes stay holes.
 void copyBytes(const File& source, const File& copy, uint64_t size);
 
 // Gives a file the owner and group of another. Throws Failure if it may not.
@@ -16,7 +16,7 @@ void copyOwner(const File& source, const File& copy);
 // Gives a file the permissions, access control lists and extended attributes of another.
 void copyAttributes(const File& source, const File& copy);
 
-// Sets a new file's permissions, less those that the umask takes.
+// Sets a new file's permissions, without those in the umask.
 void setPermissions(const File& file, mode_t permissions);
 
 }  // namespace tool

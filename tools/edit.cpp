@@ -70,19 +70,19 @@ VALUE   the text itself. In a LIST:INFO group a NUL is stored after it, since th
         one. Elsewhere the bytes are stored as they are. "@@text" stands for "@text".
 @FILE   the bytes of a file, as they are; "@-" those of standard input
 
-The edit is made in a copy, FILE.velmor-core-new. When the copy is complete and on the disk, it takes
-the file's place. It keeps the file's permissions, owner, access control lists and extended
+The edit is made in a copy, FILE.velmor-core-new. When the copy is complete and on the disk, it
+replaces the file. It keeps the file's permissions, owner, access control lists and extended
 attributes. A symbolic link stays a link, and the file that it leads to is edited. If the edit fails
-or a signal ends it, the copy is removed. Only after SIGKILL or a power cut the copy may stay; the
-next edit of the file removes it. Edits of one file wait for each other. If another program changes
+or a signal ends it, the copy is removed. Only SIGKILL and a power cut can leave a copy; the next
+edit of the file removes it. Edits of one file wait for each other. If another program changes
 the file meanwhile, the edit fails and the file stays as that program left it.
 
 --dry-run    show the tree as it would be; nothing is written
--o OUTPUT    write the result to this file; it gets its name when it is complete
+-o OUTPUT    write the result to this file; it appears under this name only when complete
 --force      replace OUTPUT if it exists
---in-place   edit the file itself, which needs no room for a copy. This also serves where a copy
-             cannot take the file's place: in a folder that cannot be written, or for a file with
-             several names (hard links). Disk space is reserved before the first byte changes, which
+--in-place   edit the file itself, which needs no room for a copy. Use it also if a copy cannot
+             replace the file: in a folder that cannot be written, or for a file with several
+             names (hard links). Disk space is reserved before the first byte changes, which
              fills the holes of a sparse file. Signals wait until the edit is done. SIGKILL, an I/O
              error or a power cut in the middle may destroy data of the file for good. A marker,
              FILE.velmor-core-edit, lies beside the file during the edit. If the edit was
@@ -102,10 +102,10 @@ const Command ADD = {
     .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH [VALUE|@FILE|@-]",
     .summary = "Add a chunk or an empty group",
     .help = R"(
-The last step of PATH names the new chunk, the steps before it the group that it goes into. A chunk
-takes free space (JUNK) of the group where it fits, else it goes after the group's last chunk. A
-step with a group id adds an empty group and takes no value. See "velmor-core set --help" for values
-and options.
+The last step of PATH names the new chunk; the steps before it name its group. The chunk fills free
+space (JUNK) of the group if it fits there, and is appended to the group otherwise. If the last step
+has a group id, an empty group is appended, and no value is given. See "velmor-core set --help" for
+values and options.
 
   velmor-core add song.wav RIFF:WAVE/LIST:INFO
   velmor-core add song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
@@ -121,7 +121,8 @@ const Command REMOVE = {
     .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH",
     .summary = "Remove a chunk and everything in it; the file becomes shorter",
     .help = R"(
-What follows the chunk moves. See "velmor-core set --help" for the options.
+All bytes after the chunk move towards the start of the file. See "velmor-core set --help" for the
+options.
 )",
     .minOperands = 2,
     .maxOperands = 2,
@@ -134,8 +135,8 @@ const Command RECYCLE = {
     .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH",
     .summary = "Turn a chunk into free space (JUNK); nothing moves",
     .help = R"(
-Free chunks beside it are joined with it, and "add" uses the space again. The data stays in the file
-until it is overwritten. See "velmor-core set --help" for the options.
+Free chunks directly before and after it are merged with it, and "add" can reuse the space. The data
+stays in the file until it is overwritten. See "velmor-core set --help" for the options.
 )",
     .minOperands = 2,
     .maxOperands = 2,

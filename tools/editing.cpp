@@ -1,4 +1,4 @@
-// The way of an edit from the file to its result, and the edits themselves.
+// The steps from a file to its edited result, and the edits themselves.
 
 #include "editing.h"
 
@@ -15,7 +15,7 @@ namespace tool {
 
 namespace {
 
-// The sizes of the groups around an edit are 32 bits wide, and the library lets them wrap.
+// The sizes of all ancestors have 32 bits. The library lets them wrap around, so check them here.
 void requireRoom(Chunk group, uint64_t growth) {
   for (; !group.isVirtualRoot(); group = group.parent()) {
     if (growth > MAX_SIZE - std::min<uint64_t>(group.dataSize(), MAX_SIZE)) {
@@ -30,16 +30,16 @@ void requireGrowingGroup(const Chunk& group, uint64_t growth) {
 }
 
 void requireSize(uint64_t size) {
-  if (size > MAX_SIZE) throw Failure("a value of more than 4294967294 bytes fits no chunk");
+  if (size > MAX_SIZE) throw Failure("a chunk cannot hold a value of more than 4294967294 bytes");
 }
 
-// The library leaves pad bytes as they are. So data of odd size is stored with a 0 after it, in a
-// size that counts the 0. Setting the right size afterwards moves nothing.
+// The library does not change pad bytes. So data of odd size is first stored with a 0 after it, and
+// the size counts the 0. Setting the odd size afterwards moves no bytes.
 bool takeBackPadByte(const Chunk& chunk, uint64_t size) {
   return size % 2 == 0 || chunk.resize(static_cast<uint32_t>(size), std::nothrow);
 }
 
-// --- the way of an edit
+// --- the steps of an edit
 
 void requireSensible(const Arguments& arguments) {
   const int ways = static_cast<int>(arguments.has(DRY_RUN.name)) +
@@ -56,7 +56,7 @@ Original::Purpose purposeOf(const Arguments& arguments) {
   return arguments.has(OUTPUT.name) ? Original::COPY : Original::EDIT;
 }
 
-// An edit may be meant to leave a file that other programs reject. Nobody should get one unawares.
+// The user may want a file that other programs reject, so this does not refuse the edit.
 void warnOfDamage(const Opened& before, RawBytes after) {
   const std::string& name = before.original().name();
   if (before.damage()) return;
@@ -111,7 +111,7 @@ int editFile(const Command& command, const Arguments& arguments, uint64_t room, 
     showResult(opened, edit);
     return 0;
   }
-  // What cannot be done shows here, before anything is copied.
+  // Fails here, before anything is copied, if the edit cannot be made.
   opened.explain([&] { edit(virtualRoot(opened.object())); });
   const auto target = openTarget(opened.original(), std::string(command.name), arguments, room);
   try {
@@ -176,7 +176,7 @@ uint64_t roomFor(const Value& value) { return value.size() + 2 * HEADER_SIZE; }
 void requireAllBytes(const Chunk& chunk) {
   std::array<char, 1> last{};
   if (chunk.dataSize() > 0 && !chunk.read(last, chunk.dataSize() - 1, std::nothrow)) {
-    errno = 0;  // the file ends too early; the system has no part in it
+    errno = 0;  // the file ends too early, which is no system error
     throw Refused(chunk.name() + " cannot be read to its end");
   }
 }

@@ -1,5 +1,5 @@
-// What the editing commands share: the way of an edit from the file to its result, and edits that
-// check before they change.
+// What the editing commands share: the steps from a file to its edited result, and the edits, which
+// check before they change anything.
 #ifndef VELMOR_CORE_TOOLS_EDITING_H
 #define VELMOR_CORE_TOOLS_EDITING_H
 
@@ -25,8 +25,8 @@ inline constexpr std::array EDIT_OPTIONS = {DRY_RUN, OUTPUT, FORCE, IN_PLACE};
 using Change = std::function<void()>;
 using Edit = std::function<Change(const Chunk& virtualRoot)>;
 
-// The steps of the edits, for those who know the chunk. The chunk, the group and the value have to
-// live until the change has run.
+// Each function checks an edit of a chunk that has been found, and returns the change. The chunk,
+// the group and the value have to live until the change has run.
 
 // Replaces a data chunk's bytes. The chunk takes the new size, and a pad byte is 0.
 Change setValue(const Chunk& chunk, const Value& value);
@@ -47,7 +47,7 @@ constexpr uint64_t ROOM_FOR_PAD = 2;
 // the second the path of the chunk. Returns the exit status.
 int editFile(const Command& command, const Arguments& arguments, uint64_t room, const Edit& edit);
 
-// Fails unless the last data byte of the chunk is there (files may have been cut short).
+// Throws Failure unless the chunk's last data byte can be read: the file may be cut short.
 void requireAllBytes(const Chunk& chunk);
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-// The two ways in which a command ends badly.
+// The two kinds of error that end a command.
 #ifndef VELMOR_CORE_TOOLS_ERRORS_H
 #define VELMOR_CORE_TOOLS_ERRORS_H
 
@@ -23,7 +23,7 @@ class Failure : public std::runtime_error {
       : std::runtime_error(file + ": " + what) {}
 };
 
-// What the last system call complained of.
+// The reason why the last system call failed.
 inline std::string systemError() { return std::strerror(errno); }  // NOLINT: one thread
 
 }  // namespace tool

@@ -34,7 +34,7 @@ class Data {
  public:
   Data(const File& file, const RawChunk& chunk) : file(file), chunk(chunk) {}
 
-  // Hands them over piece by piece.
+  // Passes them to `write` in blocks.
   void copyTo(const Write& write) const {
     const uint64_t size = chunk.dataSize;
     Progress progress("extracting " + idText(chunk.id), size);
@@ -52,7 +52,7 @@ class Data {
   RawChunk chunk;
 };
 
-// Whether a terminal may take some of the bytes for commands. NULs, which texts end in, do nothing.
+// Whether a terminal may read some of the bytes as commands. It ignores NULs, in which texts end.
 bool steersTerminal(std::string text) {
   std::ranges::replace_if(
       text, [](char byte) { return byte == '\0' || byte == '\n' || byte == '\t'; }, ' ');
@@ -74,7 +74,7 @@ void printData(const Data& data, bool mayBeBinary) {
   });
 }
 
-// A device or a named pipe takes the data as it comes.
+// Writes directly to a device or a named pipe, which cannot be replaced by a new file.
 void writeThrough(const Data& data, const std::string& output) {
   Descriptor opened(::open(output.c_str(), O_WRONLY | O_CLOEXEC));
   if (!opened) throw Failure(output, systemError());
@@ -95,8 +95,8 @@ void writeData(const Data& data, const std::string& name, bool mayReplace) {
   file.publish();
 }
 
-// The data chunk that a path names. Its headers are read as they stand: damage elsewhere in the
-// file does not matter.
+// The data chunk that a path names. Only the headers on the way to it are read, so damage elsewhere
+// in the file does not matter.
 RawChunk findData(const Original& original, const ChunkPath& path) {
   RawBytes bytes(original.get());
   requireRiff(original.name(), bytes);
@@ -135,9 +135,10 @@ const Command EXTRACT = {
     .synopsis = "FILE PATH [-o OUTPUT] [--force]",
     .summary = "Write the data of a chunk to standard output or a file",
     .help = R"(
-The bytes come as they are stored, without header and pad byte. A NUL after a text is one of them.
+Writes the data as it is stored, without header and pad byte. The NUL at the end of a text is
+written too.
 
--o OUTPUT   write to this file; it gets its name when it is complete
+-o OUTPUT   write to this file; it appears under this name only when complete
 --force     replace OUTPUT if it exists; without -o, print bytes that may confuse the terminal
 
   velmor-core extract song.wav RIFF:WAVE/data -o samples.raw

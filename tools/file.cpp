@@ -1,4 +1,4 @@
-// A regular file's bytes, read and written with reasons.
+// A regular file's bytes. Errors come with their reason.
 
 #include "file.h"
 
@@ -15,14 +15,14 @@ namespace tool {
 
 namespace {
 
-// Looked at before the open, which would wait for the other end of a named pipe.
+// Called before open(), which would wait for the other end of a named pipe.
 void requireRegular(const std::string& name) {
   const struct stat status = statusOf(name);
   if (S_ISDIR(status.st_mode)) throw Failure(name, "is a directory");
   if (!S_ISREG(status.st_mode)) throw Failure(name, "is not a regular file");
 }
 
-// Repeats call() while a signal interrupts it. Returns what it returns; -1 throws.
+// Repeats call() while a signal interrupts it. Returns its result; throws Failure if that is -1.
 template <typename Call>
 auto completed(const std::string& name, const char* what, uint64_t offset, Call call) {
   auto result = call();
@@ -34,7 +34,8 @@ auto completed(const std::string& name, const char* what, uint64_t offset, Call 
   return result;
 }
 
-// Calls transfer(bytes, length, offset), which says how many bytes it took, until all have gone.
+// Calls transfer(bytes, length, offset), which returns how many bytes it wrote, until all are
+// written.
 template <typename Transfer>
 void writeAll(const std::string& name, const void* bytes, uint64_t length, uint64_t offset,
               Transfer transfer) {

@@ -1,4 +1,4 @@
-// A regular file's bytes, read and written with reasons.
+// A regular file's bytes. Errors come with their reason.
 #ifndef VELMOR_CORE_TOOLS_FILE_H
 #define VELMOR_CORE_TOOLS_FILE_H
 
@@ -24,8 +24,8 @@ class Descriptor {
 
   int get() const { return descriptor; }
   explicit operator bool() const { return descriptor != -1; }
-  // Returns false, with errno set, for what only shows when a file is closed (a full network disk,
-  // say). Does nothing a second time.
+  // Returns false, with errno set, if closing reports an error, such as a full network disk.
+  // Further calls do nothing.
   bool close();
 
  private:
@@ -40,7 +40,7 @@ class File {
 
   // Opens an existing regular file.
   File(const std::string& name, Mode mode);
-  // Takes over a descriptor; the name is for messages.
+  // Takes ownership of a descriptor; the name is for messages.
   File(std::string name, Descriptor descriptor)
       : fileName(std::move(name)), file(std::move(descriptor)) {}
 
@@ -48,12 +48,12 @@ class File {
   int descriptor() const { return file.get(); }
   uint64_t size() const { return static_cast<uint64_t>(status().st_size); }
   struct stat status() const;
-  // Reads up to `length` bytes at `offset`; returns how many there were.
+  // Reads up to `length` bytes at `offset`; returns how many were read.
   uint64_t read(void* bytes, uint64_t length, uint64_t offset) const;
-  // The same, but all of them have to be there.
+  // The same, but throws Failure if there are fewer.
   void readAll(void* bytes, uint64_t length, uint64_t offset) const;
   // The offset of the first byte at or after `offset` that is not in a hole; size() if all are.
-  // Where the file system knows no holes, `offset`. Moves the position of write().
+  // Returns `offset` if the file system does not report holes. Moves the position of write().
   uint64_t nextData(uint64_t offset) const;
   // Writes at the descriptor's position.
   void write(const void* bytes, uint64_t length) const;
@@ -68,10 +68,10 @@ class File {
   Descriptor file;
 };
 
-// The status of what a name leads to; throws Failure if there is nothing.
+// The status of the file that a name leads to; throws Failure if there is none.
 struct stat statusOf(const std::string& name);
 
-// The name without symbolic links; as it is if it cannot be followed.
+// The name with all symbolic links resolved, or unchanged if they cannot be resolved.
 std::string realPath(const std::string& name);
 
 // Whether two names lead to the same existing file.

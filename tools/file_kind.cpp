@@ -87,7 +87,7 @@ std::optional<std::string> foreignKind(RawBytes& bytes) {
   }
   const std::string_view kind = kindOf(first);
   if (!kind.empty()) return text + "it looks like " + std::string(kind);
-  return text + "its first bytes are of no kind that is known here";
+  return text + "its first bytes are of no known kind";
 }
 
 void requireRiff(const std::string& name, RawBytes& bytes) {

@@ -9,8 +9,8 @@
 
 namespace tool {
 
-// Nothing for a RIFF file, whose first chunk is a RIFF. For any other, "not a RIFF file" and what
-// it looks like: "not a RIFF file: it looks like PNG".
+// Nothing for a RIFF file, which begins with "RIFF". For any other file, a text that says what it
+// looks like: "not a RIFF file: it looks like PNG".
 std::optional<std::string> foreignKind(RawBytes& bytes);
 
 // Throws Failure with that text unless the bytes are a RIFF file's. The commands that read or

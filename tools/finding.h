@@ -10,8 +10,8 @@ namespace tool {
 
 enum class Severity {
   WARNING,  // programs read the file all the same
-  DAMAGE,   // "repair" has one right answer to it
-  DOUBTFUL  // damage that could be repaired in more than one way, or in none
+  DAMAGE,   // has one right repair
+  DOUBTFUL  // damage that has several possible repairs, or none
 };
 
 struct Finding {

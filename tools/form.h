@@ -1,4 +1,4 @@
-// What the forms WAVE, AVI and WebP ask of their chunks, beside sizes that fit.
+// What the forms WAVE, AVI and WebP require of their chunks.
 #ifndef VELMOR_CORE_TOOLS_FORM_H
 #define VELMOR_CORE_TOOLS_FORM_H
 
@@ -16,8 +16,8 @@ constexpr uint32_t FORM_WAVE = VELMOR_CORE_RIFF_ID('W', 'A', 'V', 'E');
 constexpr uint32_t FORM_AVI = VELMOR_CORE_RIFF_ID('A', 'V', 'I', ' ');
 constexpr uint32_t FORM_WEBP = VELMOR_CORE_RIFF_ID('W', 'E', 'B', 'P');
 
-// Looks at the chunks of one RIFF group. Reports as warnings what players put up with, and as
-// doubtful damage that they fail on.
+// Looks at the chunks of one RIFF group. Reports a warning where players still work, and doubtful
+// damage where they fail.
 class Form {
  public:
   Form(RawBytes& bytes, const Report& report, const RawChunk& riff)
@@ -26,9 +26,9 @@ class Form {
   Form& operator=(const Form&) = delete;
   virtual ~Form() = default;
 
-  // Takes a chunk in the order of the bytes, a group before what it holds. `level` is 1 for the
+  // Takes each chunk in the order of the bytes, a group before its children. `level` is 1 for the
   // children of the RIFF; `parent` is the group id of the group that holds the chunk. The data
-  // may be incomplete: chunks that end past `end` were cut short.
+  // may be incomplete: chunks that end past the end of the file were cut short.
   virtual void take(const RawChunk& chunk, uint64_t level, uint32_t parent) = 0;
   // Reports what only shows when all chunks are known.
   virtual void finish() = 0;

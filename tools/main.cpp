@@ -20,22 +20,22 @@ constexpr std::array COMMANDS = {&TREE,   &EXTRACT, &SET, &ADD,  &REMOVE, &RECYC
 
 constexpr std::string_view OVERVIEW_TAIL = R"(
 A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a
-chunk id, for groups also with the group id after a colon. Ids shorter than four characters are
-padded with spaces ("fmt" is "fmt "). Where several chunks fit a step, a number picks one of them,
+chunk id. For a group, a colon and the group id may follow. Ids shorter than four characters are
+padded with spaces ("fmt" is "fmt "). If several chunks fit a step, a number selects one of them,
 counted from 1: RIFF/LIST[2]/data. In an id, \xHH stands for the byte with that hexadecimal value.
 
-Every command that changes a file leaves either the old file or the new one, whole, whatever happens:
-a signal, a full disk, an I/O error, a power cut or another program at work. The edit is made in a
-copy, which takes the file's place when it is complete and on the disk. Only --in-place cannot
-promise this; there, an edit that was interrupted is marked. "velmor-core set --help" tells more.
+A command that changes a file leaves the complete old file or the complete new one. This holds also
+after a signal, a full disk, an I/O error, a power cut or an edit by another program. The edit is
+made in a copy, which replaces the file when it is complete and on the disk. Only --in-place cannot
+promise this: it marks a file while it edits it. See "velmor-core set --help".
 
-Exit status: 0 done, 1 failed, 2 wrong use; of "check" also 3, a file that cannot be read.
-"velmor-core COMMAND --help" tells more about a command.
+Exit status: 0 done, 1 failed, 2 wrong use. "check" also gives 3: a file cannot be read.
+"velmor-core COMMAND --help" explains a command.
 )";
 
 void printOverview() {
   constexpr int NAME_WIDTH = 10;
-  std::cout << "Look into RIFF files (WAV, AVI, WebP and others) and edit them.\n\n"
+  std::cout << "Show, check and edit RIFF files (WAV, AVI, WebP and others).\n\n"
             << "Usage: velmor-core COMMAND [ARGUMENT...]\n\nCommands:\n";
   for (const Command* command : COMMANDS) {
     std::cout << "  " << std::left << std::setw(NAME_WIDTH) << command->name << command->summary
@@ -96,7 +96,7 @@ int run(std::span<const std::string> words) {
   return runCommand(findCommand(first), words.subspan(1));
 }
 
-// Output that cannot be delivered (a full disk, say) is a failure too.
+// Output that cannot be written, for example to a full disk, is a failure too.
 int finish(int status) {
   if (std::cout.flush()) return status;
   complain("cannot write the output");
@@ -114,7 +114,7 @@ int main(int argc, char** argv) {
     return tool::finish(tool::run(words));
   } catch (const tool::UsageError& error) {
     tool::complain(error.what());
-    tool::printMessage("\"velmor-core --help\" tells how it is used.");
+    tool::printMessage("\"velmor-core --help\" explains the usage.");
     return 2;
   } catch (const std::bad_alloc&) {
     tool::complain("out of memory");

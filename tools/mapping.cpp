@@ -15,7 +15,7 @@ namespace tool {
 
 namespace {
 
-// What the signal handler knows of the mapping that exists.
+// The current mapping, for the signal handler.
 struct Guarded {
   char* begin;
   char* end;
@@ -23,11 +23,11 @@ struct Guarded {
 };
 Guarded guarded{};
 
-// From now on the signal ends the program, as it does where nothing is mapped.
+// Restores the signal's default action, which ends the program.
 void endBy(int signal) { static_cast<void>(::signal(signal, SIG_DFL)); }
 
-// The system raises SIGBUS where a page of the file cannot be loaded. From there on zeros take the
-// place of the file, and the work goes on; its result is refused later.
+// The system raises SIGBUS if a page of the file cannot be loaded. From that page on, the handler
+// maps zeros instead, and the work continues; requireIntact() refuses its result later.
 void loseRest(int signal, siginfo_t* info, void* /*context*/) {
   auto* const address = static_cast<char*>(info->si_addr);
   if (address < guarded.begin || address >= guarded.end) {
@@ -61,7 +61,7 @@ uint64_t inPages(uint64_t length) {
 
 Mapping::Mapping(const File& file, uint64_t size, uint64_t room)
     : file(file), length(size + room), mappedLength(inPages(std::max<uint64_t>(size + room, 1))) {
-  // The room comes first, as zeros over the whole length; the file is laid over its front.
+  // First maps zeros over the whole length, and then the file over the start of them.
   constexpr int PRIVATE = MAP_PRIVATE | MAP_NORESERVE;
   void* const space =
       ::mmap(nullptr, mappedLength, PROT_READ | PROT_WRITE, PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -86,7 +86,7 @@ void Mapping::requireIntact() const {
   if (!guarded.lost) return;
   const auto offset = static_cast<uint64_t>(guarded.lost - begin);
   char byte = 0;
-  file.readAll(&byte, 1, offset);  // says why, unless the byte is there again
+  file.readAll(&byte, 1, offset);  // throws with the reason, unless the byte can be read again
   throw Failure(file.name(),
                 "changed while it was read (at offset " + std::to_string(offset) + ")");
 }

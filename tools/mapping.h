@@ -9,8 +9,8 @@
 
 namespace tool {
 
-// The bytes of a file, mapped privately: only what is looked at is loaded, and
-// what is written stays in memory. One mapping exists at a time.
+// The bytes of a file, mapped privately: only pages that are read are loaded, and
+// changes stay in memory. One mapping exists at a time.
 class Mapping {
  public:
   // Maps the file's first `size` bytes, with `room` zero bytes after them. The file has to outlive
@@ -22,7 +22,8 @@ class Mapping {
 
   std::span<char> bytes() const { return {begin, length}; }
   // Throws Failure if bytes could not be loaded since the mapping was made, because the file became
-  // shorter or cannot be read. They were 0 in the mapping. Call it before a result is used.
+  // shorter or cannot be read. The mapping has zeros in their place. Call it before you use a
+  // result.
   void requireIntact() const;
 
  private:

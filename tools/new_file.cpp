@@ -1,4 +1,4 @@
-// A file that nobody sees under its name before it is complete.
+// A file that appears under its name only when it is complete.
 
 #include "new_file.h"
 
@@ -23,14 +23,16 @@ std::size_t nameStart(const std::string& path) {
   return slash == std::string::npos ? 0 : slash + 1;
 }
 
-// "song.wav.velmor-core-new". The same for each new file of a name, so that at most one is left.
+// "song.wav.velmor-core-new". Each new file for the same name has this name, so
+// killed programs leave one at most.
 std::string temporaryName(const std::string& path) {
   constexpr std::string_view ENDING = ".velmor-core-new";
   const std::size_t start = nameStart(path);
   return path.substr(0, start) + path.substr(start, NAME_MAX - ENDING.size()).append(ENDING);
 }
 
-// Who makes a file holds its lock. Where the file system has no locks, nobody is noticed.
+// The program that makes a file holds its lock. Without locks in the file system this returns
+// false.
 bool isLockedByAnother(const Descriptor& file) {
   return ::flock(file.get(), LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK;
 }
@@ -42,7 +44,7 @@ bool isNamed(const Descriptor& file, const std::string& path) {
          isSameFile(open, named);
 }
 
-// Removes what a killed program has left.
+// Removes the file that a killed program has left.
 void removeLeftover(const std::string& path) {
   const Descriptor file(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file && errno == ENOENT) return;
@@ -62,7 +64,7 @@ File make(const std::string& path) {
     if (!file) {
       removeLeftover(path);
     } else if (!isLockedByAnother(file) && isNamed(file, path)) {
-      // Not taken for a leftover by another program in the moment before it was locked.
+      // Another program may have removed it as a leftover before it was locked.
       setUnfinishedFile(path);
       return {path, std::move(file)};
     }
@@ -86,7 +88,7 @@ void syncFolderOf(const std::string& path) {
   const std::size_t start = nameStart(path);
   const std::string folder = start == 0 ? "." : path.substr(0, start);
   const Descriptor open(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  // Folders that cannot be read, and file systems that sync no folders, are left to the system.
+  // Does nothing for folders that cannot be read, and on file systems that cannot sync folders.
   if (!open || ::fsync(open.get()) == 0 || errno == EINVAL) return;
   throw Failure(folder, "cannot be synced, so a power cut may undo the change: " + systemError());
 }

@@ -16,9 +16,9 @@ namespace {
 
 constexpr double TWO_TO_63 = 9223372036854775808.0;
 
-// The shortest digits that bring the same double back.
+// The shortest decimal number that converts to the same double.
 std::string shortest(double value) {
-  if (std::isnan(value)) return "nan";  // the sign of which says nothing
+  if (std::isnan(value)) return "nan";  // its sign has no meaning
   std::array<char, 32> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
   return {digits.data(), end};
@@ -34,7 +34,8 @@ void showNumber(const std::string& text) {
       std::cout << "  signed    " << *number << '\n';
     }
   }
-  // Integers from 2^63 on come as negative doubles, so a negative value may well be meant.
+  // The library converts integers from 2^63 on to negative doubles, so a negative value may stand
+  // for such an integer.
   if (*value >= -TWO_TO_63 && *value < 2 * TWO_TO_63) {
     if (const auto number = toNumber<uint64_t>(text, std::nothrow)) {
       std::cout << "  unsigned  " << *number << '\n';
@@ -51,8 +52,8 @@ const Command NUM = {
     .synopsis = "EXPR...",
     .summary = "Evaluate numbers and expressions, such as 4k7 or (1+2)*3Ki",
     .help = R"(
-Prints each value as a double and, where it fits into 64 bits, cut to a signed and an unsigned
-integer. Integers from 2^63 on wrap around: as doubles and signed integers they are negative.
+Prints each value as a double. If it fits into 64 bits, also prints it truncated to a signed and to
+an unsigned integer. Integers from 2^63 on wrap around: double and signed integer are negative.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

@@ -1,4 +1,4 @@
-// The file that a command was given, as it stands before anything is changed.
+// The file that a command works on, before any change.
 
 #include "original.h"
 
@@ -20,7 +20,7 @@ bool isLockedByAnother(int descriptor, int lock) {
   return ::flock(descriptor, lock | LOCK_NB) == -1 && errno == EWOULDBLOCK;
 }
 
-// Where the file system has no locks, nothing is waited for.
+// Does not wait if the file system has no locks.
 void waitForTurn(const File& file, int lock) {
   if (!isLockedByAnother(file.descriptor(), lock)) return;
   const Waiting waiting("waiting for another edit of " + file.name());
@@ -28,7 +28,7 @@ void waitForTurn(const File& file, int lock) {
   }
 }
 
-// Somebody who waited for a lock may have got that of a file that has lost its name since.
+// While this program waited for the lock, the file may have been replaced under its name.
 bool isStillNamed(const File& file) { return isSameFile(file.status(), statusOf(file.name())); }
 
 File openInTurn(const std::string& name, Original::Purpose purpose) {
@@ -53,7 +53,7 @@ void requireNoMarker(const File& file, const std::string& path) {
   const std::string marker = markerOf(path);
   struct stat status {};
   if (::lstat(marker.c_str(), &status) == -1) return;
-  // Who edits in place holds the lock. This is free or held by whoever asks, if nobody does.
+  // A program that edits in place holds the lock. So the lock is free, or ours, if none does.
   if (isLockedByAnother(file.descriptor(), LOCK_SH)) {
     throw Failure(file.name(), "is being edited in place by another program");
   }
@@ -62,8 +62,8 @@ void requireNoMarker(const File& file, const std::string& path) {
                                  " to take the file as it is");
 }
 
-// File systems count time in ticks of up to 10 ms. A change in the same tick as the last one leaves
-// the same times, so it would not be noticed.
+// File systems count time in ticks of up to 10 ms. Two changes in one tick have the same time, so
+// the second would not be noticed.
 struct stat settledStatus(const File& file) {
   constexpr int64_t TICK = 10'000'000;  // ns
   constexpr int64_t SECOND = 1'000'000'000;

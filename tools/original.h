@@ -1,4 +1,4 @@
-// The file that a command was given, as it stands before anything is changed.
+// The file that a command works on, before any change.
 #ifndef VELMOR_CORE_TOOLS_ORIGINAL_H
 #define VELMOR_CORE_TOOLS_ORIGINAL_H
 
@@ -12,17 +12,18 @@ class Original {
  public:
   enum Purpose {
     LOOK,  // opened for reading
-    COPY,  // the same, and editors of the file wait
-    EDIT   // opened for reading and writing; other editors and copies wait
+    COPY,  // opened for reading; programs that want to edit the file wait
+    EDIT   // opened for reading and writing; programs that want to edit or copy the file wait
   };
 
-  // Opens an existing regular file. Waits for its turn, and then opens the file that the name leads
-  // to by that time. Throws Failure with the reason; also where an edit in place was interrupted.
+  // Opens an existing regular file. Waits while other programs hold its lock, and then opens the
+  // file that has the name by that time. Throws Failure with the reason, also if an edit in place
+  // was interrupted.
   Original(const std::string& name, Purpose purpose);
 
-  // As it was typed.
+  // The name as it was typed.
   const std::string& name() const { return file.name(); }
-  // Without symbolic links.
+  // The name with symbolic links resolved.
   const std::string& path() const { return resolvedPath; }
   const File& get() const { return file; }
   const struct stat& status() const { return before; }
@@ -37,7 +38,7 @@ class Original {
   struct stat before {};
 };
 
-// Whether a file is the same and has not been written, as far as its status tells.
+// Whether two states show the same file, not written between them, as far as the status shows.
 bool isUnchanged(const struct stat& before, const struct stat& now);
 
 // The name of the file that marks an edit in place of `path`.

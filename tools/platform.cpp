@@ -68,7 +68,7 @@ int runVersion(const Arguments& /*arguments*/) {
 
 }  // namespace
 
-// Four numbers of 16 bits; the last one is left out where it is 0.
+// Four numbers of 16 bits; the last one is left out if it is 0.
 std::string versionText() {
   const velmor_core_version_t& packed = *velmor_core_get_version();
   std::string text = "velmor-core";
@@ -85,10 +85,10 @@ std::string versionText() {
 const Command CPU = {
     .name = "cpu",
     .synopsis = "",
-    .summary = "Show what is known of the processors and the memory",
+    .summary = "Show facts about the processors and the memory",
     .help = R"(
 Prints the number of processors online, the size of the physical memory and the instruction-set
-features. Those of AVX-512 other than F, DQ and BW may be used only where avx512f is among them.
+features. Use avx512 features other than F, DQ and BW only if avx512f is listed too.
 )",
     .minOperands = 0,
     .maxOperands = 0,

@@ -1,4 +1,4 @@
-// How far a long piece of work has come, for somebody who waits at a terminal.
+// Shows at a terminal how much of a long piece of work is done.
 
 #include "progress.h"
 
@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds FIRST{1000};
 constexpr std::chrono::milliseconds INTERVAL{200};
 void countSeconds(const std::stop_token& stop, const std::string& what) {
   std::mutex mutex;
-  // The wait below wants a lock; nobody else takes it.
+  // The wait below needs a lock; no other thread takes it.
   std::unique_lock lock(mutex);  // cppcheck-suppress localMutex
   std::condition_variable_any never;
   for (int seconds = 0;; ++seconds) {
@@ -54,12 +54,12 @@ void Progress::clear() {
 
 Waiting::Waiting(const std::string& what) {
   if (!errorsAreSeen()) return;
-  const SignalsWait wait;  // the thread inherits this: signals reach the one that works
+  const SignalsWait wait;  // the new thread inherits this, so signals go to the main thread
   try {
     thread = std::jthread(
         [text = printable(what)](const std::stop_token& stop) { countSeconds(stop, text); });
   } catch (const std::system_error&) {
-    // No thread to be had; the work itself needs none.
+    // No thread can be made. The work itself needs none.
   }
 }
 

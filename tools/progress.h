@@ -1,4 +1,4 @@
-// How far a long piece of work has come, for somebody who waits at a terminal.
+// Shows at a terminal how much of a long piece of work is done.
 #ifndef VELMOR_CORE_TOOLS_PROGRESS_H
 #define VELMOR_CORE_TOOLS_PROGRESS_H
 
@@ -10,7 +10,7 @@
 namespace tool {
 
 // Shows a line such as "copying song.wav: 45%" on standard error, if that is a terminal and the
-// work takes longer than a second; takes it away at the end.
+// work takes longer than a second; clears it at the end.
 class Progress {
  public:
   Progress(const std::string& what, uint64_t total);
@@ -18,11 +18,11 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress() { clear(); }
 
-  // Tells how much of the total is done; cheap enough to be called for each block.
+  // Sets how much of the total is done. Cheap enough to be called for each block.
   void at(uint64_t done) {
     if (watched) show(done);
   }
-  // Takes the line away, before other output. It comes back by itself.
+  // Clears the line before other output. The next at() shows it again.
   void clear();
 
  private:
@@ -32,16 +32,16 @@ class Progress {
   uint64_t total;
   bool watched;
   bool shown = false;
-  std::chrono::steady_clock::time_point next;  // when the line is due again
+  std::chrono::steady_clock::time_point next;  // when the line is shown next
 };
 
-// The same for a single long call, of which nobody knows how far it is: "hashing song.wav: 3 s".
+// The same for a single long call, whose progress is not known: "hashing song.wav: 3 s".
 class Waiting {
  public:
   explicit Waiting(const std::string& what);
 
  private:
-  std::jthread thread;  // none where nobody watches
+  std::jthread thread;  // none if standard error is no terminal
 };
 
 }  // namespace tool

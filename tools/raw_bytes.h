@@ -1,4 +1,4 @@
-// The headers of a file as they stand there, whether or not they agree with each other.
+// The headers of a file as they are, even if they contradict each other.
 #ifndef VELMOR_CORE_TOOLS_RAW_BYTES_H
 #define VELMOR_CORE_TOOLS_RAW_BYTES_H
 
@@ -13,7 +13,7 @@
 
 namespace tool {
 
-// What a header says of its chunk. The chunk may end anywhere, also past the end of the file.
+// A chunk as its header states it. It may end anywhere, also past the end of the file.
 struct RawChunk {
   uint32_t id = 0;
   uint32_t groupId = 0;  // the four bytes after the header; of groups, the group id
@@ -26,8 +26,8 @@ struct RawChunk {
   bool isGroup() const { return isGroupId(id); }
 };
 
-// The bytes of a file or of a piece of memory, which outlives this. They are read in small steps,
-// for which a window of a few KiB is kept: a header that lies near the last one costs no call.
+// The bytes of a file or of memory, which has to outlive this. Keeps the last few KiB that were
+// read, so a header near the previous one needs no system call.
 class RawBytes {
  public:
   explicit RawBytes(const File& file) : file(&file), stored(file.size()), length(stored) {}
@@ -36,8 +36,8 @@ class RawBytes {
 
   uint64_t size() const { return length; }
 
-  // From now on, shows the bytes as they will be with other size fields (sorted by offset) and
-  // another end. What is added at the end is 0.
+  // From now on, shows the bytes with other size fields (sorted by offset) and another end. Bytes
+  // that are added at the end are 0.
   struct Patch {
     uint64_t offset;  // of the chunk's header
     uint32_t dataSize;
@@ -48,10 +48,10 @@ class RawBytes {
     windowSize = 0;
   }
 
-  // The chunk whose header stands at an offset. What lies past the end of the file reads as 0.
+  // The chunk whose header is at an offset. Bytes past the end of the file read as 0.
   RawChunk chunkAt(uint64_t offset);
   uint8_t byteAt(uint64_t offset);
-  // Copies bytes that have to be there.
+  // Copies bytes. Those past the end of the file are 0. Throws Failure if the file became shorter.
   void copy(void* to, uint64_t count, uint64_t offset) const;
   // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
   // files are skipped unread.

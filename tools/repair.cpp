@@ -26,7 +26,7 @@ constexpr Option DROP_TRAILING{"--drop-trailing"};
 constexpr std::array OPTIONS = {OUTPUT, FORCE, IN_PLACE, KEEP_TRAILING, DROP_TRAILING};
 
 constexpr uint32_t ID_TAIL = VELMOR_CORE_RIFF_ID('t', 'a', 'i', 'l');
-// A header for what belongs to no chunk, and a pad byte.
+// A header for bytes that belong to no chunk, and a pad byte.
 constexpr uint64_t ROOM = HEADER_SIZE + 2;
 constexpr uint64_t BLOCK = 1 << 20;
 
@@ -67,8 +67,7 @@ class Repairer {
     }
   }
 
-  // Says what was done to the file of that name, a line for each change. `bytes` are the
-  // original's.
+  // Prints one line for each change to the file `name`. `bytes` are the original's.
   void print(const std::string& name, RawBytes& bytes) const {
     const auto say = [&](const std::string& what, uint64_t offset) {
       std::cout << printable(name) << ": " << what << " (at offset " << offset << ")\n";
@@ -87,8 +86,8 @@ class Repairer {
   }
 
  private:
-  // Gives bytes that belong to no chunk a header. They stay the last bytes of the file, where those
-  // who know about them look for them.
+  // Writes a header before the bytes that belong to no chunk. They stay at the end of the file,
+  // where programs look for tags.
   void wrapTrailing(const File& file) const {
     moveUp(file, plan.end, fileSize, HEADER_SIZE);
     if (trailing % 2 == 1) writeZero(file, fileSize + HEADER_SIZE);
@@ -123,8 +122,8 @@ struct Wishes {
   bool dropTrailing;
 };
 
-// Surveys a file and says its warnings, which stay. Throws Failure unless all that is damaged has
-// one right answer, or the user has given it.
+// Surveys a file and prints its warnings, which are not repaired. Throws Failure if any damage has
+// no single right repair, unless the options say what to do with it.
 Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes& wishes) {
   requireRiff(file, bytes);
   constexpr std::size_t SHOWN = 100;
@@ -141,18 +140,18 @@ Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes&
   for (const Finding& doubt : doubts) complain(file + ": " + findingText(doubt));
   if (doubtful == 0) return survey;
   const bool canDecide = survey.trailingIsDoubtful && doubtful == 1;
-  throw Failure(file, std::string("not repaired: what is named above has no single right answer") +
+  throw Failure(file, std::string("not repaired: the damage above has no single right repair") +
                           (canDecide ? " (see --keep-trailing and --drop-trailing)" : ""));
 }
 
 void requireSound(const std::string& file, RawBytes& repaired) {
   if (const auto damage = firstDamage(file, repaired)) {
-    throw Failure(file, "not repaired: it would still be damaged: " + findingText(*damage));
+    throw Failure(file, "not repaired: the result would still be damaged: " + findingText(*damage));
   }
 }
 
-// Throws Failure unless the file will be sound when the plan has been carried out. The bytes are
-// shown with the plan's changes from then on.
+// Throws Failure unless the plan makes the file sound. From then on `bytes` shows the file with the
+// plan's changes.
 void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& survey) {
   const RepairPlan& plan = survey.plan;
   if (survey.trailing() > MAX_SIZE) {
@@ -160,7 +159,7 @@ void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& sur
   }
   if (plan.claimed) {
     if (const auto hidden = hiddenChunk(*plan.claimed, bytes)) {
-      throw Failure(file, "not repaired: the chunk whose size is wrong would swallow " +
+      throw Failure(file, "not repaired: the chunk whose size is wrong would then contain " +
                               idText(bytes.chunkAt(*hidden).id) + " (at offset " +
                               std::to_string(*hidden) + ")");
     }
@@ -214,22 +213,23 @@ int runRepair(const Arguments& arguments) {
 const Command REPAIR = {
     .name = "repair",
     .synopsis = "FILE [-o OUTPUT [--force] | --in-place] [--keep-trailing | --drop-trailing]",
-    .summary = "Repair what has one right answer, in a copy",
+    .summary = "Write a repaired copy of a file, if there is only one right repair",
     .help = R"(
-Changes size fields and nothing else: of streams that were never finished, of chunks that the end of
-the file cuts short, and of the groups around them. Adds the pad byte that is missing at the end. A
-size is set only where that explains all bytes that follow. No byte of data is changed or lost. The
-result is checked before it gets its name: "velmor-core check" finds no damage in it.
+Corrects the size fields of streams that were never finished, of chunks that are cut short by the
+end of the file, and of the groups that hold them. Adds a pad byte that is missing at the end. A
+size is changed only if the new size explains all bytes that follow. No byte of data is changed, and
+none is lost without --drop-trailing. The result is checked before it gets its name: "velmor-core
+check" finds no damage in it.
 
-If any damage has more than one answer (a chunk that ends past the end of its group, say), it is
-named with its offset, and nothing is written. Warnings of "check" are left alone.
+Damage that could be repaired in more than one way, such as a chunk that ends past the end of its
+group, is reported with its offset, and nothing is written. Warnings of "check" are not repaired.
 
-Bytes after the last chunk that are a tag (ID3v1, ID3v2, APE), or a chunk header that the end of the
-file cuts short, are kept as the data of a top-level chunk "tail" at the end of the file. Of other
+Two kinds of bytes after the last chunk are kept in a top-level chunk "tail" at the end of the file:
+tags (ID3v1, ID3v2, APE), and a chunk header that is cut short by the end of the file. For other
 bytes you have to decide: they may be data of the last chunk, left there by an interrupted edit.
 
--o OUTPUT         write to this file, also if there is nothing to repair; otherwise song.wav is
-                  written to song.repaired.wav
+-o OUTPUT         write to this file, even if there is nothing to repair; without -o, the copy of
+                  song.wav is song.repaired.wav
 --force           replace OUTPUT if it exists
 --in-place        write to the file itself; see "velmor-core set --help"
 --keep-trailing   keep any bytes after the last chunk, in a chunk "tail"

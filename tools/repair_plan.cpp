@@ -9,7 +9,7 @@ namespace tool {
 
 namespace {
 
-// So many headers are looked at in all: data that is full of ids must not take time without bounds.
+// At most this many headers are looked at. This bounds the time for data that is full of ids.
 constexpr uint64_t MAX_HEADERS = 1'000'000;
 
 constexpr std::string_view KNOWN =

@@ -27,15 +27,15 @@ struct RepairPlan {
   }
 };
 
-// Whether headers follow each other from `begin` and lead exactly to `end`. Their ids have to be
-// printable, unless any id but the null id is allowed. A RIFF may stand for all that follows.
-// Counts the headers that it looks at down from `headersLeft`, and gives up at 0.
+// Whether the chunks from `begin` on end exactly at `end`. A RIFF after the first chunk also counts
+// as the end, whatever follows it. Ids::PRINTABLE accepts printable ids only, Ids::ANY all ids but
+// the null id. Subtracts 1 from `headersLeft` for each header that it reads, and gives up at 0.
 enum class Ids { PRINTABLE, ANY };
 bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& headersLeft);
 
-// The offset of the first chunk within a range of data whose id is well known and from which
-// headers lead exactly to the range's end. A chunk that took the range as its data would swallow
-// them. Reads the whole range.
+// Looks for hidden chunks in a range of data: a well-known id from which chunks lead exactly to the
+// range's end. They would be lost in a chunk that takes the range as its data. Returns the offset
+// of the first, or where the search had looked at too many headers. Reads the whole range.
 std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes);
 
 }  // namespace tool

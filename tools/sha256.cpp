@@ -21,7 +21,8 @@ namespace {
 
 using velmor_core::Sha256;
 
-// None for what is not a file at its beginning, and for the system's files that only look like one.
+// None unless the descriptor is at the start of a regular file that can be mapped. Files that the
+// system makes up, such as those in /proc, look empty, and are read instead.
 std::optional<Sha256> digestOfMapped(const File& file) {
   const struct stat status = file.status();
   if (!S_ISREG(status.st_mode) || status.st_size == 0) return std::nullopt;
@@ -50,8 +51,8 @@ Sha256 digestOf(const std::string& name) {
   return velmor_core::sha256(bytes.view());
 }
 
-// A backslash at the start of the line says that the name in it is escaped, as in sha256sum's
-// output.
+// A backslash at the start of the line means that the name in it is escaped, as in the output of
+// sha256sum.
 void printLine(std::string_view digits, const std::string& name) {
   std::string shown;
   for (const char character : name) {
@@ -88,7 +89,7 @@ const Command SHA256 = {
     .synopsis = "[FILE...]",
     .summary = "Print SHA-256 digests, in the form that \"sha256sum -c\" reads",
     .help = R"(
-Without a FILE, or where it is "-", standard input is hashed. Files are mapped, so large ones need no
+Without a FILE, or if it is "-", standard input is hashed. Files are mapped, so large ones need no
 memory. Input from a pipe is held in memory.
 )",
     .minOperands = 0,

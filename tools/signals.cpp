@@ -1,4 +1,4 @@
-// What a signal that ends the program does to an edit.
+// Removes the unfinished file when a signal ends the program.
 
 #include "signals.h"
 
@@ -14,11 +14,11 @@ namespace tool {
 
 namespace {
 
-// The signals that end a program from outside. Those that report a fault of its own are not here.
+// The signals with which others end a program. Signals that report its own faults are not listed.
 constexpr std::array ENDING = {SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1,
                                SIGUSR2, SIGVTALRM, SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
 
-// Read by the signal handler; changed only while signals wait.
+// The signal handler reads it. It is changed only while signals are blocked.
 std::array<char, PATH_MAX> unfinishedFile;
 
 sigset_t endingSignals() {
@@ -28,7 +28,7 @@ sigset_t endingSignals() {
   return set;
 }
 
-// The signal's own action has been restored by then; it acts when the handler returns.
+// The signal's default action has been restored by then, and runs when the handler returns.
 void removeAndEnd(int signal) {
   if (unfinishedFile[0] != '\0') ::unlink(unfinishedFile.data());
   static_cast<void>(::raise(signal));
@@ -44,7 +44,7 @@ void handleSignals() {
   for (const int signal : ENDING) {
     struct sigaction inherited {};
     ::sigaction(signal, nullptr, &inherited);
-    // What was ignored from the start, such as SIGHUP under nohup, stays ignored.
+    // Signals that were ignored from the start, such as SIGHUP under nohup, stay ignored.
     if (inherited.sa_handler == SIG_DFL) ::sigaction(signal, &action, nullptr);
   }
   action.sa_handler = SIG_IGN;

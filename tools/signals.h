@@ -1,4 +1,4 @@
-// What a signal that ends the program does to an edit.
+// Removes the unfinished file when a signal ends the program.
 #ifndef VELMOR_CORE_TOOLS_SIGNALS_H
 #define VELMOR_CORE_TOOLS_SIGNALS_H
 
@@ -7,16 +7,16 @@
 
 namespace tool {
 
-// Call once, before anything else. From then on a signal that ends the program first removes the
-// unfinished file, if there is one. A file that would grow past the limit of the process (SIGXFSZ)
-// ends no program: the call fails, and the failure is handled like any other.
+// Call once, before anything else. Then a signal that ends the program first removes the unfinished
+// file, if there is one. SIGXFSZ no longer ends the program: a write past the file size limit of
+// the process fails like any other write.
 void handleSignals();
 
-// Names the unfinished file. Hold SignalsWait while it is made and while it gets its last name.
+// Names the unfinished file. Hold a SignalsWait while you make the file and while you rename it.
 void setUnfinishedFile(const std::string& path);
 void clearUnfinishedFile();
 
-// While one of these exists, signals that would end the program wait; SIGKILL does not.
+// While an object of this class exists, signals that would end the program wait, except SIGKILL.
 class SignalsWait {
  public:
   SignalsWait();

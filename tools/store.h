@@ -1,4 +1,4 @@
-// Objects and chunks as the edits use them: opened with reasons.
+// The objects and chunks that edits work on. Errors come with their reason.
 #ifndef VELMOR_CORE_TOOLS_STORE_H
 #define VELMOR_CORE_TOOLS_STORE_H
 
@@ -19,7 +19,7 @@ namespace tool {
 
 using velmor_core::Object;
 
-// A chunk of an open object, or none, with what the commands ask of it beside.
+// A chunk of an open object, or none, with the questions that commands ask about it.
 class Chunk : public velmor_core::Chunk {
  public:
   Chunk() = default;
@@ -29,7 +29,8 @@ class Chunk : public velmor_core::Chunk {
   uint32_t id() const { return velmor_core::Chunk::id().value(); }
   uint32_t groupId() const { return velmor_core::Chunk::groupId().value(); }
   std::string name() const { return nameText(id(), groupId()); }
-  // Holds for chunks as they are loaded, and the tool creates groups under these ids alone.
+  // True for all groups: the library loads only these ids as groups, and the program adds no
+  // others.
   bool isGroup() const { return isVirtualRoot() || isGroupId(id()); }
   bool isVirtualRoot() const { return !parent(); }
 
@@ -40,13 +41,13 @@ class Chunk : public velmor_core::Chunk {
 
 inline Chunk virtualRoot(const Object& object) { return Chunk(object.root()); }
 
-// A file that a command works on, and its chunks. The bytes are mapped privately: what is changed
-// here stays in memory, and only what is looked at is loaded.
+// A file that a command works on, and its chunks. The bytes are mapped privately: changes
+// stay in memory, and only pages that are read are loaded.
 class Opened {
  public:
   // Opens an existing regular file, surveys it and loads its chunks. An edit may lengthen the copy
-  // in memory by `room` bytes. Throws Failure with the reason, and for bytes that are no chunks
-  // with the offset where they are not.
+  // in memory by `room` bytes. Throws Failure with the reason, and with the offset of the
+  // first bytes that are no chunk.
   Opened(const std::string& name, Original::Purpose purpose, uint64_t room = 0);
 
   const Original& original() const { return source; }
@@ -55,8 +56,8 @@ class Opened {
   const Object& object() const { return chunks; }
   std::span<const char> bytes() const { return mapping.bytes().first(chunks.size()); }
 
-  // Runs work on these chunks, or on those of a copy of the file. What it throws as Failure gets
-  // the name of the file and, where the library refused, the reason.
+  // Runs work on these chunks or on those of a copy of the file. Puts the name of the file before
+  // the message of a Failure that it throws, and the reason after it if the library refused a call.
   void explain(const std::function<void()>& work) const;
 
  private:
@@ -66,8 +67,8 @@ class Opened {
   Object chunks;
 };
 
-// The library refused a call; it does not say why. Keeps the system's error, and gets the reason in
-// Opened::explain().
+// The library refused a call, without a reason. Keeps the system's error; Opened::explain() finds
+// the reason.
 class Refused : public Failure {
  public:
   explicit Refused(const std::string& what) : Failure(what), error(errno) {}
@@ -77,11 +78,10 @@ class Refused : public Failure {
   int error;
 };
 
-// Runs a call of the library, which returns something that is false if it failed; throws Refused
-// then.
+// Runs a call of the library and returns its result. Throws Refused if the result is false.
 template <typename Call>
 auto required(const std::string& what, Call call) {
-  errno = 0;  // the library leaves what the system set
+  errno = 0;  // so that it is the error of a system call in the library, or 0
   auto result = call();
   if (!result) throw Refused("cannot " + what);
   return result;

@@ -1,12 +1,12 @@
 // What is wrong with the headers of a RIFF file.
 //
-// Two positions go along. The walk's own is where the headers say that the next chunk begins. It
-// lies past the end of the file where a chunk was cut short: the groups around that chunk then end
-// there too, and have nothing wrong of their own. `repairedAt` is the same place in the file as it
-// would be after the repair.
+// The survey keeps two positions. The walk's own position is where the headers say that the next
+// chunk begins. After a chunk that was cut short, it is past the end of the file. Groups that end
+// there too are right, so they cause no further finding. `repairedAt` is the same place in the file
+// as it would be after the repair.
 //
-// A size is only ever changed so that its chunk ends with the file, or so that a group ends with
-// its last chunk. All else that is wrong is doubtful.
+// A size is changed in two cases only: its chunk then ends with the file, or its group then ends
+// with its last chunk. All other damage is doubtful.
 #include "survey.h"
 
 #include <algorithm>
@@ -24,11 +24,12 @@ namespace tool {
 
 namespace {
 
-// So many zeros the library may take for empty chunks.
+// The library may open files with at most this many zeros, which it takes for empty chunks.
 constexpr uint64_t FEW_ZEROS = 1 << 16;
 
-// Sizes that programs write in front of a stream whose length they cannot know yet: 2^31 or 2^32,
-// less a little or with the headers counted in.
+// Sizes that programs write before a stream whose length they do not know yet. They are near 2^31
+// or 2^32, but not always equal: some programs subtract a little, others add the size of the
+// headers.
 constexpr bool isStreamMark(uint32_t size) {
   return (size >= 0x7FFF'F000 && size <= 0x8000'FFFF) || size >= 0xFFFF'F000;
 }
@@ -91,15 +92,15 @@ class Surveyor {
     }
   }
 
-  // Whether a chunk shows that the group before it, whose size is not known, ends here: an index
-  // stands after the pictures of an AVI, and a RIFF inside nothing.
+  // Whether a chunk shows that the innermost group, whose size is not known, ends here. An index
+  // follows the pictures of an AVI and is not in their group; a RIFF is in no group.
   bool endsStream(const RawChunk& chunk) const {
     if (walk.level() == 0 || walk.claimedEnd() != HeaderWalk::NOWHERE) return false;
     return chunk.id == ID_RIFF || (chunk.id == ID_IDX1 && walk.group().groupId == ID_MOVI);
   }
 
-  // A group is taken for one. Anything else may be bytes of another kind, unless chunks follow each
-  // other from there to the end of the file.
+  // Group headers are trusted. A header of a data chunk could be other bytes by chance, so chunks
+  // have to lead from it to the end of the file.
   bool isTopLevelChunk(const RawChunk& chunk) {
     if (size - walk.offset() < HEADER_SIZE) return false;
     if (chunk.isGroup() && isPrintable(chunk.groupId)) return true;
@@ -154,16 +155,17 @@ class Surveyor {
     }
   }
 
-  // Building a path takes as long as the rest of closing a group, and most groups are sound.
+  // Most groups are sound and need no path, which takes as long to build as the rest of closing
+  // one.
   std::string pathIfNeeded() const {
     const OpenGroup& group = walk.group();
     return group.isOpenEnded || group.end() > size ? path() : std::string();
   }
 
-  // Reports a chunk that ends past the end of its group. The size of a RIFF, or of the pictures of
-  // an AVI, was not brought up to date if chunks follow each other from there to the end of the
-  // file: then the group grows, and the result is true. Otherwise either of the two sizes may be
-  // wrong, and the walk goes on at the group's end.
+  // Handles a chunk that ends past the end of its group. The group's size is out of date if the
+  // group is a RIFF or the pictures of an AVI, and chunks lead from this one to the end of the
+  // file. Otherwise either size may be wrong, and the group's is trusted. Returns whether the
+  // group's size is out of date.
   bool leaveGroupEnd(const RawChunk& chunk) {
     const bool mayGrow = isPrintable(chunk.id) && walk.claimedEnd() < size &&
                          (walk.level() == 1 || walk.group().groupId == ID_MOVI);
@@ -192,8 +194,8 @@ class Surveyor {
     }
   }
 
-  // Data that ends past the end of its group or of the file. Where its group ends with the file,
-  // so should the data.
+  // Handles data that ends past the end of its group or of the file. If its group ends with the
+  // file, the data should end there too.
   void passLongData(const RawChunk& chunk) {
     const bool isLast = walk.limit() == size;
     const bool isCut =
@@ -226,8 +228,8 @@ class Surveyor {
     if (chunk.dataSize % 2 == 1 && chunk.end() <= size) checkPad(chunk);
   }
 
-  // The sound of a stream that was not finished: a size that means "unknown", or the size 0 and
-  // then no chunks.
+  // Whether a chunk holds the data of an unfinished stream: its size means "unknown", or is 0 and
+  // no chunks follow.
   bool isStream(const RawChunk& chunk) {
     if (walk.level() == 0 || !isPrintable(chunk.id)) return false;
     const uint64_t claimed = walk.claimedEnd();
@@ -247,8 +249,8 @@ class Surveyor {
     walk.moveTo(std::max(chunk.end(), size));
   }
 
-  // A pad byte that is not 0 may be one: edits by other programs leave such bytes. Some programs
-  // write no pad bytes, and the next chunk begins where this one should stand.
+  // A byte that is not 0 may still be the pad byte: edits by other programs leave such bytes. But
+  // some programs write no pad bytes, and then the next chunk begins at this byte.
   void checkPad(const RawChunk& chunk) {
     const uint64_t pad = chunk.dataEnd();
     const uint8_t byte = bytes.byteAt(pad);
@@ -268,7 +270,7 @@ class Surveyor {
 
   // --- what is no chunk
 
-  // Bytes in a group that no header explains.
+  // Handles bytes in a group that are no plausible chunk.
   void passUnexplained(const RawChunk& chunk) {
     const uint64_t end = walk.limit();
     found(chunk.offset,
@@ -316,7 +318,7 @@ class Surveyor {
                                                  : begin + zeros / HEADER_SIZE * HEADER_SIZE);
   }
 
-  // Where a data chunk ends directly before bytes that are no chunk, its size may be wrong.
+  // If a data chunk ends directly before bytes that are no chunk, its size may be wrong.
   std::string explanation(uint64_t end) const {
     if (!lastData || lastData->end() != walk.offset() || !isPrintable(lastData->id)) return "";
     return "; they would be data of " + idText(lastData->id) + " if its size were " +
@@ -332,7 +334,7 @@ class Surveyor {
     if (!tags.empty()) {
       found(begin, what + ": " + tags);
     } else if (isStopped) {
-      // A program that was stopped before it came back to the sizes.
+      // The program that wrote the file was stopped before it wrote the sizes.
       found(lastData->offset, "RIFF/data" + streamText(0, size - begin));
       setSize(lastData->offset, size);
       survey.plan.claimed = {begin, size};
@@ -355,7 +357,7 @@ class Surveyor {
     report({offset, what, severity});
   }
 
-  // Findings of the forms come here too.
+  // Counts a finding, also one of a form, and reports it if there were not too many.
   void count(const Finding& finding, const Report& receiver) {
     survey.warnings += finding.isWarning() ? 1 : 0;
     survey.damages += finding.isWarning() ? 0 : 1;
@@ -369,7 +371,7 @@ class Surveyor {
 
   void stayClosed() { survey.mustStayClosed = true; }
 
-  // Names cost more than all else where millions of chunks are wrong.
+  // Empty after very many findings: if millions of chunks are wrong, paths take most of the time.
   std::string path() const { return mayBeReported() ? walk.path() : ""; }
   std::string path(const RawChunk& chunk) const { return mayBeReported() ? walk.path(chunk) : ""; }
   bool mayBeReported() const { return survey.warnings + survey.damages < 100 * MAX_REPORTED; }
@@ -400,12 +402,12 @@ class Surveyor {
   Progress progress;
   HeaderWalk walk;
   uint64_t repairedAt = 0;
-  std::unique_ptr<Form> form;        // of the RIFF that the walk is inside of
+  std::unique_ptr<Form> form;        // of the RIFF that the walk is in
   OpenGroup lastGroup;               // the last one at the top level
   std::optional<RawChunk> lastData;  // the last data chunk that is whole
-  uint64_t headersLeft = 0;   // to look at ahead of the walk, so that this takes no longer than it
-  bool topLevelFits = false;  // chunks lead from the walk's place to the end of the file
-  uint64_t zeroBytes = 0;     // that belong to no chunk
+  uint64_t headersLeft = 0;          // may be looked at ahead of the walk; bounds the time for that
+  bool topLevelFits = false;         // chunks lead from the walk's position to the end of the file
+  uint64_t zeroBytes = 0;            // that belong to no chunk
   Survey survey;
 };
 

@@ -30,11 +30,11 @@ struct Survey {
 
 constexpr uint64_t MAX_REPORTED = 1000;
 
-// Follows the headers and hands over each disagreement as it is met: causes come before what
-// follows from them. After a chunk that leaves its group the walk goes on at the group's end. Data
-// is not read, except a few bytes of headers and indexes of the forms, and runs of zeros. The first
-// MAX_REPORTED doubtful findings and as many others are handed over; the rest is only counted.
-// `name` is the file's, for progress. Throws Failure if the file cannot be read.
+// Follows the headers and reports each finding as it is met, causes before their consequences.
+// After a chunk that ends past its group the walk usually continues at the group's end. Data is not
+// read, except a few bytes of headers and indexes of the forms, and runs of zeros. Reports the
+// first MAX_REPORTED doubtful findings and as many others; the rest is only counted. `name` is the
+// file's, for progress. Throws Failure if the file cannot be read.
 Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report);
 Survey surveyFile(const std::string& file, const Report& report);
 
@@ -42,14 +42,14 @@ Survey surveyFile(const std::string& file, const Report& report);
 std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes);
 std::optional<Finding> firstDamage(const std::string& file);
 
-// Throws Failure where a command should not let the library open a file: it is no RIFF file, the
-// library would read all of it and then refuse it, or it holds so many zeros that the library would
-// take for empty chunks that they cost too much. Damage with which the library can work is no
-// reason; the first of it is returned.
+// Throws Failure if the library should not open a file. There are three reasons: it is no RIFF
+// file; the library would read all of it and then refuse it; or it holds too many zeros, which the
+// library takes for empty chunks. Other damage does not prevent opening; the first of it is
+// returned.
 std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes);
 
-// The first damage in `after` if there is none in `before`. An edit asks this before its result
-// takes the place of the file.
+// The first damage in `after` if there is none in `before`. An edit calls this before its result
+// replaces the file.
 std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after);
 
 }  // namespace tool

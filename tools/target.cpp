@@ -1,4 +1,4 @@
-// Where an edit is made, and how its result gets the name under which people look for it.
+// Where an edit is made, and how its result gets its name.
 
 #include "target.h"
 
@@ -102,8 +102,8 @@ class InPlace : public Target {
   }
 
  private:
-  // So that no edit stops half-way for want of space. It also fills the holes of a sparse file,
-  // into which bytes may move. Some file systems cannot reserve.
+  // Reserves disk space, so that no edit stops half-way without it. Also fills the holes of a
+  // sparse file, since bytes may move there. Does nothing if the file system cannot reserve space.
   void reserve(uint64_t room) const {
     const uint64_t end = original.size() + room;
     struct rlimit limit {};
@@ -122,7 +122,7 @@ class InPlace : public Target {
                                        std::to_string(original.size()) + ")");
   }
 
-  // Cutting a file where it ends frees the blocks that were reserved past its end.
+  // Setting a file to the size that it has frees the blocks that were reserved past its end.
   void giveBackRoom() const {
     const int descriptor = original.get().descriptor();
     if (::ftruncate(descriptor, static_cast<off_t>(original.get().size())) == -1) return;

@@ -1,8 +1,8 @@
-// Where an edit is made, and how its result gets the name under which people look for it.
+// Where an edit is made, and how its result gets its name.
 //
-// Every way keeps one promise: whatever ends the program, the file under that name is the old one
-// or the new one, whole. Only an edit in place cannot keep it alone: there a marker file says that
-// the edit was interrupted, and the commands refuse to read the file.
+// However the program ends, the name leads to the complete old file or the complete new one. Only
+// an edit in place cannot promise this. If it is interrupted, a marker file says so, and the
+// commands refuse to read the file.
 #ifndef VELMOR_CORE_TOOLS_TARGET_H
 #define VELMOR_CORE_TOOLS_TARGET_H
 
@@ -18,33 +18,33 @@ class Target {
   Target() = default;
   Target(const Target&) = delete;
   Target& operator=(const Target&) = delete;
-  // Takes back what finish() has not completed.
+  // Undoes what is not finished: removes the new file.
   virtual ~Target() = default;
 
   // Open for reading and writing; holds the original's bytes.
   virtual const File& file() const = 0;
-  // The name under which others can open the same file until finish().
+  // A name under which the library can open the same file, until finish().
   virtual const std::string& path() const = 0;
-  // Call directly before the first byte is changed.
+  // Call directly before you change the first byte.
   virtual void begin() = 0;
-  // Syncs the bytes to the disk and gives the file its name. Whoever opened path() has to have
-  // closed it.
+  // Syncs the bytes to the disk and gives the file its name. Close path() first if you opened it.
   virtual void finish() = 0;
-  // What a failure leaves behind, as the end of its message.
+  // The end of a failure's message: what state the files are in.
   virtual std::string consequence() const = 0;
 };
 
-// The three ways. Each copies or reserves what it needs, and throws Failure with the reason if it
-// cannot. The original has to outlive the target.
+// The three ways. Each first makes its copy or reserves disk space, and throws Failure with the
+// reason if it cannot. The original has to outlive the target.
 
-// A new file beside the original, which takes its name, permissions, owner and attributes.
+// A new file in the original's folder. It replaces the original and gets its name, permissions,
+// owner and attributes.
 std::unique_ptr<Target> replaceOriginal(const Original& original);
 
-// Another file. One that exists is replaced only if mayReplace says so, and keeps its permissions.
+// Another file. If it exists, mayReplace has to be true; the new file gets its permissions.
 std::unique_ptr<Target> writeOutput(const Original& original, const std::string& output,
                                     bool mayReplace);
 
-// The original itself, with room for `room` bytes more; `what` names the edit in the marker.
+// The original itself, with space for `room` more bytes; `what` names the edit in the marker.
 // Signals wait until the target is destroyed.
 std::unique_ptr<Target> editInPlace(const Original& original, uint64_t room,
                                     const std::string& what);

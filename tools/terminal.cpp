@@ -1,4 +1,4 @@
-// What is special where a person looks: colour, and a line that shows progress.
+// What only terminals get: colour, and a line that shows progress.
 
 #include "terminal.h"
 
@@ -35,7 +35,7 @@ std::string_view sequenceOf(Style style) {
   return "";
 }
 
-// Standard error is written in whole pieces, so that those of two threads do not mix.
+// Writes each text to standard error in one piece, so that texts of two threads do not mix.
 class ErrorOutput {
  public:
   void show(std::string_view text) {

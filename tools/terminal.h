@@ -1,4 +1,4 @@
-// What is special where a person looks: colour, and a line that shows progress.
+// What only terminals get: colour, and a line that shows progress.
 #ifndef VELMOR_CORE_TOOLS_TERMINAL_H
 #define VELMOR_CORE_TOOLS_TERMINAL_H
 
@@ -9,8 +9,8 @@ namespace tool {
 
 enum class Style { TITLE, GROUP, FREE, WARNING };
 
-// The text in its style if standard output is a terminal that takes colour and the environment
-// does not object (NO_COLOR, see no-color.org), else as it is.
+// The text in its style if standard output is a terminal with colour and the environment variable
+// NO_COLOR (see no-color.org) is not set; otherwise the text unchanged.
 std::string styled(Style style, std::string_view text);
 
 bool outputIsTerminal();
@@ -18,7 +18,7 @@ bool errorsAreSeen();  // standard error is a terminal
 
 // These write to standard error and may be called by several threads.
 
-// Shows a line that the next one, or a message, replaces.
+// Shows a line. The next line or message replaces it.
 void showProgressLine(std::string_view text);
 void clearProgressLine();
 // Prints a message and a line end in one piece.

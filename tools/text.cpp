@@ -1,4 +1,4 @@
-// Numbers, counts and foreign texts as people read them.
+// Numbers, counts and texts from elsewhere, in a readable form.
 
 #include "text.h"
 

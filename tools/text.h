@@ -1,4 +1,4 @@
-// Numbers, counts and foreign texts as people read them.
+// Numbers, counts and texts from elsewhere, in a readable form.
 #ifndef VELMOR_CORE_TOOLS_TEXT_H
 #define VELMOR_CORE_TOOLS_TEXT_H
 
@@ -13,7 +13,7 @@ std::string counted(uint64_t number, std::string_view what);
 // "1 entry", "20 entries".
 std::string counted(uint64_t number, std::string_view one, std::string_view many);
 
-// "4,294,967,295": readable, and still exact.
+// "4,294,967,295"
 std::string grouped(uint64_t number);
 
 // "0xFFFFFFFF"
@@ -22,13 +22,13 @@ std::string hexadecimal(uint32_t number);
 // The two digits of a byte, in lower case: "0f".
 std::string hexDigits(uint8_t byte);
 
-// The number of bytes that form one UTF-8 character at the front of a text that is not empty;
-// 0 if they form none.
+// The number of bytes of the UTF-8 character at the start of a text that is not empty; 0 if the
+// text does not begin with one.
 std::size_t characterSize(std::string_view text);
 
-// A text that others wrote (a file name, say), safe to print: \xHH stands for every byte of a
-// control character, of a character that changes the direction of writing, and of what is no UTF-8.
-// So it cannot steer a terminal or begin a new line. Printing the result again changes nothing.
+// Makes a text from elsewhere, such as a file name, safe to print: it cannot control a terminal or
+// begin a new line. \xHH replaces each byte of control characters, of characters that change the
+// direction of writing, and of bytes that are no UTF-8. A second call changes nothing more.
 std::string printable(std::string_view text);
 
 }  // namespace tool

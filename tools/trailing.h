@@ -9,11 +9,11 @@
 namespace tool {
 
 // Names the tags that make up all bytes from `begin` to the end of the file: "an APE tag and an
-// ID3v1 tag". Empty if anything else is among them.
+// ID3v1 tag". Empty if there are any other bytes.
 //
-// ID3v1 is 128 bytes that begin with "TAG". APE ends in a footer of 32 bytes, which tells the
-// size of the items and of itself, and whether a header of the same size stands before them. ID3v2
-// begins with a header of 10 bytes, which tells the size of the rest in four times seven bits.
+// ID3v1 is 128 bytes that begin with "TAG". APE ends in a footer of 32 bytes. The footer states the
+// size of the items and itself, and whether a header of 32 bytes comes before the items. ID3v2
+// begins with a header of 10 bytes, which states the size of the rest in four bytes of seven bits.
 std::string tagsFrom(uint64_t begin, RawBytes& bytes);
 
 }  // namespace tool

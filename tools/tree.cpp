@@ -21,7 +21,7 @@ constexpr Option PATH{"--path", true};
 constexpr Option ANY{"--any"};
 constexpr std::array OPTIONS = {JSON, PATH, ANY};
 
-// Chunks deeper than this are no longer indented further; the level stands before them as a number.
+// Deeper chunks are not indented further; their level comes before them as a number.
 constexpr uint64_t MAX_INDENTED_LEVEL = 20;
 constexpr std::size_t INDENT = 2;
 constexpr std::size_t GAP = 2;  // between columns
@@ -47,7 +47,7 @@ uint64_t totalSize(const TreeItem& item) {
   return item.kind == TreeItem::CHUNK ? item.chunk.end() - item.chunk.offset : item.size;
 }
 
-// How wide the columns have to be, learned in a walk of its own.
+// The widths of the columns. A first walk through all items computes them.
 struct Layout {
   std::size_t offsetWidth = OFFSET_HEAD.size();
   std::size_t nameWidth = NAME_HEAD.size();
@@ -92,7 +92,7 @@ void printHead(const Layout& layout) {
   std::cout << styled(Style::FREE, line) << '\n';
 }
 
-// What there is to say of a chunk beside its name and sizes.
+// The last column: what is special about a chunk.
 std::string remark(const TreeItem& item, uint64_t fileSize) {
   const RawChunk& chunk = item.chunk;
   if (item.kind != TreeItem::CHUNK) return "";
@@ -181,26 +181,27 @@ const Command TREE = {
     .synopsis = "[--json] [--any] [--path PATH] FILE...",
     .summary = "Show the chunks of files as trees",
     .help = R"(
-Each line shows where a chunk's header begins in the file, the chunk's id, for groups with the group
-id after a colon, its data size (what its size field says) and its total size with header and pad
-byte, in bytes. What a group holds stands below it, indented by its level. "pad" marks a pad byte,
-"free" JUNK chunks: space that later edits use. Only headers are read, however large the file.
+Each line shows one chunk, in four columns: the offset of its header in the file; its id, and for a
+group a colon and the group id; its data size (the size field); its total size (with header and pad
+byte). All sizes are in bytes. The chunks in a group follow it and are indented by their level.
+"pad" marks a chunk with a pad byte, "free" a JUNK chunk, whose space later edits can use. Only
+headers are read, also in large files.
 
-Damaged files are shown too. A remark stands after a chunk that the end of the file cuts short or
-that ends past its group. A line (zeros) stands for a run of zeros, a line (no chunk) for other
-bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
+Damaged files are shown too. A remark follows a chunk that is cut short by the end of the file or
+that ends past the end of its group. The line (zeros) shows a run of zeros, the line (no chunk)
+other bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
 
---path PATH   show this chunk and what it holds, with its offsets in the file
---any         show also files that are no RIFF files, as if they were made of chunks
+--path PATH   show only this chunk and the chunks in it; offsets still count from the file's start
+--any         show any file, even one that is no RIFF file, as if it were made of chunks
 --json        print one JSON object for each file, each on a line of its own:
                 {"file":"a.wav","size":52,"chunks":[{"offset":0,"level":0,"id":"RIFF",
                  "groupId":"WAVE","dataSize":44,"totalSize":52,"pad":0,"free":false,"missing":0},...
-              The list is in the order of the bytes, a group before what it holds; "level" tells
-              how deep a chunk lies. Ids are written as in a PATH; "groupId" stands for groups
-              alone; "missing" is the number of bytes that the file lacks, and "past", where it
-              stands, the number of bytes by which a chunk ends past its group. Instead of a chunk,
-              {"offset":52,"level":0,"zeros":8} stands for zeros, and "bytes" in the same way for
-              other bytes that belong to no chunk.
+              The list is in the order of the bytes, a group before its chunks. "level" is 0 for
+              top-level chunks. Ids are written as in a PATH. Only groups have "groupId".
+              "missing" counts the bytes of the chunk that the file lacks. "past" counts the bytes
+              of the chunk past the end of its group, if there are any. A run of 8 zeros in place
+              of a chunk is {"offset":52,"level":0,"zeros":8}; other bytes that belong to no chunk
+              have "bytes" instead of "zeros".
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

@@ -8,19 +8,19 @@
 
 namespace tool {
 
-// Prints a title line, the heads of the columns, and a line for each item from a start, which is
-// the virtual root or a chunk: offset, id and group id (indented by level), data size and total
-// size in bytes, remarks.
+// Prints a title line, the heads of the columns, and one line for each item in `start`, the virtual
+// root or a chunk. The columns are offset, id and group id (indented by level), data size
+// and total size in bytes, and remarks.
 void printTree(std::string_view title, RawBytes& bytes, const RawNode& start);
 
 // Prints the same as one line of JSON.
 void printJson(std::string_view file, RawBytes& bytes, const RawNode& start);
 
-// Bytes of a data chunk, pad byte included, that the file lacks. Groups lack none: what is missing
-// belongs to the last chunk in them.
+// How many bytes of a data chunk the file lacks, pad byte included. 0 for a group: bytes that it
+// lacks belong to the last data chunk in it.
 uint64_t missingBytes(const TreeItem& item, uint64_t fileSize);
 
-// Bytes of a chunk that lie past the end of its group, and within the file's.
+// How many bytes of a chunk are in the file but past the end of the chunk's group.
 uint64_t pastGroup(const TreeItem& item, uint64_t fileSize);
 
 }  // namespace tool

@@ -57,8 +57,8 @@ bool TreeItems::next() {
   return true;
 }
 
-// Where an id is not printable and the size does not fit, there is no chunk. What begins a file is
-// always shown as one.
+// Bytes whose id is not printable and whose size does not fit are no chunk. The first bytes of a
+// file are always shown as a chunk.
 bool TreeItems::isChunk(const RawChunk& chunk, uint64_t left) const {
   if (left < HEADER_SIZE) return false;
   if (chunk.isGroup()) return left >= GROUP_HEADER_SIZE;

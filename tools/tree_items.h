@@ -1,4 +1,4 @@
-// What stands in a file, as its headers tell it: chunks, and bytes that are none.
+// The contents of a file as its headers state them: chunks, and bytes that are no chunk.
 #ifndef VELMOR_CORE_TOOLS_TREE_ITEMS_H
 #define VELMOR_CORE_TOOLS_TREE_ITEMS_H
 
@@ -9,8 +9,8 @@
 
 namespace tool {
 
-// A header in a file, for paths: has the interface of a chunk of an object. Runs of zeros are
-// passed over.
+// A header in a file. It has the interface of a chunk of an object, so that paths can be followed.
+// Skips runs of zeros.
 class RawNode {
  public:
   RawNode() = default;
@@ -27,7 +27,7 @@ class RawNode {
 
   const RawChunk& chunk() const { return raw; }
   uint64_t level() const { return depth; }
-  // Where the chunk that holds this one ends, at most at the end of the file.
+  // Where the parent ends, or the file if that is earlier.
   uint64_t limit() const { return parentLimit; }
 
  private:
@@ -46,20 +46,20 @@ struct TreeItem {
   enum Kind {
     CHUNK,
     ZEROS,  // a run of zeros, which would be chunks without id and data
-    BYTES   // other bytes that are no chunk: too few for a header, or explained by none
+    BYTES   // other bytes that are no chunk: too few for a header, or not a plausible one
   };
   Kind kind = CHUNK;
-  RawChunk chunk;      // of bytes that are no chunk, only the offset counts
+  RawChunk chunk;      // for bytes that are no chunk, only the offset is meaningful
   uint64_t level = 0;  // 0 for top-level chunks
-  uint64_t size = 0;   // of bytes that are no chunk
-  uint64_t limit = 0;  // where the group around it ends, at most at the end of the file
+  uint64_t size = 0;   // number of bytes that are no chunk; 0 for a chunk
+  uint64_t limit = 0;  // where the parent ends, or the file if that is earlier
 };
 
-// Goes through the items of a file in the order of its bytes, groups before what they hold. Holds
-// the open groups and no more.
+// Goes through the items of a file in the order of its bytes, groups before the chunks in them.
+// Stores only the open groups.
 class TreeItems {
  public:
-  // All items, or a chunk that a path has found and what it holds.
+  // All items from the virtual root on, or a chunk that a path has found and the items in it.
   TreeItems(RawBytes& bytes, const RawNode& start);
 
   // Goes on to the next item; false after the last one.
@@ -72,7 +72,7 @@ class TreeItems {
   RawBytes& bytes;
   HeaderWalk walk;
   uint64_t firstLevel;
-  uint64_t outerLimit;  // of the chunk that the walk began with
+  uint64_t outerLimit;  // where the parent of the first chunk ends
   bool isFirst = true;
   TreeItem current;
 };

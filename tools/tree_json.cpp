@@ -8,7 +8,7 @@ namespace tool {
 
 namespace {
 
-// A JSON string (RFC 8259). Names of files may be any bytes: what is no UTF-8 becomes U+FFFD.
+// A JSON string (RFC 8259). File names may have any bytes: U+FFFD replaces bytes that are no UTF-8.
 std::string quoted(std::string_view text) {
   std::string json = "\"";
   while (!text.empty()) {

@@ -38,7 +38,7 @@ int runUuid(const Arguments& arguments) {
   } else if (action == "compare" && arguments.count() == 3) {
     std::cout << relation(parse(arguments[1]), parse(arguments[2])) << '\n';
   } else {
-    throw UsageError("uuid wants new, parse TEXT or compare A B");
+    throw UsageError("uuid takes new, parse TEXT or compare A B");
   }
   return 0;
 }
@@ -50,10 +50,10 @@ const Command UUID = {
     .synopsis = "[new | parse TEXT | compare A B]",
     .summary = "Make, read and compare UUIDs",
     .help = R"(
-new           print a random UUID (also without any argument)
-parse TEXT    print the UUID that a text stands for in the usual form: TEXT has 32 hexadecimal
-              digits, with hyphens or without, in braces or not
-compare A B   print "less", "equal" or "greater", as A stands to B
+new           print a random UUID; this is the default
+parse TEXT    print the UUID in its usual form; TEXT has 32 hexadecimal digits, with or without
+              hyphens, with or without braces
+compare A B   print "less", "equal" or "greater": how A compares with B
 )",
     .minOperands = 0,
     .maxOperands = 3,

@@ -10,16 +10,16 @@
 
 namespace tool {
 
-// Held in memory once.
+// The bytes are held in memory once, without a second copy.
 class Value {
  public:
   // From a typed word: the text itself, "@FILE" for a file's bytes, "@-" for standard input,
-  // "@@text" for the text "@text". All is read here, before anything is changed. Throws Failure if
-  // it cannot be read, or is too long for a chunk.
+  // "@@text" for the text "@text". Reads all bytes here, before anything is changed. Throws Failure
+  // if it cannot be read, or is too long for a chunk.
   explicit Value(const std::string& word);
 
   std::size_t size() const { return length; }
-  // The data size in a group. Texts in LIST:INFO end in a NUL, as the format has it.
+  // The data size in a group. In LIST:INFO, the format requires a NUL at the end of texts.
   uint64_t sizeIn(const Chunk& group) const;
   // The bytes as they are stored in a group, with a pad byte of 0 if their size is odd.
   std::string_view storedIn(const Chunk& group) const;

@@ -1,4 +1,5 @@
-// WAVE: "fmt " before "data", a "fact" where the samples are not plain, whole sample blocks.
+// WAVE: "fmt " comes before "data", samples that are not PCM need a "fact", and the data consists
+// of whole sample blocks.
 #include <array>
 
 #include "form.h"
@@ -43,7 +44,7 @@ class WaveForm : public Form {
     if (!hasFormat) {
       fail(riff.offset, "RIFF:WAVE has no fmt chunk");
     } else if (dataBeforeFormat > 0) {
-      fail(dataBeforeFormat, "RIFF:WAVE/data stands before the fmt chunk");
+      fail(dataBeforeFormat, "RIFF:WAVE/data comes before the fmt chunk");
     }
     if (!hasSamples) fail(riff.offset, "RIFF:WAVE has no data chunk");
     if (hasFormat && !hasFact && wantsFact()) {
@@ -68,7 +69,7 @@ class WaveForm : public Form {
     const uint32_t channels = littleEndian16(&fields[2]);
     blockAlign = littleEndian16(&fields[12]);
     const uint32_t bits = littleEndian16(&fields[14]);
-    if (channels == 0) fail(chunk.offset, "RIFF:WAVE/fmt tells of 0 channels");
+    if (channels == 0) fail(chunk.offset, "RIFF:WAVE/fmt has 0 channels");
     if (littleEndian32(&fields[4]) == 0) fail(chunk.offset, "RIFF:WAVE/fmt has the rate 0");
     if (!hasPlainSamples()) return;
     if (blockAlign == 0) {
@@ -99,7 +100,7 @@ class WaveForm : public Form {
   bool hasFormat = false;
   bool hasSamples = false;
   bool hasFact = false;
-  uint64_t dataBeforeFormat = 0;  // its offset, if it stands there
+  uint64_t dataBeforeFormat = 0;  // the offset of a data chunk before the fmt chunk, or 0
   uint16_t tag = 0;
   uint32_t blockAlign = 0;
 };

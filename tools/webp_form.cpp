@@ -26,8 +26,8 @@ constexpr uint8_t FLAG_ALPHA = 0x10;
 // A signature, two sizes of 14 bits, the alpha bit.
 constexpr std::size_t LOSSLESS_HEADER = 5;
 constexpr uint8_t LOSSLESS_SIGNATURE = 0x2F;
-// A frame tag of 24 bits, whose upper 19 are the size of the first partition, then three bytes that
-// never change, and two sizes. Without that partition, which follows, nothing can be decoded.
+// A frame tag of 24 bits, whose upper 19 are the size of the first partition; three bytes that
+// never change; two sizes. The first partition follows. Without it, nothing can be decoded.
 constexpr std::size_t LOSSY_HEADER = 10;
 constexpr uint32_t START_CODE = 0x2A019D;
 
@@ -47,7 +47,7 @@ class WebpForm : public Form {
     if (first == 0) {
       takeFirst(chunk);
     } else if (chunk.id == ID_VP8X) {
-      fail(chunk.offset, "RIFF:WEBP/VP8X does not stand first");
+      fail(chunk.offset, "RIFF:WEBP/VP8X is not the first chunk");
     }
     if (chunk.id == ID_VP8) takeLossy(chunk);
     if (chunk.id == ID_VP8L) takeLossless(chunk);
@@ -111,7 +111,7 @@ class WebpForm : public Form {
     warn(riff.offset + GROUP_HEADER_SIZE,
          "RIFF:WEBP/VP8X " +
              std::string(announced ? "announces " : "does not announce ").append(what) +
-             (announced ? ", which is not there" : ", which is there"));
+             (announced ? ", but the file has none" : ", but the file has it"));
   }
 
   uint32_t first = 0;

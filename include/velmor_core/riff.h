@@ -17,10 +17,11 @@
  *  the pad byte. The total size is 8 + data size, rounded up to even. Offsets within data count
  *  from the first data byte.
  *
- *  Size limit.  A group must stay below 4 GiB: its data size has 32 bits. Nothing checks this. An
- *  edit that makes a group larger than 2^32 - 1 bytes succeeds, but the size field wraps to a small
- *  number. Then the bytes do not open again. So compare before you add or lengthen a chunk. The
- *  top-level group is the largest of a chunk's ancestors. It is enough to check that one:
+ *  Size limit.  A group must stay below 4 GiB: its data size has 32 bits. The library does not
+ *  check this. An edit that makes a group larger than 2^32 - 1 bytes succeeds, but the size field
+ *  wraps to a small number. Then the bytes do not open again. So check the size before you add or
+ *  lengthen a chunk. The top-level group is the largest of a chunk's ancestors. It is enough to
+ *  check that one:
  *
  *    (uint64_t)velmor_core_riff_chunk_get_data_size(top) + added <= UINT32_MAX
  *
@@ -28,10 +29,10 @@
  *  virtual root has no size field: an object may hold any number of top-level chunks of up to 4 GiB
  *  each.
  *
- *  Opening does not validate.  All bytes that can be read as a row of chunks open. A PNG, JPEG,
- *  FLAC or text file opens as one data chunk: its first eight bytes are read as id and data size,
- *  and most of the data is missing. A million zero bytes open as 125,000 empty chunks. Check the
- *  ids, and the data that you need. In detail:
+ *  Opening does not validate.  All bytes that can be read as a sequence of chunks open. A PNG,
+ *  JPEG, FLAC or text file opens as one data chunk: its first eight bytes are read as id and data
+ *  size, and most of the data is missing. A million zero bytes open as 125,000 empty chunks. Check
+ *  the ids, and the data that you need. In detail:
  *
  *  - Each group has to end exactly where its last child ends. A stream that has the same
  *    placeholder in all sizes, such as 0 or 2^32 - 1, does not open.
@@ -143,11 +144,11 @@
  *  fsync(2) it and rename(2) it over the original, as examples/retag_wav.c does.
  *
  *  Full disk.  Before an edit moves bytes up in a file, it reserves the room for them with
- *  fallocate(2). If the disk is full, the edit fails; the file and the tree stay as they were,
- *  however often you try. Two cases are not protected: a file system that cannot reserve, and an
- *  edit that lengthens the file at its end, where nothing has to move. There the file may become
- *  longer before the system refuses the bytes, and the edit stops half-way. In the first case,
- *  bytes that had to move may have overwritten others.
+ *  fallocate(2). If the disk is full, the edit fails; the file and the tree stay as they were.
+ *  This also holds if you try again. Two cases are not protected: a file system that cannot
+ *  reserve, and an edit that lengthens the file at its end, where nothing has to move. There the
+ *  file may become longer before the system refuses the bytes, and the edit stops half-way. In the
+ *  first case, bytes that had to move may have overwritten others.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
  *  SA_RESTART, or block signals during an edit. If the process is killed during an edit, the file
@@ -298,10 +299,10 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_buffer_rw(void* buffer, uint64_t s
 VELMOR_CORE_API int32_t velmor_core_riff_open_asset(const char* path,
                                                     velmor_core_riff_object_t** object);
 
-/** Open an empty cache: an object in memory of its own that grows as chunks are added.
+/** Open an empty cache: an object in its own memory, which grows as chunks are added.
  *
- *  Gather chunks under its virtual root. Add them to a group of another object in one call with
- *  velmor_core_riff_chunk_add_cache(). Clear the cache for the next batch.
+ *  Add chunks to its virtual root. Then add all of them to a group of another object in one call
+ *  with velmor_core_riff_chunk_add_cache(). Clear the cache for the next batch.
  *
  *  In:   capacity  bytes to begin with, 0 allowed. When the cache needs more, it multiplies its
  *                  capacity by the smallest whole number that gives more than it needs. So the
@@ -543,11 +544,11 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
 
 /** Add all chunks of a cache, or of an object over a buffer, to a group.
  *
- *  They stay together and in order. They are added where velmor_core_riff_chunk_add_data_chunk()
- *  would add a chunk of the same total size: in free space, or else as the last children. Free
- *  space is used even if they are a single chunk without data. If they fill a free chunk exactly,
- *  the handle of the free chunk ends. The cache is not changed. Ancestors must stay below 4 GiB:
- *  see "Size limit".
+ *  They are added one directly after the other, in the same order. Their place is where
+ *  velmor_core_riff_chunk_add_data_chunk() would add one chunk of the same total size: in free
+ *  space, or as the last children. Free space is used even if they are a single chunk without data.
+ *  If they fill a free chunk exactly, the handle of the free chunk ends. The cache is not changed.
+ *  Ancestors must stay below 4 GiB: see "Size limit".
  *
  *  The call uses the object of the group and the cache: no other thread may use either of them.
  *
@@ -562,8 +563,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
  *    - the last chunk of cache was cut short, even by the pad byte alone; nothing is changed;
  *    - the object of group was cut short, and the edit needs missing bytes; nothing is changed;
  *    - the object of group cannot grow; nothing is changed;
- *    - the object of group is read-only; no byte is changed, but a free chunk that is the last
- *      top-level chunk may show a data size that is larger by 1;
+ *    - the object of group is read-only; no byte is changed. If the last top-level chunk is free,
+ *      its data size in the tree may grow by 1;
  *    - memory runs out; the edit may stop half-way;
  *    - the file cannot be read or written; the edit may stop half-way;
  *    - cache holds a data chunk that was added under the id "RIFF" or "LIST", and whose data is not
@@ -594,8 +595,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
  *    - the object cannot grow; nothing is changed;
  *    - the object was cut short, and the edit needs missing bytes; nothing is changed;
  *    - memory runs out; nothing is changed;
- *    - the object is read-only; no byte is changed, but a free chunk that is the last top-level
- *      chunk may show a data size that is larger by 1;
+ *    - the object is read-only; no byte is changed. If the last top-level chunk is free, its data
+ *      size in the tree may grow by 1;
  *    - the file cannot be read or written; the edit may stop half-way.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_data_chunk(
@@ -623,8 +624,9 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
 
 /** Turn a chunk into free space, without moving a byte.
  *
- *  If there is a free chunk directly before or after it, they are joined. A free neighbour is left
- *  out if the total size would exceed 2^32 - 1 bytes. The object and all groups keep their sizes.
+ *  If there is a free chunk directly before or after it, they are merged. A free neighbour is left
+ *  out if the total size would exceed 2^32 - 1 bytes. If a pad byte becomes free data, the edit
+ *  needs it: see "Chunks that were cut short". The object and all groups keep their sizes.
  *  The data stays in the bytes until it is overwritten. 4 or 8 bytes of a header are written.
  *  Nothing is written if the chunk is free and has no free neighbour.
  *
@@ -633,19 +635,19 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *
  *  These handles end on success:
  *
- *  - that of the chunk, if it is a group or is joined with a free neighbour
+ *  - that of the chunk, if it is a group or is merged with a free neighbour
  *  - those of all chunks in it, if it is a group
- *  - that of the free chunk after it, if both are joined with a free chunk before it
+ *  - that of the free chunk after it, if both are merged with a free chunk before it
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null; nothing is changed
  *    VELMOR_CORE_FAILURE     the chunk is a virtual root; nothing is changed
  *    VELMOR_CORE_FAILURE     the chunk is not free, and its data size is 2^32 - 1; nothing is
  *                            changed
- *    VELMOR_CORE_FAILURE     the pad byte would become free data, and the chunk was cut short by
- *                            more than the pad byte; nothing is changed
- *    VELMOR_CORE_FAILURE     the pad byte would become free data, but it is missing and the object
- *                            cannot grow; nothing is changed
+ *    VELMOR_CORE_FAILURE     the edit needs the pad byte, and data before it is missing, too;
+ *                            nothing is changed
+ *    VELMOR_CORE_FAILURE     the edit needs the pad byte, which is missing, and the object cannot
+ *                            grow; nothing is changed
  *    VELMOR_CORE_FAILURE     memory runs out; nothing is changed
  *    VELMOR_CORE_FAILURE     the object is read-only; no byte is changed, but the tree may show
  *                            a new id or data size

@@ -141,8 +141,8 @@ class Chunk {
   uint32_t dataSize() const noexcept {
     return chunk ? velmor_core_riff_chunk_get_data_size(chunk) : 0;
   }
-  /** The bytes that the chunk takes in all, with header and pad byte; 0 for the virtual root, which
-   *  has neither.
+  /** The total size: bytes of data, header and pad byte. 0 for the virtual root, which has neither
+   *  header nor size.
    */
   uint64_t totalSize() const noexcept { return parent() ? totalSizeOf(dataSize()) : 0; }
   /** The group that holds the chunk; none for the virtual root. */
@@ -214,18 +214,17 @@ class Chunk {
 
   /* --- Edits: false or an empty handle on failure. riff.h says what a failed edit leaves --- */
 
-  /** Lengthens or shortens the data at its end. The bytes after the chunk move. New bytes are
-   *  uninitialised. Fails without a change if the data size of an ancestor would exceed 2^32 - 1
-   *  bytes.
+  /** Lengthens or shortens the data at its end. The bytes after the chunk move if its total
+   *  size changes. New bytes are uninitialised. Fails without a change if the data size of an
+   *  ancestor would exceed 2^32 - 1 bytes.
    */
   [[nodiscard]] bool resize(uint32_t size, const std::nothrow_t&) const noexcept {
     return hasRoomToResize(size) &&
            velmor_core_riff_chunk_set_data_size(chunk, size) == VELMOR_CORE_SUCCESS;
   }
-  /** Adds a data chunk to this group: in free space where it fits, else after the last child. Fails
-   *  without a change if the data size of the chunk, of this group or of an ancestor would exceed
-   *  2^32 - 1 bytes. For this, the chunk always counts as appended: near the limit it is refused
-   *  even if it would fit into free space.
+  /** Adds a data chunk to this group. It fills free space if it fits there, and is appended
+   *  otherwise. Fails without a change if an append would make the data size of the chunk, this
+   *  group or an ancestor exceed 2^32 - 1 bytes. Free space is ignored in this check.
    */
   [[nodiscard]] Chunk addData(Id newId, Bytes bytes, const std::nothrow_t&) const noexcept {
     if (bytes.size() > MAX_SIZE || !hasRoom(totalSizeOf(bytes.size()))) return Chunk();
@@ -244,9 +243,9 @@ class Chunk {
     if (!hasRoom(source.totalSize())) return Chunk();
     return Chunk(velmor_core_riff_chunk_add_chunk(chunk, source.chunk));
   }
-  /** Adds all chunks of a cache or buffer, together and in order, in free space or after the last
-   *  child. Returns the first of the new chunks. The cache is not changed. Fails if the cache is
-   *  empty. The size limit of addData() applies.
+  /** Adds all chunks of a cache or buffer, one directly after the other, in free space or as the
+   *  last children. Returns the first of the new chunks. The cache is not changed. Fails if the
+   *  cache is empty. The size limit of addData() applies.
    */
   [[nodiscard]] Chunk addCache(const Object& cache, const std::nothrow_t&) const noexcept;
   /** Removes the chunk and everything in it. The bytes after it move. The handles of the chunk and
@@ -442,7 +441,7 @@ class ChunkIterator {
     skip();
     return *this;
   }
-  /** Goes to the next chunk; returns where it stood. */
+  /** Goes to the next chunk; returns the previous position. */
   ChunkIterator operator++(int) noexcept {  // NOLINT(cert-dcl21-cpp): as iterators have it
     const ChunkIterator before = *this;
     ++*this;
@@ -452,7 +451,7 @@ class ChunkIterator {
   friend bool operator==(const ChunkIterator& a, const ChunkIterator& b) noexcept {
     return a.at == b.at;
   }
-  /** Whether they do not. */
+  /** Whether they differ. */
   friend bool operator!=(const ChunkIterator& a, const ChunkIterator& b) noexcept {
     return a.at != b.at;
   }
@@ -647,7 +646,7 @@ class Object {
     return result;
   }
   /** Opens an empty cache with room for `capacity` bytes, which grows as chunks are added. Empty
-   *  handle if memory runs out.
+   *  if memory runs out.
    */
   [[nodiscard]] static Object openCache(uint64_t capacity, const std::nothrow_t&) noexcept {
     Object result;

@@ -58,17 +58,17 @@
  *  not checked: 1/0 is infinity, and 1%0 is NaN. The text of each function gives the result for
  *  such values.
  *
- *  Large integers.  If an integer in the text is 2^63 to 2^64 - 1, in digits or with a binary
- *  prefix, 2^64 is subtracted from it before the calculation. For example, 18446744073709551615
+ *  Large integers.  An integer from 2^63 to 2^64 - 1, in digits or with a binary prefix, becomes
+ *  negative: the calculation uses the integer minus 2^64. For example, 18446744073709551615
  *  gives -1 as a signed integer and as a double. As an unsigned integer, it gives the number that
  *  was typed. The text -1 gives the same three results. So does 18446744073709551616, which counts
  *  as 2^64 - 1.
  *
- *  Say that a program accepts values from 0 to a limit below 2^63. Convert to a double, and compare
- *  with 0 and the limit. A single integer that is too large gives a double below 0, or of 2^63 or
- *  more, and fails the comparison. In an expression it can pass: 18446744073709551615+10 is 9. To
- *  be certain, accept single numbers only. Remove the sign from the text and convert the rest. If
- *  the result is negative, the number was too large. Numbers with a decimal point are not affected.
+ *  To accept only values from 0 to a limit below 2^63, convert to a double and compare with 0 and
+ *  the limit. A single integer that is too large fails the comparison: its double is negative, or
+ *  at least 2^63. In an expression it can pass: 18446744073709551615+10 is 9. To be certain, accept
+ *  single numbers only. Remove the sign from the text and convert the rest. If the result is
+ *  negative, the number was too large. Numbers with a decimal point are not affected.
  *
  *  Rounding.  A decimal number is the double nearest to it. A prefix multiplies this double, and
  *  the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an

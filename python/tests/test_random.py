@@ -60,7 +60,7 @@ class Trial:
         if node.is_group and self.choose.random() < 0.6:
             node = self.choose.choice(self.root.children or [node])  # edits meet at the top
         parent = next((n for n in self.root.nodes() if node in n.children), None)
-        edits = [self.add, self.add, self.add, self.add_group, self.copy, self.pour, self.resize]
+        edits = [self.add, self.add, self.add, self.add_group, self.copy, self.add_cache, self.resize]
         edits += [self.recycle, self.recycle, self.remove] * (2 if self.object.size > 1500 else 1)
         try:
             self.choose.choice(edits)(node, parent)
@@ -99,11 +99,11 @@ class Trial:
         source = self.choose.choice(list(self.root.nodes()))
         self.added(node, [node.chunk.add_copy(source.chunk)])
 
-    def pour(self, node, parent):
+    def add_cache(self, node, parent):
         with velmor_core.cache() as cache:
             for _ in range(self.choose.randrange(1, 4)):
-                cache.add(self.choose.choice(["JUNK", "pour"]), self.data())
-            cache.add_group("LIST", "pour").add("data", self.data())
+                cache.add(self.choose.choice(["JUNK", "more"]), self.data())
+            cache.add_group("LIST", "more").add("data", self.data())
             self.added(node, node.chunk.add_all(cache))
 
     def resize(self, node, parent):

@@ -7,10 +7,10 @@
 ...     print([chunk.id for chunk in f["RIFF:WAVE"]], title.size)
 ['fmt ', 'LIST', 'data'] 14
 
-`open`, `memory` and `cache` give an `Object`: bytes with their chunk tree. Its groups and chunks
+`open`, `memory` and `cache` return an `Object`: bytes with their chunk tree. Its groups and chunks
 are `Chunk` values, and are read, written and edited in place. Every failure is an exception:
-`Error` and its kinds, an `OSError` where the system says why, `TypeError` and `ValueError` for
-arguments.
+`Error` or a subclass of it, `OSError` if the system gives the reason, `TypeError` and `ValueError`
+for wrong arguments.
 
 Threads may share objects: the calls on one object wait for each other. The interpreter lock is
 released in all calls that read or write data, edit, open or calculate.

@@ -11,7 +11,7 @@ from . import Error, __version__, open
 
 
 def main(arguments: Optional[List[str]] = None) -> int:
-    """Run the command; 1 if a file failed, after the others were shown.
+    """Run the command. Return 0, or 1 if a file could not be shown; the others are shown anyway.
 
     >>> main(["tree", "tone.wav"])
     tone.wav  (8,044 bytes)
@@ -22,7 +22,7 @@ def main(arguments: Optional[List[str]] = None) -> int:
     0
     """
     parser = argparse.ArgumentParser(
-        prog="python -m velmor_core", description="Look into RIFF files."
+        prog="python -m velmor_core", description="Show RIFF files."
     )
     parser.add_argument("--version", action="version", version=__version__)
     commands = parser.add_subparsers(dest="command", required=True, metavar="COMMAND")
@@ -44,6 +44,6 @@ def main(arguments: Optional[List[str]] = None) -> int:
 if __name__ == "__main__":
     try:
         sys.exit(main())
-    except BrokenPipeError:  # the reader has seen enough
+    except BrokenPipeError:  # the reading program has ended
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         sys.exit(1)

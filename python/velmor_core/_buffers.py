@@ -47,13 +47,13 @@ _address_of_bytes.argtypes, _address_of_bytes.restype = (ctypes.py_object,), cty
 
 
 class View:
-    """The memory of an object with a buffer, held until it is released."""
+    """The memory of an object with a buffer. The buffer is held until `release`."""
 
     def __init__(self, source: Buffer, writable: bool = False) -> None:
         self._record = _Record()
         self._held = False
-        # Raises TypeError where there is no buffer, and BufferError for one that is not in one
-        # piece, or that cannot be written.
+        # Raises TypeError if there is no buffer, and BufferError if it is not contiguous or, where
+        # that is needed, not writable.
         _get(source, ctypes.byref(self._record), _WRITABLE if writable else _SIMPLE)
         self._held = True
         self.address: int = self._record.buf or 0

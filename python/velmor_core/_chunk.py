@@ -21,16 +21,16 @@ if TYPE_CHECKING:
 
 _LARGEST = 0xFFFFFFFF
 _GROUP_TOTAL = 12
-# Data of this size and more is only allocated after its last byte has been read: the size field of
-# a chunk that was cut short may claim any size.
+# For data of this size or more, the last byte is read before memory is allocated: the size field of
+# a chunk that was cut short may state any size.
 _LARGE = 1 << 16
 _FIRST_BATCH, _LARGEST_BATCH = 8, 512
 
 
 class Container:
-    """What groups and objects have in common: chunks in them, and edits that add chunks.
+    """What groups and objects have in common: their chunks, and edits that add chunks.
 
-    An object acts for its `root`, the group above the top-level chunks.
+    An object does what its `root` does, the parent of the top-level chunks.
     """
 
     __slots__ = ()
@@ -50,13 +50,14 @@ class Container:
         return group._get(group._object._library.get_child_count)
 
     def __bool__(self) -> bool:
-        return True  # a group without children is still there
+        return True  # a group without children is true, too
 
     def __iter__(self) -> Iterator[Chunk]:
         """The children, in the order of the bytes.
 
-        Other edits may come between two steps. If the chunk itself ends, the next step raises
-        `EndedChunkError`: to remove or recycle children in a loop, go over ``list(group)``.
+        You may edit the object between two steps. But if the chunk of the last step ends, the next
+        step raises `EndedChunkError`: to remove or recycle children in a loop, go over
+        ``list(group)``.
         """
         group = self._group()
         group._require_group()
@@ -84,10 +85,10 @@ class Container:
     def __getitem__(self, key: Union[int, str]) -> Chunk: ...
 
     def __getitem__(self, key: Union[int, str, slice]) -> Union[Chunk, bytes]:
-        """A chunk by its index among the children, or by a path; a slice of a data chunk's data.
+        """A child by its index, a chunk by its path, or a slice of a data chunk's data.
 
-        A path is a row of ids, such as ``RIFF:WAVE/LIST:INFO/INAM``. A group id may follow the id
-        of a group after a colon. Where several chunks fit, a number in brackets names one of them:
+        A path is a sequence of ids, such as ``RIFF:WAVE/LIST:INFO/INAM``. A group id may follow the
+        id of a group after a colon. If several chunks fit, a number in brackets selects one:
         ``LIST[2]``. Blanks at the end of an id may be left out, and ``\\xHH`` stands for any byte.
 
         Raises `IndexError` for an index past the last child, `MissingChunkError` for a path that
@@ -145,7 +146,7 @@ class Container:
     def walk(self) -> Iterator[Chunk]:
         """Go through all chunks in this group, at any depth, each group before its children.
 
-        The rules of edits in a loop are those of iterating over a group.
+        For edits in the loop, the rules are the same as for iterating over a group.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(*(chunk.name for chunk in f.walk()))
@@ -174,8 +175,8 @@ class Container:
     def add(self, id: Id, data: Buffer = b"") -> Chunk:
         """Add a data chunk and return it.
 
-        It goes into free space of the group ("JUNK" chunks) where it fits, and else after the last
-        child. A free chunk that it fills exactly ends.
+        It fills free space of the group ("JUNK" chunks) if it fits there, and is appended
+        otherwise. A free chunk that it fills exactly ends.
 
         Raises `ValueError` for an id that is not four bytes, and for "RIFF" and "LIST": see
         `add_group`. Raises `SizeLimitError` if the group could not hold the chunk without its free
@@ -258,7 +259,8 @@ class Container:
     def add_all(self, cache: Object) -> List[Chunk]:
         """Add all chunks of a cache, or of an object over a buffer, and return them.
 
-        They stay together and in order, and use free space as `add` does. The cache stays as it is.
+        They are added one after the other, and use free space as `add` does. The cache stays as it
+        is.
 
         >>> with velmor_core.cache() as tags, velmor_core.open("song.wav", "r+") as f:
         ...     tags.add("IGNR", b"Tone\\0")
@@ -293,10 +295,10 @@ class Container:
 class Chunk(Container):
     """A chunk of an open object: a data chunk, a group, or the root above the top-level chunks.
 
-    Chunks come from objects and groups and are not constructed by callers. A chunk keeps its object
-    open. When the chunk is removed, recycled or overwritten, or its object is cleared or closed,
-    the chunk has ended: everything but ``==``, ``hash()``, ``repr()``, `object` and `is_valid` then
-    raises `EndedChunkError`.
+    Get chunks from objects and groups; do not construct them. A chunk keeps its object open. It
+    ends when it is removed, recycled or overwritten, or when its object is cleared or closed. Then
+    only ``==``, ``hash()``, ``repr()``, `object` and `is_valid` work. Everything else raises
+    `EndedChunkError`.
 
     Two `Chunk` values are equal if they are the same chunk of the same object.
     """
@@ -322,7 +324,7 @@ class Chunk(Container):
 
     @property
     def is_valid(self) -> bool:
-        """Whether the chunk is there. False once it has ended.
+        """Whether the chunk has not ended.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     chunk = f[0]
@@ -357,8 +359,8 @@ class Chunk(Container):
     def id(self) -> str:
         """The four characters of the id, such as ``"fmt "``; empty for the root.
 
-        Bytes that are no printable ASCII characters, and those that mean something in paths, are
-        written as ``\\xHH``. All functions that take an id understand that.
+        Bytes that are no printable ASCII characters, and those that are special in paths, are
+        written as ``\\xHH``. All functions that take an id accept this form.
 
         >>> with velmor_core.cache() as f:
         ...     f.add(b"\\0001wb", b"").id
@@ -382,7 +384,7 @@ class Chunk(Container):
 
     @property
     def name(self) -> str:
-        """The id, and for a group the group id, as a step of a path has them.
+        """The chunk as a step of a path: its id, and for a group the group id.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(f[0].name, f[0][0].name)
@@ -393,7 +395,7 @@ class Chunk(Container):
 
     @property
     def path(self) -> str:
-        """The path that leads to this chunk from its object. It takes time for all siblings.
+        """The path that leads to this chunk from its object. Looks at all siblings on the way.
 
         >>> with velmor_core.open("clip.avi") as f:
         ...     print(f["RIFF:AVI/LIST:movi"][2].path)
@@ -419,7 +421,7 @@ class Chunk(Container):
     def size(self) -> int:
         """The data size in bytes: the size field. For the root, the bytes of its object.
 
-        That of a group counts its group id and its children.
+        The size of a group includes its group id and its children.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO/IART"].size)
@@ -431,8 +433,8 @@ class Chunk(Container):
 
     @property
     def total_size(self) -> int:
-        """The bytes that the chunk takes, with header and pad byte. For the root, those of its
-        object.
+        """The bytes that the chunk takes, with header and pad byte. For the root, the size
+        of its object.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO/IART"].total_size)
@@ -447,8 +449,8 @@ class Chunk(Container):
     def offset(self) -> int:
         """Where the chunk's header begins, in bytes from the first byte of the object.
 
-        It is computed from the sizes of all chunks before it: that takes a call for each sibling
-        before it, and before each of its ancestors.
+        It is computed from sizes, with one call for each sibling before the chunk and for each
+        sibling before one of its ancestors.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(f["RIFF:WAVE/data"].offset)
@@ -526,7 +528,7 @@ class Chunk(Container):
         """All data of a data chunk. Assign bytes to replace them; the chunk gets their size.
 
         The bytes after the chunk move if its total size changes. Any object with a buffer can be
-        assigned. Read or write a slice of the chunk to leave the rest alone. The pad byte after
+        assigned. To read or write only a part, use a slice of the chunk. The pad byte after
         data of odd size is not written.
 
         Raises `WrongKindError` for a group, `SizeLimitError`, and `NoRoomError` for a buffer that
@@ -571,9 +573,9 @@ class Chunk(Container):
                     before += piece
 
     def read_into(self, buffer: Buffer, offset: int = 0) -> int:
-        """Fill a writable buffer from the data, beginning at an offset, and return how many bytes.
+        """Read data from an offset on into a writable buffer. Return the number of bytes read.
 
-        The number is smaller than the buffer where the data ends. Nothing else is copied.
+        It is smaller than the buffer if the data ends before. There is no second copy.
 
         >>> block = bytearray(4)
         >>> with velmor_core.open("song.wav") as f:
@@ -592,7 +594,7 @@ class Chunk(Container):
             return count
 
     def __setitem__(self, key: slice, value: bytes) -> None:
-        """Overwrite a slice of a data chunk's data with as many bytes."""
+        """Overwrite a slice of a data chunk's data with the same number of bytes."""
         if not isinstance(key, slice):
             raise TypeError("only slices of data can be assigned: use .data, add() or remove()")
         owner = self._object
@@ -607,7 +609,7 @@ class Chunk(Container):
     # --- Edits ---
 
     def remove(self) -> None:
-        """Remove the chunk and everything in it. The bytes after it move down.
+        """Remove the chunk and everything in it. All bytes after it move towards the start.
 
         >>> with velmor_core.open("song.wav", "r+") as f:
         ...     f["RIFF:WAVE/LIST:INFO"].remove()
@@ -629,9 +631,9 @@ class Chunk(Container):
     def recycle(self) -> Chunk:
         """Turn the chunk into free space, without moving a byte, and return the free chunk.
 
-        It is joined with free chunks directly before and after it. The chunk ends if it is a group
-        or is joined; so does everything in it, and the free chunk after it if the one before it
-        takes both. A later `add` to the group uses the space.
+        It is merged with free chunks directly before and after it. A later `add` to the group can
+        reuse the space. The chunk ends if it is a group or is merged. The chunks in a group end,
+        too. If there are free chunks on both sides, the one after it also ends.
 
         >>> with velmor_core.open("song.wav", "r+") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO"].recycle())
@@ -654,7 +656,7 @@ class Chunk(Container):
                 free = cell.value
                 if is_group or free != handle:
                     edit.ended += inside
-                # A free chunk before has taken the one after, too, if that is no longer next.
+                # If the free chunk after is no longer next, the one before has taken it, too.
                 if following not in (0, free) and library.get_next(free) != following:
                     edit.ended.append(following)
                 known = edit.free.get(parent)
@@ -663,13 +665,13 @@ class Chunk(Container):
                     known.add(free)
             return owner._chunk(free)
 
-    # --- Inside: those that take or give handles are called with the object locked ---
+    # --- Internal: functions that take or return handles are called with the object locked ---
 
     def _group(self) -> Chunk:
         return self
 
     def _live(self) -> int:
-        """The handle, as long as it is this chunk."""
+        """The handle. Raises `EndedChunkError` if the chunk has ended."""
         handles = self._object._handles
         if handles.ended.get(self._handle, handles.first) != self._life:
             raise EndedChunkError("the chunk has ended: it was removed, recycled or overwritten, "
@@ -738,7 +740,7 @@ class Chunk(Container):
     def _inside(self, deep: bool) -> Iterator[Chunk]:
         """The children, or all chunks in this group, in the order of the bytes.
 
-        They are fetched in batches, each of which holds as long as nobody edits the object.
+        Fetches them in batches. An edit of the object makes the current batch invalid.
         """
         owner = self._object
         library, handles, top = owner._library, owner._handles, self._handle
@@ -786,7 +788,7 @@ class Chunk(Container):
         return found
 
     def _free_children(self, edit: Edit) -> Set[int]:
-        """The free chunks of this group; looked up once, then kept up to date by every edit."""
+        """The free chunks of this group. Searched once, then kept up to date by every edit."""
         known = edit.free.get(self._handle)
         if known is None:
             known = set(self._matching(self._handle, _ids.JUNK, None))
@@ -796,13 +798,13 @@ class Chunk(Container):
     def _note_added(
         self, edit: Edit, free: Set[int], first: int, added: int, count_before: int
     ) -> None:
-        """Finds out which free chunk the new chunks, from `first` on, have filled exactly."""
+        """Find the free chunk that the new chunks, from `first` on, have filled exactly, if any."""
         library = self._object._library
         new = self._row(first, added)
         if library.get_child_count(self._handle) < count_before + added:
             filled = free
             if len(free) > 1:
-                # The memory of the free chunk may be that of a new one already.
+                # A new chunk may already have the handle of the free chunk that ended.
                 filled = free.difference(set(self._children_of(self._handle)).difference(new))
             if len(filled) != 1:
                 raise RuntimeError("a free chunk was filled that was not known")
@@ -818,7 +820,7 @@ class Chunk(Container):
         return row
 
     def _check_limit(self, added: int, handle: int = 0) -> None:
-        """Refuses what would bring the top-level group, the largest ancestor, to 4 GiB."""
+        """Refuse an edit if the top-level group, the largest ancestor, would reach 4 GiB."""
         library = self._object._library
         top, handle = 0, handle or self._handle
         while True:
@@ -877,7 +879,7 @@ class Chunk(Container):
 
 @contextlib.contextmanager
 def _both(one: Object, other: Object) -> Iterator[None]:
-    """Locks two objects, in the same order in every thread: one to edit, one to read."""
+    """Lock two objects: `one` to edit, `other` to read. Every thread uses the same order."""
     first, second = sorted((one, other), key=id)
     one._refuse_if_in_use()
     with first._lock, second._lock:

@@ -1,4 +1,4 @@
-"""What can go wrong, as exceptions."""
+"""The exceptions of the module."""
 
 from __future__ import annotations
 
@@ -6,8 +6,8 @@ from __future__ import annotations
 class Error(Exception):
     """The base of the module's own exceptions: an operation of the library failed.
 
-    Where nothing narrower is raised, a file could not be read or written. An edit may then have
-    stopped half-way: close the object, and go back to a copy of the file.
+    An `Error` of none of the subclasses means that a file could not be read or written. An edit may
+    then have stopped half-way: close the object, and go back to a copy of the file.
     """
 
     def __str__(self) -> str:
@@ -15,7 +15,7 @@ class Error(Exception):
 
 
 class FormatError(Error, ValueError):
-    """The bytes are no row of chunks, so they do not open."""
+    """The bytes cannot be opened, because they are not a sequence of chunks."""
 
 
 class ClosedError(Error, ValueError):
@@ -23,11 +23,11 @@ class ClosedError(Error, ValueError):
 
 
 class EndedChunkError(Error):
-    """The chunk is gone: removed, recycled, overwritten, or its object was cleared or closed."""
+    """The chunk has ended: removed, recycled, overwritten, or its object was cleared or closed."""
 
 
 class WrongKindError(Error, TypeError):
-    """A group where a data chunk is needed, or the other way round."""
+    """The call needs a data chunk and got a group, or the other way round."""
 
 
 class MissingChunkError(Error, KeyError):

@@ -1,9 +1,9 @@
-"""Which handles still stand for the chunk that they stood for.
+"""Keeps track of which handles are still valid.
 
 A chunk handle is an address. Once a chunk has ended, the library gives its memory to the next chunk
 that is made, so an old handle may seem valid and mean another chunk. Therefore every handle has a
-*life*, a number that changes when its chunk ends. A `Chunk` keeps the life with the handle. It is
-the chunk it was as long as both agree, and only then its handle goes to the library.
+*life*, a number that changes when its chunk ends. A `Chunk` stores its handle and the life that the
+handle had. The handle is passed to the library only if its life is still the same.
 """
 
 from __future__ import annotations
@@ -12,7 +12,7 @@ from typing import Dict, Iterable, List, Set
 
 
 class Edit:
-    """One running edit: what was known before it, and the handles that it ends."""
+    """One running edit: the state of the handles before it, and the handles that it ends."""
 
     def __init__(self, ended: Dict[int, int], first: int, free: Dict[int, Set[int]]) -> None:
         self.ended_before = ended
@@ -24,15 +24,15 @@ class Edit:
 class Handles:
     """The lives of the handles of one object.
 
-    While an edit runs, no handle is valid. So whatever breaks into it between the call of the
-    library and the bookkeeping, such as a KeyboardInterrupt, leaves no dangling handle behind.
+    While an edit runs, no handle is valid. So an interruption between the library's call and the
+    update of the lives, such as a KeyboardInterrupt, leaves no dangling handle.
     """
 
     def __init__(self) -> None:
-        self.ended: Dict[int, int] = {}  # the life of each handle that has ended before
+        self.ended: Dict[int, int] = {}  # the life of each handle that ended before
         self.first = 0  # the life of all others
         self._last = 0  # the highest life so far
-        # The children with the id "JUNK" of the groups that were added to, by group.
+        # For each group that a chunk was added to: its children with the id "JUNK".
         self._free: Dict[int, Set[int]] = {}
 
     def life(self, handle: int) -> int:
@@ -45,7 +45,7 @@ class Handles:
         return edit
 
     def resume(self, edit: Edit, ended: Iterable[int]) -> None:
-        """Make all handles valid again that were so before the edit, except those that it ended."""
+        """Make the handles valid again that were valid before, except those that the edit ended."""
         self._last += 1
         for handle in ended:
             edit.ended_before[handle] = self._last
@@ -61,5 +61,5 @@ class Handles:
         self._free = {}
 
     def keep(self, handle: int, life: int) -> None:
-        """Take one handle back that end_all() ended."""
+        """Make one handle valid again that end_all() has ended."""
         self.ended[handle] = life

@@ -16,7 +16,7 @@ _PLAIN = frozenset(range(0x20, 0x7F)) - frozenset(b"/:[]\\")
 
 @functools.lru_cache(maxsize=1024)
 def id_text(value: int) -> str:
-    """The four characters of an id; bytes that are no text, or special in paths, as \\xHH."""
+    """The four characters of an id. Unprintable bytes, and those special in paths, are \\xHH."""
     return "".join(chr(b) if b in _PLAIN else f"\\x{b:02x}" for b in value.to_bytes(4, "little"))
 
 
@@ -40,13 +40,13 @@ def _unescaped(name: str) -> bytes:
 
 
 def name_text(value: int, group: int) -> str:
-    """An id as a path has it: without blanks at its end, with the group id of a group."""
+    """A step of a path: the id without blanks at its end, and the group id of a group."""
     name = id_text(value).rstrip(" ") or "\\x20"
     return f"{name}:{name_text(group, 0)}" if value in (RIFF, LIST) else name
 
 
 class Step(NamedTuple):
-    """One step of a path: the id, and the group id and the number (from 1) where they are given."""
+    """One step of a path: the id, and the group id and the number (from 1) if they are given."""
 
     text: str
     id: int

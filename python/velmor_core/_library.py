@@ -1,4 +1,4 @@
-"""The shared library: how it is found, and the C functions that are used."""
+"""Finds and loads the shared library, and declares the C functions that the module uses."""
 
 from __future__ import annotations
 
@@ -35,8 +35,8 @@ class _Version(ctypes.Structure):
 class Library:
     """The C functions, typed.
 
-    The short ones that walk the tree keep the global interpreter lock: giving it up costs more than
-    the call. All others release it.
+    The short functions that walk the tree keep the global interpreter lock, because releasing it
+    takes longer than the call. All others release it.
     """
 
     def __init__(self, path: str) -> None:
@@ -135,8 +135,8 @@ _loaded: Optional[Library] = None
 def load(path: Union[str, "os.PathLike[str]"]) -> None:
     """Load the shared library from a path of your own, before anything else is used.
 
-    Without this call, the first use loads ``libvelmor-core.so.0`` from beside the package, where a
-    wheel has it, or else from the system.
+    Without this call, the first use loads ``libvelmor-core.so.0``: from the package's folder if it
+    was installed from a wheel, otherwise from the system.
 
     Raises ``RuntimeError`` if the library is loaded already, and ``ImportError`` if the file is not
     this library.

@@ -31,12 +31,12 @@ def open(path: Path, mode: str = "r") -> Object:  # noqa: A001
 
     Modes: ``"r"`` reads, ``"r+"`` edits an existing file in place, ``"w"`` creates a file or
     empties an existing one. Only headers are read. Every edit is in the file before it returns;
-    closing has nothing to flush. An edit that fails half-way is not undone: edit a copy of what you
-    cannot lose, and `os.replace` it over the original.
+    closing has nothing to flush. An edit that fails half-way is not undone. So edit a copy of a
+    valuable file, and replace the original with `os.replace`.
 
-    Raises what `open` raises for a file that cannot be opened (`FileNotFoundError`,
-    `PermissionError`, `IsADirectoryError`, …), `FormatError` if its bytes are no chunks, and
-    `Error` for anything but a regular file.
+    Raises the same exceptions as Python's `open` for a file that cannot be opened
+    (`FileNotFoundError`, `PermissionError`, `IsADirectoryError`, …), `FormatError` if its bytes are
+    no chunks, and `Error` for anything but a regular file.
 
     >>> with velmor_core.open("song.wav") as f:
     ...     print(f["RIFF:WAVE/fmt"].size)
@@ -49,7 +49,7 @@ def open(path: Path, mode: str = "r") -> Object:  # noqa: A001
         raise ValueError(f"there is no mode {mode!r}: use 'r', 'r+' or 'w'")
     how, flags = _MODES[mode]
     name = os.fspath(path)
-    # The library does not tell why it cannot open a file; the system does.
+    # The library gives no reason if it cannot open a file; the system does.
     file = os.open(name, flags | os.O_CLOEXEC | os.O_NONBLOCK, 0o644)
     try:
         regular = stat.S_ISREG(os.fstat(file).st_mode)
@@ -67,17 +67,18 @@ def open(path: Path, mode: str = "r") -> Object:  # noqa: A001
 def memory(
     buffer: Buffer, *, size: Optional[int] = None, capacity: Optional[int] = None
 ) -> Object:
-    """Open bytes in memory: for reading, or for editing where the buffer can be written.
+    """Open bytes in memory: for editing if the buffer is writable, otherwise for reading.
 
     ``bytes`` and other read-only buffers open for reading. A ``bytearray`` opens for editing: it is
     lengthened to `capacity` at once, cannot be resized while the object is open, and is cut to the
     bytes that the object holds when the object is closed. Any other writable buffer (memoryview,
-    array, mmap) is all the room there is; its first `size` bytes hold chunks.
+    array, mmap) opens for editing and keeps its length. The first `size` bytes of a buffer hold the
+    chunks.
 
-    The buffer is used in place and kept alive. Nothing else may change it meanwhile.
+    The buffer is used in place and kept alive. Nothing else may change it while the object is open.
 
-    Raises `FormatError` if the bytes are no chunks, `TypeError` for a `capacity` where the buffer
-    cannot grow, and `ValueError` for a size or capacity that does not fit the buffer.
+    Raises `FormatError` if the bytes are no chunks, `TypeError` for a `capacity` if the buffer is
+    no ``bytearray``, and `ValueError` for a size or capacity that does not fit the buffer.
 
     >>> song = bytearray(velmor_core.cache().to_bytes())
     >>> with velmor_core.memory(song, capacity=1024) as f:
@@ -117,7 +118,7 @@ def memory(
 def cache(capacity: int = 0) -> Object:
     """Open an empty object in memory of its own, which grows as chunks are added.
 
-    `capacity` is what it has room for at first, in bytes. Gather chunks in it, and add them to a
+    `capacity` is its first capacity in bytes. Collect chunks in it, and add them to a
     group of another object with `Object.add_all`, or get them with `Object.to_bytes`.
 
     >>> with velmor_core.cache() as f:
@@ -133,13 +134,13 @@ class Object(Container):
     """Bytes with their chunk tree: what `open`, `memory` and `cache` return.
 
     It acts as the group of its top-level chunks: index it, iterate over it, add to it. Close it
-    with `close`, or use it in a ``with`` statement. One that is not closed is closed when nothing
-    refers to it or to a chunk of it any more.
+    with `close`, or use it in a ``with`` statement. Otherwise it is closed when nothing refers to
+    it or to one of its chunks any more.
 
     Threads may share an object: calls on it, and on its chunks, wait for each other. Calls on
-    different objects run at the same time. A signal handler that breaks into such a call may read
-    the same object, but edits and `close` raise `Error` there. After `os.fork`, use a file object in
-    one process only.
+    different objects run at the same time. A signal handler that interrupts such a call may read
+    the same object, but edits and `close` raise `Error` there. After `os.fork`, use a file object
+    in one process only.
     """
 
     __slots__ = (
@@ -169,7 +170,7 @@ class Object(Container):
         self._handle = handle
         self._root = lib.get_root(handle)
         self._handles = Handles()
-        self._edits = 0  # how many there were: what was fetched before the last one is out of date
+        self._edits = 0  # number of edits; chunks fetched before the last edit are out of date
         self._view = view
         self._finalizer = weakref.finalize(self, _close, lib, handle, view, growing)
         self._finalizer.atexit = False  # other threads may still be in a call
@@ -242,7 +243,7 @@ class Object(Container):
     def clear(self) -> None:
         """Drop all chunks of a cache and set its size to 0; its memory stays for the next ones.
 
-        Raises `Error` for other objects, whose bytes would stay.
+        Raises `Error` for other objects: their bytes would stay.
 
         >>> with velmor_core.cache() as f:
         ...     chunk = f.add("note", b"Hello")
@@ -291,7 +292,7 @@ class Object(Container):
         state = "closed" if self.closed else f"{self.size} bytes, mode {self.mode!r}"
         return f"<velmor_core.Object {self._name}, {state}>"
 
-    # --- Inside: called with the object locked ---
+    # --- Internal: called with the object locked ---
 
     def _where(self) -> str:
         return self._name
@@ -312,17 +313,20 @@ class Object(Container):
             yield
 
     def _refuse_if_in_use(self) -> None:
-        """Signal handlers and finalizers can break into a call of their own thread. They may read
-        the object, but not end a handle that the call is about to pass on.
+        """Raise `Error` in a signal handler or finalizer that interrupts a call on the same object.
+
+        It may read the object, but must not end a handle that the call still uses.
         """
         if self._is_locked_here():
             raise Error("the object is in use by the call that this one has interrupted")
 
     @contextlib.contextmanager
     def _editing(self, chunk: Chunk) -> Iterator[Edit]:
-        """Runs one edit of a chunk, with the object exclusive. The body adds the handles that end to `ended`; raising an
-        `Error` says that the library has refused the edit, and no handle ends. Any other exception
-        leaves nobody knowing, and all handles end.
+        """Run one edit of a chunk. The object is locked by `_exclusive`.
+
+        The body adds the handles that end to `ended`. If it raises `Error`, the library has refused
+        the edit, and no handle ends. After any other exception the state is unknown, so all
+        handles end.
         """
         chunk._live()
         edit = self._handles.suspend()
@@ -345,7 +349,7 @@ class Object(Container):
                 yield copy.address, copy.size
 
     def _failure(self, what: str, added: int = 0) -> Error:
-        """Why the library has refused an edit that adds so many bytes."""
+        """The exception for an edit that the library has refused; it needed `added` more bytes."""
         if self.mode == "r":
             return ReadOnlyError(f"{what}: the object was opened for reading only")
         size = self._library.get_size(self._handle)
@@ -367,12 +371,12 @@ def _opened(
     if call(lib, ctypes.byref(out)) != SUCCESS:
         if kind == "cache":
             raise MemoryError
-        raise FormatError(f"{name} does not open as chunks: its bytes are no row of whole chunks")
+        raise FormatError(f"{name} does not open: its bytes are not a sequence of chunks")
     return Object(lib, out.value, kind, mode, name, view, growing)
 
 
 def _close(lib: Library, handle: int, view: Optional[View], growing: Optional[bytearray]) -> None:
-    """Closes an object; a bytearray gets the size of what the object held."""
+    """Close an object, and cut its bytearray to the size that the object had."""
     size = lib.get_size(handle)
     lib.close(handle)
     if view is not None:

@@ -1,4 +1,4 @@
-"""The table that `tree()` gives."""
+"""The table that `tree()` returns."""
 
 from __future__ import annotations
 

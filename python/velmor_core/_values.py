@@ -35,9 +35,10 @@ def number(text: str) -> float:
 def integer(text: str, signed: bool = True) -> int:
     """Convert a number text to an integer of 64 bits, truncated toward zero.
 
-    The text is calculated in double precision, so integers above 2**53 are rounded. A single
-    integer from 2**63 to 2**64 - 1 is exact if it is not `signed`; taken as a signed integer it is
-    read minus 2**64, and likewise ``-1`` gives 2**64 - 1 if it is not `signed`.
+    The text is calculated in double precision, so integers above 2**53 are rounded. There is one
+    exception: a single integer from 2**63 to 2**64 - 1 is exact with ``signed=False``. With
+    ``signed=True``, the result is that integer minus 2**64. With ``signed=False``, ``-1`` gives
+    2**64 - 1.
 
     Raises `ValueError` for a text that is no number, and `OverflowError` for one that does not fit.
 
@@ -140,7 +141,7 @@ def cpu_count() -> int:
 
 
 def memory_size() -> int:
-    """Return the size of the physical memory in bytes; 0 if the system does not tell.
+    """Return the size of the physical memory in bytes; 0 if it is not known.
 
     >>> velmor_core.memory_size() > 0
     True

@@ -1,5 +1,4 @@
-// The C++ headers, over the same library: what they add to the C interface. Built as C++17 and as
-// C++20.
+// What the C++ headers add to the C interface. Built as C++17 and as C++20.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -185,8 +184,8 @@ TEST(CppHeader, FailuresThrowStatusAndReasonOrNothing) {
   EXPECT_EQ(errorOf([] { Chunk().resize(1); }), "-200 there is no chunk, or it is of another kind");
 }
 
-// A sparse file stands in for gigabytes. What fits exactly is not refused, and a refused edit
-// changes nothing.
+// The large data is a hole in a sparse file. Data that fits exactly is accepted, and an edit that
+// is refused changes nothing.
 TEST(CppHeader, GroupsDoNotGrowPast4GiB) {
   const std::string path = testing::TempDir() + "cpp_header_" + std::to_string(getpid());
   const Object file = Object::openFile(path, Mode::Create);

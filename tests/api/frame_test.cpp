@@ -12,7 +12,7 @@ TEST(VersionTest, IsOneConstantRecord) {
   EXPECT_EQ(velmor_core_get_version(), version);
 }
 
-// Every x86-64 processor has SSE2. ctest runs each test in a process of its own, so the library has
+// Every x86-64 processor has SSE2. ctest runs each test in its own process, so the library has
 // just been loaded.
 TEST(InitTest, FeaturesAreKnownFromTheFirstInitOn) {
   EXPECT_FALSE(velmor_core_cpu_has_sse2());

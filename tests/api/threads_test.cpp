@@ -1,4 +1,4 @@
-// Threads that share nothing but the library. The thread sanitizer runs them, too.
+// Threads that share nothing but the library. Runs under the thread sanitizer, too.
 
 #include <gtest/gtest.h>
 #include <velmor_core/velmor_core.h>

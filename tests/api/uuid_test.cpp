@@ -27,7 +27,7 @@ std::string generate() {
   return unparse(uuid);
 }
 
-// Random bytes may come one by one, or be interrupted.
+// The system may give random bytes one by one, and a signal may interrupt the call.
 TEST(UuidGenerateTest, GivesVersionFourAndNothingTwice) {
   std::set<std::string> texts;
   for (int i = 0; i < 1000; ++i) {
@@ -44,7 +44,7 @@ TEST(UuidGenerateTest, GivesVersionFourAndNothingTwice) {
   EXPECT_TRUE(faults::disarm());
 }
 
-// The text is in memory of its own size, so that a sanitizer sees a read past its end.
+// The text is in memory of its exact size, so a sanitizer detects a read past its end.
 void expectParsed(const std::string& text, bool accepted) {
   const std::vector<char> bytes(text.begin(), text.end());
   velmor_core_uuid_t uuid = {{1}};
@@ -52,8 +52,8 @@ void expectParsed(const std::string& text, bool accepted) {
   EXPECT_EQ(unparse(uuid), accepted ? SAMPLE_TEXT : unparse({{1}})) << text;
 }
 
-// Each form as it is, shortened, lengthened, and with each character replaced by the neighbours of
-// the digits, by a NUL, and by a byte above 127.
+// Each form unchanged, shortened and lengthened. Then each character is replaced by the characters
+// next to the digits in ASCII, by a NUL, and by a byte above 127.
 TEST(UuidParseTest, AcceptsFourFormsAndNothingElse) {
   const std::string mixed = "01234567-89AB-CDEF-fEdC-Ba9876543210";
   const std::string bare = "0123456789ABCDEFfedcba9876543210";

@@ -1,4 +1,4 @@
-// Feature detection on processors that are described bit by bit.
+// Feature detection on simulated processors.
 
 #include "core/cpu_features.h"
 
@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// Answers from a table. Leaves that are not in it are 0.
+// Answers CPUID from a table. Leaves that are not in the table are 0.
 class RecordedProcessor : public Processor {
  public:
   CpuidResult cpuid(uint32_t leaf, uint32_t subleaf) const override {
@@ -35,7 +35,7 @@ class RecordedProcessor : public Processor {
 constexpr uint32_t OSXSAVE = 1U << 27;
 constexpr uint32_t ALL = 0xFFFF'FFFF;
 
-// A processor with every bit set, under a system that saves `xcr0`.
+// A processor with every bit set, on a system that saves the registers in `xcr0`.
 RecordedProcessor fullProcessor(uint32_t highestLeaf, uint32_t xcr0) {
   RecordedProcessor processor;
   processor.xcr0 = xcr0;
@@ -84,7 +84,7 @@ TEST(CpuFeaturesTest, EachFlagHasItsBitAndItsQuery) {
   }
 }
 
-// The names of the features that these lack.
+// The names of the features that are missing from the given ones.
 std::string missing(const CpuFeatures& features) {
   cpuFeatures = features;
   std::string names;

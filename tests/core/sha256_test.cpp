@@ -1,4 +1,4 @@
-// SHA-256: the C function, and both forms of the compression function with messages in pieces.
+// SHA-256: the C function, and both versions of the compression function, also in several calls.
 
 #include "core/sha256.h"
 
@@ -15,7 +15,8 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using Digest = std::function<void(const Bytes& message, std::span<uint8_t> digest)>;
 
-// The digests of messages of 0 to 300 bytes, joined, have this digest by sha256sum.
+// Take the digests of messages of 0 to 300 bytes, one after the other. sha256sum gives this for
+// them.
 void expectPublishedDigests(const Digest& digest) {
   Bytes joined, last(34, 0xEE);
   for (size_t size = 0; size <= 300; ++size) {
@@ -34,7 +35,7 @@ void expectPublishedDigests(const Digest& digest) {
       << "with a byte before and after";
 }
 
-// Each piece is a copy of its own size, so that a sanitizer sees a read past its end.
+// Each piece is copied to memory of its exact size, so a sanitizer detects a read past its end.
 Digest inPieces(Sha256Compress compress) {
   return [compress](const Bytes& message, std::span<uint8_t> digest) {
     Sha256Hasher hasher(compress);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The functions and types of the interface are those of the stored description.
-#   abi_test.sh SOURCE CXX [--update]   --update stores the description anew: on purpose only
+#   abi_test.sh SOURCE CXX [--update]   --update stores a new description; use it only for intended changes
 set -euo pipefail
 source=$1 cxx=$2 update=${3:-}
 stored=tests/product/libvelmor-core.so.0.abi
@@ -8,7 +8,7 @@ type abidw abidiff >/dev/null 2>&1 || { echo "no abigail-tools"; exit 77; }
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# The shells hold the whole interface, and debug information about them is all that is looked at.
+# The functions in api/ are the whole interface, so only their debug information is needed.
 library=$work/libvelmor-core.so.0
 cd "$source"
 "$cxx" -std=c++20 -g -ffile-prefix-map="$PWD=." -fvisibility=hidden -fPIC -shared -Iinclude -I. \

@@ -1,4 +1,4 @@
-# The example programs do what they say, as velmor-core sees it. See support/shell.sh for the first
+# The example programs do what they say; velmor-core shows the result. See support/shell.sh for the first
 # arguments; the fourth is the folder with the examples.
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 examples=$(realpath "$4")
@@ -32,7 +32,7 @@ retag_wav_leaves_the_file_whole_when_it_fails() {
   take tone.wav card.webp
   "$examples/retag_wav" card.webp Title 2>err && fail "no WAV"
   cmp card.webp "$data/card.webp" || fail "a file that is no WAV"
-  # Files may have 4 KiB, too few for the copy, and 8 KiB, too few for the title.
+  # A limit of 4 KiB for files is too small for the copy, one of 8 KiB too small for the title.
   for limit in 4 8; do
     (trap '' XFSZ && ulimit -f $limit && "$examples/retag_wav" tone.wav "$title") 2>err &&
       fail "no room: $limit KiB"

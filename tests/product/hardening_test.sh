@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Looks in the built library and program for what the hardening flags leave there.
+# Checks in the built library and program that the hardening flags had their effect.
 #   hardening_test.sh LIBRARY PROGRAM
 set -euo pipefail
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The manual is built without a warning, which an undocumented symbol is; every function has a man
-# page that names it, and no link of the HTML leads nowhere.
+# The manual is built without warnings; an undocumented symbol is a warning. Every function has a
+# man page that names it. No link of the HTML is broken.
 #   manual_test.sh SOURCE
 set -euo pipefail
 source=$1
@@ -19,7 +19,7 @@ for name in $(grep -oE '^ velmor_core_\w+' "$source/debian/libvelmor-core0.symbo
   grep -q "^$name .- [A-Z0-9].*[A-Za-z0-9)]$" "$page" || fail "$name: no summary"
   grep -qE "[ *]$name\(.*\);$" "$page" || fail "$name: no declaration"
 done
-# A man page has all of the header's text.
+# A man page has the complete text of the header.
 page=$(sed 's/\\f[A-Z]//g; s/\\&//g' pages/man3/velmor_core_riff_chunk_get_data.3 | tr -s '\n ' ' ')
 for text in 'bytes to copy, 0 allowed' 'out of reach. Nothing is cached' 'buffer +receives size bytes' \
   'VELMOR_CORE_BAD_HANDLE: chunk is null' 'read; buffer may hold the first bytes'; do

@@ -9,7 +9,7 @@ copy=$work/some/deeper/folder/source
 mkdir -p "$copy"
 tar -C "$source" -c CMakeLists.txt api cmake core include riff strtonum tools | tar -C "$copy" -x
 
-# Another locale, time zone and umask, too.
+# The second build also has another locale, time zone and umask.
 (
   umask 077
   export LC_ALL=C TZ=Pacific/Auckland

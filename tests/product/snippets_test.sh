@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Every C and C++ program in the README and the manual builds without a warning, runs, and prints the
-# output that stands below it. One without any is run on a real file and has to print something.
+# output shown below it. If no output is shown, the program runs on a real file and has to print
+# something.
 #   snippets_test.sh SOURCE LIBRARY CC CXX
 set -euo pipefail
 source=$1 library=$2 cc=$3 cxx=$4

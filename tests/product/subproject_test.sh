@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Another project takes the sources in, by FetchContent and, as a static library, by
-# add_subdirectory: it gets the library alone (no program, no tests, nothing installed), and a program
-# of its own that works.
+# Another project includes the sources: by FetchContent, or as a static library by
+# add_subdirectory.
+# It gets only the library (no program, no tests, nothing installed), and its own program works.
 #   subproject_test.sh SOURCE CC CXX
 set -euo pipefail
 shopt -s extglob

@@ -1,5 +1,5 @@
-# What "check" finds and "repair" repairs, and what other programs make of it. See support/shell.sh
-# for the arguments.
+# What "check" finds and "repair" repairs, and whether other programs read the result. See
+# support/shell.sh for the arguments.
 fixtures=$(realpath "${BASH_SOURCE%/*}/data")
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 
@@ -10,7 +10,7 @@ needs() {
   for name; do type "$name" >/dev/null 2>&1 || { echo "$name is not installed"; exit 77; }; done
 }
 
-# finds STATUS FILE [FINDING...]: all that check says, and in this order
+# finds STATUS FILE [FINDING...]: check reports exactly these findings, in this order
 finds() {
   local status=$1 file=$2 expected=""
   shift 2
@@ -25,7 +25,7 @@ repairs() {
   rm -f repaired
   said=$("$program" repair "$@" -o repaired 2>&1) || fail "repair of $1: $said"
   "$program" check repaired >out 2>err || fail "still damaged, $1: $(<err)"
-  [[ -s err && $(<err) != *"announces an index, which is not there"* ]] && fail "warnings after repair of $1: $(<err)"
+  [[ -s err && $(<err) != *"announces an index (idx1 or indx), but has none"* ]] && fail "warnings after repair of $1: $(<err)"
   "$program" set repaired RIFF/data x --dry-run >out 2>err || [[ $(<err) == *"no chunk data"* ]] || fail "opens: $(<err)"
 }
 
@@ -51,7 +51,7 @@ judged_sound() {
 streams_get_their_sizes() {
   needs ffmpeg ffprobe soxi
   cp "$fixtures"/* .
-  # A recorder that was stopped: the sizes of an empty file.
+  # A recorder was stopped: the sizes are those of an empty file.
   { head -c 4 streamed_sox.wav && bytes 24 00 00 00 && head -c 40 streamed_sox.wav | tail -c +9 &&
     bytes 00 00 00 00 && tail -c +45 streamed_sox.wav; } >stopped.wav
   finds 1 stopped.wav "RIFF/data has the size 0 of an unfinished stream, and 1600 bytes (at offset 36)"
@@ -71,10 +71,10 @@ streams_get_their_sizes() {
     cmp <(tail -c +45 repaired) <(tail -c +45 $file) || fail "samples of $file"
     expect_equal "set in $file" "$said" "$(printf 'repaired: set the size of %s\n' 'data to 1600 (at offset 36)' 'RIFF to 1636 (at offset 0)')"
   done
-  # A chunk after the samples must not become samples.
+  # A chunk after the samples must not become part of them.
   { cat streamed_ffmpeg.wav && printf LIST && bytes 04 00 00 00 && printf INFO; } >hidden.wav
   refuses hidden.wav
-  [[ $(<err) == *"would swallow LIST (at offset 1644)"* ]] || fail "hidden: $(<err)"
+  [[ $(<err) == *"would then contain LIST (at offset 1644)"* ]] || fail "hidden: $(<err)"
 }
 
 # Each row: a file, a command that damages it as "f", a word for what repair does, a finding.
@@ -111,8 +111,8 @@ tagged.wav|poke 40 00 00 20|refused|RIFF:WAVE/LIST:INFO ends 2089072 bytes past 
 tagged.wav|poke 40 03|refused|RIFF:WAVE/LIST:INFO has the size 3, too small for its group id (at offset 36)
 tagged.wav|poke 116 78|refused|RIFF:WAVE has no data chunk
 tagged.wav|poke 12 78|refused|RIFF:WAVE has no fmt chunk
-tagged.wav|poke 12 64 61 74 61; poke 116 66 6d 74 20|refused|RIFF:WAVE/data stands before the fmt chunk
-tagged.wav|poke 22 00|refused|RIFF:WAVE/fmt tells of 0 channels
+tagged.wav|poke 12 64 61 74 61; poke 116 66 6d 74 20|refused|RIFF:WAVE/data comes before the fmt chunk
+tagged.wav|poke 22 00|refused|RIFF:WAVE/fmt has 0 channels
 tagged.wav|poke 20 03|warning|RIFF:WAVE has no fact chunk
 tagged.wav|poke 32 03|warning|the block alignment 3 of RIFF:WAVE/fmt does not fit 1 channel of 16 bits
 tagged.wav|poke 63 01|warning|the pad byte of RIFF:WAVE/LIST:INFO/IART is 1, not 0 (at offset 63)
@@ -134,12 +134,12 @@ card.webp|cut 900|repaired|RIFF:WEBP/VP8 ends 54 bytes past the end of the file 
 card.webp|cut 100|refused|RIFF:WEBP/VP8 ends before the first part of the picture does
 card.webp|poke 15 51|refused|RIFF:WEBP begins with VP8Q, not with VP8, VP8L or VP8X
 card.webp|poke 23 00|refused|RIFF:WEBP/VP8 does not begin like a picture
-alpha.webp|poke 20 10|warning|RIFF:WEBP/VP8X does not announce XMP, which is there
-alpha.webp|poke 20 34|warning|RIFF:WEBP/VP8X announces ICCP, which is not there
+alpha.webp|poke 20 10|warning|RIFF:WEBP/VP8X does not announce XMP, but the file has it
+alpha.webp|poke 20 34|warning|RIFF:WEBP/VP8X announces ICCP, but the file has none
 END
 }
 
-# A file that is cut anywhere is damaged. Repair refuses it, or keeps every byte but those of sizes.
+# A file that is cut anywhere is damaged. Repair refuses it, or keeps every byte except the sizes.
 every_truncation_is_told() {
   local file n kept
   for file in card.webp tone.wav; do
@@ -160,7 +160,7 @@ every_truncation_is_told() {
   done
 }
 
-# Whatever byte of the headers is wrong: what repair writes, is sound and begins with the same samples.
+# Any byte of the headers may be wrong: a repaired file is sound and begins with the same samples.
 repairs_keep_the_samples() {
   local at value
   RANDOM=20
@@ -175,7 +175,7 @@ repairs_keep_the_samples() {
   done
 }
 
-# No command reads or changes what is no RIFF file.
+# No command reads or changes a file that is no RIFF file.
 foreign_files_are_left_alone() {
   local name start command
   while read -r name start; do
@@ -202,7 +202,7 @@ it_holds_only_zeros \x00\x00\x00\x00\x00\x00\x00\x00\x00
 END
 }
 
-# A million wrong chunks took minutes once, or all memory.
+# A million wrong chunks once took minutes, or all memory.
 time_grows_with_the_file() {
   local kind i
   for kind in 'LIST\xf0\xff\xff\x7fabcd' 'LIST\x00\x00\x00\x00movi' 'data\x00\x00\x00\x00' 'abcd\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00'; do

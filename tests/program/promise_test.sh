@@ -1,17 +1,17 @@
-# Whatever happens to an edit, the file is the old one or the new one, whole. See ../support/shell.sh
-# for the arguments; FAULTY_CALLS is the library that spoils the program's calls.
+# However an edit ends, the file is the complete old one or the complete new one. See
+# ../support/shell.sh for the arguments; FAULTY_CALLS is the library that disturbs calls.
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 EIO=5 ENOSPC=28
 [[ ${FAULTY_CALLS-} ]] || exit 77
 
-# spoiled HOW CALL COMMAND ARGUMENT...: runs the program with one of its calls spoiled. Afterwards
-# there is a file "fired" if there was such a call.
+# spoiled HOW CALL COMMAND ARGUMENT...: runs the program with one of its calls disturbed. Afterwards
+# there is a file "fired" if the program made that call.
 spoiled() {
   rm -f fired
   (LD_PRELOAD=$FAULTY_CALLS FAULT_HOW=$1 FAULT_AT=$2 FAULT_DONE=fired exec "$program" "${@:3}") >out 2>err
 }
 
-# Whether the file "f" and the exit status are in order after a fault.
+# Checks the file "f" and the exit status after a fault.
 is_in_order() { # HOW STATUS
   if [[ -e f.velmor-core-edit ]]; then # an edit in place, cut off
     [[ $1 == kill || $1 == tear || ($1 != int && $(<err) == *"stopped half-way, and "*) ]] || return 1
@@ -29,8 +29,8 @@ is_in_order() { # HOW STATUS
   esac
 }
 
-# survives COMMAND ARGUMENT...: edits the file "f", a copy of "old", which becomes "new", once for
-# every kind of fault at every call.
+# survives COMMAND ARGUMENT...: edits the file "f", once for every kind of fault at every call.
+# Before each edit, "f" equals "old"; a complete edit makes it equal to "new".
 survives() {
   local how at status
   cp old f && "$program" "$1" f "${@:2}" >out || fail "$*"
@@ -104,7 +104,7 @@ changes_by_others_are_kept() {
 }
 
 # Permissions, owner, an access control list and an attribute. The list that the folder gives to new
-# files does not get through.
+# files is not kept.
 attributes_stay() {
   type python3 >/dev/null || return 77
   mkdir folder && take tone.wav && mv tone.wav folder && ln -s folder/tone.wav link
@@ -185,7 +185,7 @@ failures_name_their_reason() {
   [[ $(<err) == "velmor-core: value: became shorter while it was read (at offset "* ]] || fail "$(<err)"
 }
 
-# What files and names hold does not reach a terminal, and forges no lines.
+# Control characters in files and names do not reach a terminal and cannot imitate a line of output.
 hostile_texts_are_escaped() {
   local name=$'a\e[31m\nvelmor-core: b: sound'
   expect_equal missing 'velmor-core: a\x1b[31m\x0avelmor-core: b: sound: No such file or directory' "$("$program" tree "$name" 2>&1)"

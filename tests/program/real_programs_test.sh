@@ -1,5 +1,5 @@
-# Other programs read what velmor-core has edited as they read the file before, and decode the same
-# sound or pictures. Skipped (status 77) where they are not installed. See support/shell.sh for arguments.
+# Other programs read a file after an edit as they read it before, and decode the same audio or
+# pictures. Skipped (status 77) where they are not installed. See support/shell.sh for arguments.
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 needs() {
@@ -11,8 +11,8 @@ needs() {
   done
 }
 
-# What the readers of a file's kind find wrong with it. Chunks that webpinfo does not know, free
-# space among them, are allowed by the format; it mentions each of them.
+# What the programs for this kind of file report about it. Leaves out what webpinfo says about
+# unknown chunks, such as free space: the format allows them.
 complaints() {
   case $1 in
     *.webp) webpinfo -diag "$1" 2>&1 | grep -i -E "error|warning|invalid" |
@@ -22,7 +22,7 @@ complaints() {
   esac
 }
 
-# Checksums of all that a file decodes to; fails where decoding does.
+# Checksums of everything that a file decodes to; fails if decoding fails.
 decoded() {
   case $1 in
     *.webp) dwebp -quiet "$1" -pam -o - | sha256sum ;;
@@ -70,7 +70,7 @@ wav() {
   edit remove RIFF:WAVE/LIST:INFO
   cmp tone.wav "$data/tone.wav" || fail "not the same file"
 
-  begin tagged.wav # its tags stand in front of the sound
+  begin tagged.wav # its tags come before the audio
   edit set RIFF:WAVE/LIST:INFO/INAM "Concert pitch, as agreed upon in 1939"
   tag_is title "Concert pitch, as agreed upon in 1939"
   edit recycle RIFF:WAVE/LIST:INFO/ICMT
@@ -92,7 +92,7 @@ avi() {
   edit add RIFF:AVI/LIST:INFO/IGNR "A"
   tag_is artist "Nobody in particular"
   tag_is genre "A"
-  edit add RIFF:AVI/note "takes some of the free space in front of the pictures"
+  edit add RIFF:AVI/note "takes some of the free space before the pictures"
   edit remove RIFF:AVI/LIST:INFO/IART
   edit remove RIFF:AVI/LIST:hdrl/JUNK
   edit recycle RIFF:AVI/LIST:INFO
@@ -114,7 +114,7 @@ webp() {
   edit add RIFF:WEBP/note "A chunk that nobody knows"
   edit recycle RIFF:WEBP/note
   edit remove RIFF:WEBP/JUNK
-  # Without XMP, the flag that announces it (4) has to go from the header: 0x14 becomes 0x10.
+  # The header has a flag for XMP (4). Without XMP the flag has to be cleared: 0x14 becomes 0x10.
   { printf '\x10' && "$program" extract "$file" RIFF:WEBP/VP8X | tail -c +2; } >header
   "$program" recycle "$file" RIFF:WEBP/XMP || fail recycle
   edit set RIFF:WEBP/VP8X @header

@@ -1,4 +1,4 @@
-# What velmor-core prints, changes and leaves alone. See support/shell.sh for the arguments.
+# What velmor-core prints, what it changes and what it does not change. See support/shell.sh for the arguments.
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 # Prints "LEVEL NAME SIZE" for each chunk of a sound file; knows nothing of the program under test.
@@ -23,7 +23,7 @@ read_tree() {
   done
 }
 
-# What "tree" shows of a file, in the form of read_tree.
+# The output of "tree" for a file, in the form of read_tree.
 shown_tree() {
   local line
   "$program" tree "$1" | tail -n +3 | while IFS= read -r line; do
@@ -32,8 +32,8 @@ shown_tree() {
   done
 }
 
-# rejects STATUS MESSAGE ARGUMENT...: the exit status, a message that holds the text, nothing on
-# standard output, no file changed.
+# rejects STATUS MESSAGE ARGUMENT...: the command gives this exit status and a message with this
+# text, prints nothing on standard output, and changes no file.
 rejects() {
   local status=$1 message=$2 before after
   shift 2
@@ -47,7 +47,7 @@ rejects() {
   expect_equal "files after $*" "$before" "$after"
 }
 
-# edit COMMAND FILE ARGUMENT...: a dry run that changes nothing and shows what the edit then does.
+# edit COMMAND FILE ARGUMENT...: a dry run changes nothing and shows the tree after the edit.
 edit() {
   local command=$1 file=$2 before promised
   shift 2
@@ -227,13 +227,13 @@ failure_is_1() {
   [[ $(<err) == *"cannot write the output"* ]] || fail "$(<err)"
 }
 
-# Reading them to their ends would take an hour.
+# Reading these files to their ends would take an hour.
 hopeless_files_are_refused_at_once() {
   { printf 'RIFF' && bytes 10 00 00 00 && printf 'WAVEdata' && bytes 20 00 00 00; } >loose
   truncate -s 8G loose || return 77
   local why='velmor-core: loose: RIFF:WAVE/data ends 28 bytes past the end of its group (at offset 12)'
   expect_equal recycle "$why" "$("$program" recycle loose RIFF/data 2>&1)"
-  # A recorder set room aside that it did not use.
+  # A recorder reserved space in the file and did not use it.
   take tone.wav
   truncate -s 8G tone.wav
   [[ $("$program" set tone.wav RIFF/data x 2>&1) == *"8589926548 bytes after the last chunk, all of them 0"* ]] || fail set
@@ -343,7 +343,7 @@ c'
   rejects 1 "/: cannot be read: Is a directory" sha256 /
 }
 
-# Deeper than a stack of 256 KiB is for anything that calls itself.
+# So deep that recursion would overflow a stack of 256 KiB.
 depth_is_no_matter() {
   local n=30000 i size text=
   for ((i = n - 1; i >= 0; --i)); do

@@ -1,5 +1,5 @@
-// Examples of edits in place, each also with every call failing in turn, and what random edits do
-// not reach: huge sizes, many free chunks, handles of the wrong kind.
+// Examples of edits in place. Each also runs with every call failing in turn. And cases that random
+// edits do not reach: huge sizes, many free chunks, handles of the wrong kind.
 
 #include <algorithm>
 #include <set>
@@ -27,8 +27,8 @@ const Example EXAMPLES[] = {
      "RIFF:g{ a:1 LIST:l{ b:6 } } e:2 LIST:l{ b:6 }"},
     {"RIFF:g{ LIST:l{ b:6 } }", "copy g l", nullptr},
     {"RIFF:g{ LIST:l{ b:6 } }", "copy / l", nullptr},
-    // A new chunk of n bytes, header and pad byte included, goes to the smallest free chunk of n or
-    // more data bytes, or of n bytes in all. The last top-level chunk comes last, and may grow.
+    // A new chunk of total size n goes to the smallest free chunk with a data size of at least n,
+    // or with a total size of n. The last top-level chunk is tried last, and may grow.
     {"RIFF:g{ JUNK:100 JUNK:20 z:0 }", "add g 10", "RIFF:g{ JUNK:100 new:10 JUNK:2 z:0 }"},
     {"RIFF:g{ JUNK:9 }", "add g 9", "RIFF:g{ new:9 }"},
     {"RIFF:g{ JUNK:17 a:4 }", "add g 10", "RIFF:g{ JUNK:17 a:4 new:10 }"},
@@ -42,7 +42,7 @@ const Example EXAMPLES[] = {
     {"RIFF:g{ a:2 x:7 b:2 }", "recycle x", "RIFF:g{ a:2 JUNK:8 b:2 }"},
     {"RIFF:g{ LIST:x{ y:1 LIST:z{ } } b:1 }", "recycle x", "RIFF:g{ JUNK:26 b:1 }"},
     {"RIFF:g{ a:1 }", "recycle /", nullptr},
-    // Free chunks are joined up to 2^32 - 1 bytes in all.
+    // Free chunks are merged up to a total size of 2^32 - 1 bytes.
     {"JUNK:0 x:4294967278~", "recycle x", "JUNK:4294967286"},
     {"JUNK:0 x:4294967280~", "recycle x", "JUNK:0 JUNK:4294967280"},
     {"x:0 JUNK:4294967278~", "recycle x", "JUNK:4294967286"},
@@ -68,7 +68,7 @@ Outcome tryEdit(const std::string& before, const char* edit, Kind kind,
   armFault();
   const bool done = run();
   Outcome outcome = {done, faults::disarm(), pictureOf(store.object()), store.content()};
-  // Whatever it is like now, it can be taken apart.
+  // Removes all chunks one by one. The tree has to stay usable after a failed edit, too.
   for (bool removed = true; removed;) {
     Chunk* first = velmor_core_riff_object_get_root_chunk(store.object());
     removed = first && velmor_core_riff_chunk_remove(first) == VELMOR_CORE_SUCCESS;
@@ -106,7 +106,7 @@ TEST(EditTest, ExamplesDoAsTheySayWhateverFails) {
       const bool cut = std::string_view(example.before).ends_with('~');
       if (cut && kind == Kind::CACHE) continue;  // it holds whole chunks only
       expectExample(example, "", kind);
-      // With more chunks, the memory of nodes runs out at another one.
+      // With more chunks, another allocation of nodes is the one that fails.
       std::string more = "p:0 ";
       for (int i = 0; i < 9 && kind == Kind::BUFFER; ++i, more += "p:0 ") {
         expectExample(example, more, kind);
@@ -115,7 +115,7 @@ TEST(EditTest, ExamplesDoAsTheySayWhateverFails) {
   }
 }
 
-// Far more free chunks than a walk along them would be worth.
+// So many free chunks that a walk along all of them takes too long.
 TEST(EditTest, TheBestOfManyFreeChunksIsUsed) {
   constexpr size_t N = 1500;
   uint32_t state = 1;
@@ -179,7 +179,7 @@ TEST(EditTest, HandlesOfTheWrongKindAreRefused) {
   EXPECT_EQ(store.content(), bytesOf("RIFF:g{ a:3 }"));
 }
 
-// Chunks of nearly 2^32 bytes, in a file that takes next to no disk space.
+// Chunks of nearly 2^32 bytes, in a sparse file that takes almost no disk space.
 TEST(LargeFileTest, SizesAndOffsetsPastFourGibibytesAreKept) {
   Store store(Kind::FILE, "JUNK:2 huge:0 RIFF:g{ big:0 }");
   Chunk *const huge = find(store.object(), "huge"), *const big = find(store.object(), "big");
@@ -187,7 +187,7 @@ TEST(LargeFileTest, SizesAndOffsetsPastFourGibibytesAreKept) {
   const bool done = edit("size huge 4294967295") && edit("size big 4294967040");
   if (!done) GTEST_SKIP() << "no files of 8 GiB here";
   EXPECT_TRUE(edit("add g 3"));
-  EXPECT_FALSE(edit("recycle huge"));  // its pad byte would be one too many
+  EXPECT_FALSE(edit("recycle huge"));  // with its pad byte the size would be too large
   EXPECT_EQ(velmor_core_riff_chunk_set_data(huge, "end", 3, 0xFFFFFFFC), VELMOR_CORE_SUCCESS);
   EXPECT_EQ(velmor_core_riff_chunk_set_data(big, "end", 3, 0xFFFFFEFD), VELMOR_CORE_SUCCESS);
   EXPECT_TRUE(edit("recycle big") && edit("copy new g") && edit("add g 300"));

@@ -1,4 +1,4 @@
-// Opening: what bytes mean, what is refused, and what hostile bytes cost.
+// Opening: how bytes are read, which bytes are refused, and how long hostile bytes take.
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -134,7 +134,7 @@ TEST(OpenTest, NothingLeaksWhateverFails) {
       arm();
       const int32_t status = store.open();
       const bool fired = faults::disarm();
-      // The first seek asks for the size: a file that cannot seek is an empty tree.
+      // The first seek asks for the size. A file that cannot seek has an empty tree.
       const bool isFirst = call == faults::Call::LSEEK && std::exchange(first, !fired);
       const bool harmless = how == faults::How::SHORT_COUNTS || isFirst;
       EXPECT_EQ(status == VELMOR_CORE_SUCCESS, !fired || harmless);

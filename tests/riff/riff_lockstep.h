@@ -1,6 +1,6 @@
-// Edits of the library's objects and of the model of them, chosen at random or by a fuzzer. After
-// each step results, trees, handles, stored bytes, sizes and the system calls on files have to
-// agree.
+// Makes the same edits of the library's objects and of the model's, chosen at random or by a
+// fuzzer. After each step, results, trees, handles, stored bytes, sizes and the system calls on
+// files have to agree.
 #ifndef TESTS_RIFF_LOCKSTEP_H
 #define TESTS_RIFF_LOCKSTEP_H
 
@@ -34,7 +34,7 @@ class Choices {
   }
   uint32_t idOf(std::vector<uint32_t> ids) { return of(ids); }
   uint32_t id() { return idOf({0x61746164, 0x41414141, 0, JUNK, JUNK}); }
-  // Small, so that free chunks fit now and then.
+  // Small, so that free chunks sometimes fit.
   uint32_t size() { return oneIn(30) ? below(300) : below(45); }
   uint32_t hugeSize() { return 0xFFFFFFFF - (oneIn(2) ? 0 : below(20)); }
   Bytes bytes(size_t length) {
@@ -43,7 +43,7 @@ class Choices {
     return result;
   }
 
-  // Chunks as a file may hold them, the end missing now and then.
+  // Chunks as in a file, sometimes cut short at the end.
   Bytes content() {
     if (fuzzed && !oneIn(4)) {
       const auto taken = input.first(std::min<size_t>(below(2000), input.size()));
@@ -70,12 +70,12 @@ class Choices {
     Bytes out;
     for (uint32_t n = below(5); n > 0; n--) {
       const bool group = depth < 4 && oneIn(3);
-      // Now and then more than is moved or copied in one piece.
+      // Sometimes more than the library moves or copies in one piece.
       Bytes data = group ? chunks(depth + 1) : bytes(oneIn(100) ? below(150000) : size());
       if (group) data.insert(data.begin(), 4, 'g');
       auto length = static_cast<uint32_t>(data.size());
       data.resize(length + length % 2, 0xAA);
-      if (group && oneIn(6)) length--;  // the last child's pad byte is the group's as well
+      if (group && oneIn(6)) length--;  // the group's pad byte is then the last child's
       appendChunk(out, group ? idOf({RIFF, LIST}) : id(), length, data);
     }
     return out;
@@ -91,7 +91,7 @@ class Choices {
   bool fuzzed = false;
 };
 
-// One object of the library and the model of it.
+// One object of the library and its model.
 class Pair {
  public:
   explicit Pair(Kind ofKind) : kind(ofKind) {}
@@ -115,7 +115,8 @@ class Pair {
   }
 
   // Runs a step of the library and of the model: both succeed or both fail, with the same calls on
-  // files. A step that is refused with another status is none of the model's.
+  // files. If `expected` is another status, the library has to refuse the
+  // step, and the model does not run it.
   template <typename Library, typename Plain>
   static bool both(Library library, Plain plain, int32_t expected = VELMOR_CORE_SUCCESS) {
     faults::fileCalls.clear();
@@ -159,7 +160,7 @@ class Pair {
     model.reset();
   }
 
-  // A chunk keeps its handle as long as it is there.
+  // A chunk keeps its handle until it ends.
   void compareChunk(Node& node) {
     EXPECT_EQ(velmor_core_riff_chunk_get_id(node.handle), node.id);
     EXPECT_EQ(velmor_core_riff_chunk_get_data_size(node.handle), node.size);
@@ -178,7 +179,7 @@ class Pair {
     }
     EXPECT_EQ(sibling, nullptr);
     if (kind != Kind::CACHE || node.isGroup) return;
-    Bytes data(node.size);  // a cache shows its bytes through its chunks alone
+    Bytes data(node.size);  // the bytes of a cache can be read only through its chunks
     velmor_core_riff_chunk_get_data(node.handle, data.data(), node.size, 0);
     EXPECT_EQ(data, model->getData(node, node.size, 0));
   }
@@ -207,7 +208,7 @@ class Lockstep {
         {"set size", &Lockstep::setDataSize}, {"transfer", &Lockstep::transfer},
         {"transfer", &Lockstep::transfer},    {"recycle", &Lockstep::recycle},
         {"recycle", &Lockstep::recycle},      {"remove", &Lockstep::remove}};
-    // Edits meet more often where the last one was.
+    // Often takes the pair of the last edit, so that edits affect each other.
     if (choices.oneIn(2)) last = choices.of(pairs).get();
     Pair& pair = *last;
     Node& chunk = anyChunk(pair);
@@ -231,7 +232,7 @@ class Lockstep {
     return *choices.of(all);
   }
 
-  // What the library returns is the chunk that the model returns.
+  // Checks that the library returns the same chunk as the model.
   template <typename Library, typename Plain>
   static void add(Library library, Plain plain) {
     Chunk* added = nullptr;
@@ -309,7 +310,7 @@ class Lockstep {
     if (!result->handle) result->handle = free;
     EXPECT_EQ(free, result->handle);
     if (done) return;
-    // The library may have changed its tree before the bytes: start again from the bytes.
+    // The library may have changed its tree before the call failed, so open the bytes again.
     pair.compare();
     open(pair, pair.content());
   }

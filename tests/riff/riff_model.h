@@ -1,5 +1,5 @@
-// A second implementation of objects and their chunk trees, to compare the library with. Every step
-// is as plain as can be, and slow: free lists are sorted in full each time, and loading recurses.
+// A second implementation of objects and their chunk trees, with which the library is compared.
+// Every step is simple and slow: free lists are sorted in full each time, and loading recurses.
 #ifndef TESTS_RIFF_MODEL_H
 #define TESTS_RIFF_MODEL_H
 
@@ -24,7 +24,7 @@ struct Node {
   Node* parent = nullptr;
   std::vector<std::unique_ptr<Node>> children;
   std::vector<Node*> freeList;
-  Chunk* handle = nullptr;  // the library's chunk at this place
+  Chunk* handle = nullptr;  // the library's handle of this chunk
 
   uint64_t total() const { return uint64_t{8} + size + size % 2; }
   uint64_t end() const { return offset + total(); }
@@ -69,7 +69,7 @@ inline std::string expectedCalls;  // on files, by all models
 
 struct Model {
   Kind kind;
-  Bytes bytes;  // of a buffer or cache all of its memory, of a file what is on disk
+  Bytes bytes;  // all memory of a buffer or cache; the bytes of a file on disk
   uint64_t size;
   int file;
   Node root;
@@ -128,7 +128,8 @@ struct Model {
     }
     std::copy(data.begin(), data.end(), bytes.data() + offset);
   }
-  // A file is moved in pieces, from the side on which none is overwritten before it is read.
+  // Bytes of a file are moved in pieces, in the order in which none is overwritten before it is
+  // read.
   void move(uint64_t from, uint64_t to, uint64_t length) {
     const uint64_t limit = kind == Kind::FILE ? 65536 : length;
     for (uint64_t done = 0; from != to && done < length;) {
@@ -168,8 +169,8 @@ struct Model {
     return node;
   }
 
-  // Trees may reach past the object's end. If the pad byte of the last chunk is all that is
-  // missing, it is added.
+  // A tree may end past the object's end. If only the pad byte of the last chunk is missing, adds
+  // it.
   bool lacksPadOnly(const Node& chunk) const {
     return chunk.end() == size + 1 && chunk.lastInside()->size % 2 == 1;
   }
@@ -185,8 +186,8 @@ struct Model {
     if (&group != &root || root.children.empty() || root.children.back()->end() <= size) return;
     if (!lacksPadOnly(*root.children.back())) throw Failed{};
   }
-  // All that is written over a free chunk has to be there: the new bytes, but for a pad byte at
-  // their end, and the header of the rest.
+  // An edit of a free chunk writes new bytes and the header of the rest. All of these bytes have to
+  // be in the object, except a pad byte at the end of the new bytes.
   void needToTake(const Node& free, uint64_t n, uint64_t written) {
     if (free.offset + (free.total() == n ? written : n + 8) > size) need(free);
   }
@@ -262,7 +263,7 @@ struct Model {
     setDataSize(*last, static_cast<uint32_t>(n));
     return last;
   }
-  // Gives the first n bytes of a free chunk away. Returns their place among the children.
+  // Removes the first n bytes from a free chunk. Returns the index of the new child for them.
   size_t take(Node& group, Node* free, uint64_t n) {
     const size_t position = group.indexOf(free);
     if (free->total() == n) {

@@ -1,4 +1,4 @@
-// Random edits of the library's objects and of the model of them.
+// Random edits of the library's objects and of their model.
 
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
-// A second implementation of number texts: numbers by a regular expression, strtoul and strtod (in
-// the C locale), the grammar by recursive descent. For short texts.
+// A second implementation of number texts, for short texts only. It reads numbers with a regular
+// expression, strtoul and strtod (in the C locale), and the grammar by recursive descent.
 
 #ifndef TESTS_EXPRESSION_MODEL_H
 #define TESTS_EXPRESSION_MODEL_H
@@ -29,7 +29,7 @@ class ExpressionModel {
   }
 
  private:
-  // Skips blanks, then returns the next character if it is one of these.
+  // Skips blanks, then takes the next character if it is one of the given ones.
   char accept(const char* characters) {
     next += std::strspn(next, " \t\r");
     return *next != '\0' && std::strchr(characters, *next) ? *next++ : '\0';
@@ -63,7 +63,7 @@ class ExpressionModel {
       failed |= accept(")") == '\0';
       return value;
     }
-    // POSIX expressions take the longest of all alternatives.
+    // A POSIX regular expression matches the longest of all alternatives.
     static const std::regex number(
         "[0-9]+([KMGT]i)?|[0-9]+\\.[0-9]*|[0-9]+(\\.[0-9]+)?e[+-]?[0-9]+|"
         "[0-9]+\\.[0-9]+([pnumcdhkMGT]|da)|[0-9]+[pnumcdhkMGT][0-9]*|[0-9]+da[0-9]+",

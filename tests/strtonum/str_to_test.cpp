@@ -22,7 +22,7 @@ using namespace std::string_literals;
 
 constexpr double INF = HUGE_VAL;
 
-// To the last bit. All NaN are one.
+// Compares bit by bit, except that all NaN are equal.
 std::string exact(std::optional<double> value) {
   if (!value) return "rejected";
   std::ostringstream text;
@@ -30,8 +30,9 @@ std::string exact(std::optional<double> value) {
   return text.str();
 }
 
-// The double of a text, or "rejected". The integers have to be what the processor's conversion
-// makes of that double. All three functions accept the text or none does, which leaves no trace.
+// The double of a text, or "rejected". Checks that the integers are that double as the processor
+// converts it, that all three functions accept the text or none does, and that a rejected text
+// changes no output.
 std::string convert(const std::string& text) {
   double f64 = 77.0;
   int64_t i64 = 77;
@@ -39,7 +40,7 @@ std::string convert(const std::string& text) {
   const bool accepted = velmor_core_str_to_f64(text.c_str(), &f64);
   EXPECT_TRUE(accepted || f64 == 77.0);
   std::string result = exact(accepted ? std::optional(f64) : std::nullopt);
-  if (text.size() > 100'000) return result;  // once takes long enough
+  if (text.size() > 100'000) return result;  // one conversion takes long enough
   EXPECT_EQ(velmor_core_str_to_i64(text.c_str(), &i64), accepted);
   EXPECT_EQ(velmor_core_str_to_u64(text.c_str(), &u64), accepted);
   const bool isLarge = f64 >= 0x1p63;
@@ -49,7 +50,7 @@ std::string convert(const std::string& text) {
   return result;
 }
 
-// Lone numbers are converted without scanner and parser, and so are plain expressions.
+// Single numbers and plain expressions are converted without scanner and parser.
 void expectValues(const std::vector<std::pair<std::string, double>>& rows) {
   for (const auto& [text, value] : rows) {
     EXPECT_EQ(convert(text), exact(value)) << text;
@@ -63,7 +64,7 @@ TEST(StrToTest, NumbersAndExpressionsHaveTheirValues) {
                 {"4Ki", 0x1p12}, {"1Ti", 0x1p40},    {"(1+2)*3", 9.0}, {"2^3^2", 512.0},
                 {"-2^2", -4.0},  {"2*-3", -6.0},     {"-0", -0.0},     {"8/2/2", 2.0},
                 {"-7%3", -1.0},  {"1%0", NAN},       {"-1/0", -INF},   {"(-8)^(1/3)", NAN}});
-  // Limits: integers saturate at 2^64 - 1 and are taken as signed.
+  // Limits: integers saturate at 2^64 - 1 and then count as signed.
   expectValues({{"1e-99999999999999999999", 0.0},
                 {"9223372036854775808", -0x1p63},
                 {"99999999999999999999999", -1.0},
@@ -133,10 +134,10 @@ class RandomTextTest : public testing::Test {
   // Negative and positive.
   static constexpr const char* NAN_TEXTS[] = {"(0%0)", "(-(0%0))"};
 
-  std::mt19937_64 random{20240229};  // NOLINT(cert-msc*): a failure has to come back
+  std::mt19937_64 random{20240229};  // NOLINT(cert-msc*): so that a failure can be repeated
 };
 
-// All that the conversion to a double leaves behind, with the sign of NaN.
+// All effects of the conversion to a double, including the sign of NaN.
 struct Traces {
   bool accepted;
   uint64_t bits;
@@ -153,8 +154,9 @@ Traces traces(const std::string& text) {
   return {accepted, std::bit_cast<uint64_t>(value), errno, std::fetestexcept(FE_ALL_EXCEPT)};
 }
 
-// Garbage, numbers alone, expressions with a fault or two, and expressions. Most are plain; with a
-// second line none is, so that scanner and parser have to agree with the evaluation of plain texts.
+// Four kinds of text: garbage, single numbers, valid expressions, and expressions with a fault or
+// two. Most are plain. With a second line none is, so scanner and parser have to give the same
+// results as the evaluation of plain texts.
 TEST_F(RandomTextTest, TextsHaveTheValuesOfTheModelWithAndWithoutTheParser) {
   const std::string alphabet = "0123456789..eekKMiGTdapn+-*/%^()() \t\n\nx\v\xB5";
   const std::string blanks = "    \t\r\n\n+-\v";
@@ -187,7 +189,7 @@ std::string repeat(const std::string& piece, size_t count) {
   return text;
 }
 
-// Too deep for recursion, to the left and to the right of each operator.
+// Nesting too deep for recursion, to the left and to the right of each operator.
 TEST(DeepTextTest, DepthIsBoundByMemoryAlone) {
   constexpr size_t DEPTH = 300'000;
   const struct {
@@ -205,7 +207,7 @@ TEST(DeepTextTest, DepthIsBoundByMemoryAlone) {
   EXPECT_EQ(convert(repeat("1+(2*", DEPTH) + ")"), "rejected");
 }
 
-// Scanning a token anew for each part that is read would take hours here.
+// This would take hours if the scanner started the token again for each part that it reads.
 TEST(DeepTextTest, OneTokenMayHaveMillionsOfDigits) {
   const std::string zeros(3'000'000, '0');
   EXPECT_EQ(convert("1+" + zeros + "5"), exact(6.0));

@@ -41,7 +41,7 @@ bool strikes(Call call) {
   return first || armed.how == How::FAIL_FROM_HERE_ON || armed.how == How::SHORT_COUNTS;
 }
 
-// Whether a transfer fails altogether. If not, it may have become shorter.
+// Whether a transfer fails. If not, its length may have been reduced.
 bool spoils(Call call, size_t& length) {
   if (!strikes(call)) return false;
   if (armed.how != How::SHORT_COUNTS) return true;
@@ -59,7 +59,7 @@ size_t countOpenDescriptors() {
   return static_cast<size_t>(std::distance(Files("/proc/self/fd"), Files()));
 }
 
-// The function that would have been called.
+// The real function of this name.
 template <typename Function>
 Function* real(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
@@ -135,7 +135,7 @@ void* calloc(size_t count, size_t size) {
 }
 #endif
 
-// <fcntl.h> declares it with an ellipsis. The mode arrives in the same place.
+// <fcntl.h> declares it with an ellipsis. A named parameter gets the mode in the same register.
 int open(const char* file, int oflag, mode_t mode) {
   if (strikes(Call::OPEN)) return -1;
   const int fd = real<int(const char*, int, mode_t)>("open")(file, oflag, mode);

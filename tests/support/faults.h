@@ -1,5 +1,6 @@
-// System and memory calls that fail on demand, and a record of the calls on files. A program that
-// links faults.cpp and exports its symbols makes the library call these in place of the real ones.
+// System and memory calls that fail on demand, and a record of the calls on files. If a program
+// links faults.cpp and exports its symbols, the library calls these functions instead of the real
+// ones.
 
 #ifndef TESTS_SUPPORT_FAULTS_H
 #define TESTS_SUPPORT_FAULTS_H
@@ -20,18 +21,19 @@ enum class How {
   SHORT_COUNTS        // transfers move one byte each from here on
 };
 
-// From now on the nth call of this kind on this thread, counted from 0, fails in this way.
+// From now on, the nth call of a kind on this thread, counted from 0, fails in the given way.
 void arm(Call call, size_t nth, How how);
-// Ends that. Returns whether the nth call came.
+// Ends what arm() has begun. Returns whether the nth call was made.
 bool disarm();
 
-// Runs attempt(arm) with each call failing in each way, the first time it comes, the second, and so
-// on. The attempt arms the fault when all is prepared, and returns what disarm() returns. After it,
-// all memory and descriptors have to be given back. Returns the number of faults that came.
+// Runs attempt(arm) many times: for each kind of call and each way of failing, the first call fails
+// in the first run, the second call in the next run, and so on. The attempt calls arm() when all is
+// prepared, and returns the result of disarm(). Checks after each run that all memory and
+// descriptors have been released. Returns the number of calls that failed.
 size_t forAllFaults(const std::function<bool(Call, How, const std::function<void()>&)>& attempt);
 
-// Appends a call on a file to a list such as "s0@3 r4@3 ", where 3 is the descriptor: seek to, 'e'
-// seek from the end, read, write so many bytes, truncate to, close.
+// Appends a call on a file to a list such as "s0@3 r4@3 ", where 3 is the descriptor. The letters
+// are seek to, 'e' for seek from the end, read or write so many bytes, truncate to, close.
 void note(std::string& calls, char what, int file, uint64_t value);
 
 extern std::string fileCalls;  // noted while recording

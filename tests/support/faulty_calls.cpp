@@ -1,8 +1,8 @@
-// Preloaded into the program, spoils its FAULT_AT-th call that changes a file, counted from 1, and
-// makes the file FAULT_DONE when it does. FAULT_HOW is one of
+// A library to preload into the program. Of the calls that change a file, it disturbs number
+// FAULT_AT, counted from 1, and makes the file FAULT_DONE when it does. FAULT_HOW is one of
 //   kill   SIGKILL before the call
-//   tear   SIGKILL after the call; of bytes that are written, after half of them
-//   int    SIGINT before the call, which is made if the program lives
+//   tear   SIGKILL after the call; a write stores only half of its bytes
+//   int    SIGINT before the call, which is then made if the program still runs
 //   wait   the call waits until FAULT_DONE, a named pipe, has been opened and closed by a writer
 //   N      the call fails with the error N; if that is ENOSPC, so do later calls that need space
 
@@ -29,7 +29,7 @@ long setting(const char* name) {
 
 enum Need { NO_SPACE, SPACE };
 
-// Makes or spoils a call of this length.
+// Makes or disturbs a call that transfers `length` bytes.
 template <typename Call>
 long change(Need need, size_t length, Call call) {
   static const long at = setting("FAULT_AT");

@@ -128,7 +128,7 @@ Store::Store(Kind kind, const Bytes& bytes, size_t room)
     file = memfd_create("test", 0);
     EXPECT_EQ(pwrite(file, bytes.data(), size, 0), static_cast<ssize_t>(size));
   } else if (kind != Kind::CACHE) {
-    // The vector has no spare capacity, so that the address sanitizer guards its end.
+    // The vector has no spare capacity, so the address sanitizer detects accesses past its end.
     Bytes(size + (kind == Kind::BUFFER ? room : 0), 0xEE).swap(buffer);
     std::copy(bytes.begin(), bytes.end(), buffer.begin());
   }
@@ -171,7 +171,7 @@ Bytes Store::content() const {
   Bytes all = memory();
   all.resize(velmor_core_riff_cache_get_size(object()));
   if (kind != Kind::CACHE) return all;
-  // A cache shows its bytes to the object that it is added to.
+  // Gets the bytes of a cache by adding it to another object.
   Object* target = nullptr;
   velmor_core_riff_open_buffer_rw(all.data(), 0, all.size(), &target);
   const Opened closer(target);

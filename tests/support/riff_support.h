@@ -1,4 +1,4 @@
-// Trees as one-line pictures, edits as commands, and all kinds of object behind one class.
+// Trees as one-line pictures, edits as commands, and one class for all kinds of object.
 //
 //   RIFF:wave{ fmt:16 LIST:info{ JUNK:14 data:5 } }
 //
@@ -25,10 +25,11 @@ using Chunk = velmor_core_riff_chunk_t;
 uint32_t idOf(std::string_view text);
 void append32(Bytes& bytes, uint32_t value);  // little-endian
 
-// The bytes of a picture. Data is a running count, so that moved data shows; pad bytes are 0xEE.
+// The bytes of a picture. The data bytes count up through the whole picture, so moved data differs
+// from unmoved data. Pad bytes are 0xEE.
 Bytes bytesOf(std::string_view picture);
 
-// The picture of all that an object holds.
+// The picture of all chunks of an object.
 std::string pictureOf(Object* object);
 
 inline Chunk* rootOf(Object* object) {
@@ -39,7 +40,8 @@ Chunk* find(Object* object, std::string_view name);
 
 // A command to run later, which returns whether it succeeds: "get x 3", "set x 3", "size x 70",
 // "add l 100" and "group l" (a chunk "new"), "copy x l", "cache l" (adds the cache `other`),
-// "recycle x", "remove x". Chunks are named as in find(). Its memory is allocated before it is run.
+// "recycle x", "remove x". Chunks are named as in find(). Memory for the command itself is
+// allocated here, so that only the library allocates while it runs.
 std::function<bool()> editOf(Object* object, const std::string& command, Object* other = nullptr);
 
 struct Close {
@@ -53,12 +55,12 @@ Opened openBytes(const Bytes& bytes);
 enum class Kind { READ_ONLY, BUFFER, CACHE, FILE };
 constexpr Kind WRITABLE_KINDS[] = {Kind::BUFFER, Kind::CACHE, Kind::FILE};
 
-// An object of one kind over the given bytes. A buffer has `room` more bytes to grow into; a cache
-// is empty at first, and has that capacity. A file is one without a name that ends with the Store.
+// An object of one kind over the given bytes. A buffer can grow by `room` bytes. A cache starts
+// empty with the capacity `room`. A file has no name and is deleted when the Store is destroyed.
 class Store {
  public:
   Store(Kind kind, const Bytes& bytes, size_t room = 0);
-  // Opened already, with the content of the picture.
+  // Opens the object with the content of the picture.
   Store(Kind kind, std::string_view picture);
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
@@ -67,9 +69,9 @@ class Store {
   void close() { opened.reset(); }
   Object* object() const { return opened.get(); }
   std::string path() const { return "/proc/self/fd/" + std::to_string(file); }
-  // All bytes of the buffer or file; none of a cache.
+  // All bytes of the buffer or file. Empty for a cache.
   Bytes memory() const;
-  // What the object holds.
+  // The bytes that the object holds.
   Bytes content() const;
 
  private:

@@ -16,4 +16,4 @@ complete -c velmor-core -n "__velmor_core_uses set add remove recycle repair" -l
 complete -c velmor-core -n "__velmor_core_uses tree" -l any -d "Show any file"
 complete -c velmor-core -n "__velmor_core_uses repair" -l keep-trailing -d "Keep bytes of no chunk"
 complete -c velmor-core -n "__velmor_core_uses repair" -l drop-trailing -d "Drop bytes of no chunk"
-complete -c velmor-core -l help -d "Tell more"
+complete -c velmor-core -l help -d "Show help"
