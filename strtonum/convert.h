@@ -10,7 +10,7 @@
 namespace StrToNum {
 
 // Returns true and writes *value if every line is valid and at least one is not empty. Otherwise
-// returns false and leaves *value unchanged. Throws std::bad_alloc when memory is exhausted, and
+// returns false and leaves *value unchanged. Throws std::bad_alloc when memory runs out, and
 // std::length_error for a text of 2^31 - 1 bytes or more.
 bool convert(const std::string& text, int64_t* value);
 bool convert(const std::string& text, uint64_t* value);
