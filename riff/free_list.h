@@ -18,8 +18,8 @@ namespace RIFF {
 // The list borrows its chunks. None is in it twice. It is sorted only at certain points of an edit.
 // In between it keeps its order, even if another chunk becomes the trailing one or an entry gets
 // another size. The order decides which free chunk an edit uses, so the list must not be sorted at
-// other points. `ordered` is true while the list is sorted. A changed entry then moves to its place,
-// and the others stay where they are.
+// other points. `ordered` is true while the list is sorted. A changed entry then moves to its
+// place, and the others stay where they are.
 //
 // After a long walk along the list, the next edit makes an index of it. While the list is in order,
 // the index finds all places. A full sort ends the index, and the next edit makes a new one.
