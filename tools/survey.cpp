@@ -211,6 +211,7 @@ class Surveyor {
     } else if (leaveGroupEnd(chunk)) {
       passWholeData(chunk);
     } else {
+      take(chunk);
       moveTo(walk.limit());
     }
   }
