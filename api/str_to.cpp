@@ -12,7 +12,7 @@ namespace {
 template <typename Value>
 bool convert(const char* str, Value* value) {
   // The fast path. It neither copies the text nor throws.
-  if (StrToNum::convertLoneNumber(str, value)) return true;
+  if (StrToNum::convertPlain(str, value)) return true;
   return api::guarded(false, [&] { return StrToNum::convert(std::string(str), value); });
 }
 

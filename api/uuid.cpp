@@ -4,7 +4,6 @@
 
 #include <velmor_core/uuid.h>
 
-#include <array>
 #include <concepts>
 #include <cstring>
 
@@ -30,6 +29,7 @@ bool fill(velmor_core_uuid_t* uuid, Make make) {
 }
 
 bool parse(const char* text, uint64_t length, velmor_core_uuid_t* uuid) {
+  if (length == core::UUID_TEXT_LENGTH && core::parseHyphenatedUuid(text, uuid->bytes)) return true;
   return length > 0 && fill(uuid, [&] { return core::parseUuid(text, length); });
 }
 
@@ -51,9 +51,7 @@ bool velmor_core_uuid_parse2(const char* text, uint64_t length, velmor_core_uuid
 }
 
 void velmor_core_uuid_unparse(const velmor_core_uuid_t* uuid, char* text) {
-  const auto formatted = core::formatUuid(std::to_array(uuid->bytes));
-  std::memcpy(text, formatted.data(), formatted.size());
-  text[formatted.size()] = '\0';
+  core::formatUuid(uuid->bytes, text);
 }
 
 bool velmor_core_uuid_is_null(const velmor_core_uuid_t* uuid) {

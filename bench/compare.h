@@ -33,12 +33,14 @@ double nanoseconds(Work&& work) {
   return threadTime() - start;
 }
 
-// Each call of work and of peer handles `items` items. Register the benchmark with UseManualTime().
-template <typename Work, typename Peer>
-void compare(benchmark::State& state, double items, Work work, Peer peer) {
+// Each call of work and of peer handles `items` items. What prepare() does before each call of work
+// is not timed. Register the benchmark with UseManualTime().
+template <typename Work, typename Peer, typename Prepare>
+void compare(benchmark::State& state, double items, Work work, Peer peer, Prepare prepare) {
   std::vector<double> ours;
   std::vector<double> theirs;
   for ([[maybe_unused]] auto iteration : state) {
+    prepare();
     ours.push_back(nanoseconds(work));
     theirs.push_back(nanoseconds(peer));
     state.SetIterationTime(ours.back() / 1e9);
@@ -48,6 +50,11 @@ void compare(benchmark::State& state, double items, Work work, Peer peer) {
   state.counters["ns_per_item"] = our;
   state.counters["peer_ns"] = their;
   state.counters["ratio"] = our / their;
+}
+
+template <typename Work, typename Peer>
+void compare(benchmark::State& state, double items, Work work, Peer peer) {
+  compare(state, items, work, peer, [] {});
 }
 
 }  // namespace bench

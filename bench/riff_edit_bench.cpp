@@ -7,6 +7,9 @@
 
 #include "compare.h"
 #include "riff_support.h"
+#ifdef HAVE_TAGLIB
+#include "taglib_riff.h"
+#endif
 
 namespace {
 
@@ -176,6 +179,63 @@ void editInFrontFile(benchmark::State& state) {
   velmor_core_riff_close(object);
 }
 
+// 1,001 chunks, the first of which becomes 100 bytes longer and shorter again.
+constexpr uint32_t LONGER = SIZE + 100;
+
+Bytes makeMany() {
+  Bytes content;
+  for (int i = 0; i < 1001; ++i) putChunk(content, DATA, SIZE);
+  return group(RIFF, content);
+}
+
+template <typename Peer>
+void resizeFirst(benchmark::State& state, Peer peer) {
+  Bytes buffer = makeMany();
+  const uint64_t size = buffer.size();
+  buffer.resize(size + LONGER);
+  Object* object = openBuffer(buffer, size);
+  Chunk* first =
+      velmor_core_riff_chunk_get_child(velmor_core_riff_object_get_root_chunk(object), 0);
+  compare(
+      state, 200,
+      [&] {
+        for (int i = 0; i < 100; ++i) {
+          velmor_core_riff_chunk_set_data_size(first, LONGER);
+          velmor_core_riff_chunk_set_data_size(first, SIZE);
+        }
+      },
+      peer);
+  velmor_core_riff_close(object);
+}
+
+void resizeFirstBare(benchmark::State& state) {
+  Bytes bytes = makeMany();
+  const uint64_t tail = bytes.size() - 12 - 8 - SIZE;
+  bytes.resize(bytes.size() + LONGER);
+  uint8_t* end = bytes.data() + 12 + 8 + SIZE;
+  resizeFirst(state, [&] {
+    for (int i = 0; i < 100; ++i) {
+      std::memmove(end + 100, end, tail);
+      std::memmove(end, end + 100, tail);
+    }
+  });
+}
+
+#ifdef HAVE_TAGLIB
+void resizeFirstTagLib(benchmark::State& state) {
+  TagLib::ByteVectorStream stream(toByteVector(makeMany()));
+  TagLibRiff file(stream);
+  const TagLib::ByteVector longer(LONGER, 7);
+  const TagLib::ByteVector shorter(SIZE, 7);
+  resizeFirst(state, [&] {
+    for (int i = 0; i < 100; ++i) {
+      file.setChunkData(0, longer);
+      file.setChunkData(0, shorter);
+    }
+  });
+}
+#endif
+
 // 1,000 chunks, every fifth of them free. Each step recycles a chunk and adds one of another size.
 Bytes makeHoled() {
   Bytes content;
@@ -190,41 +250,76 @@ class Replacer {
   explicit Replacer(Object* object) : riff(velmor_core_riff_object_get_root_chunk(object)) {}
   void operator()() {
     // Takes a random chunk that is in use.
-    random = random * 1664525 + 1013904223;
     Chunk* chunk = velmor_core_riff_chunk_get_child(
-        riff, (random >> 8) % velmor_core_riff_chunk_get_child_count(riff));
+        riff, random() % velmor_core_riff_chunk_get_child_count(riff));
     if (velmor_core_riff_chunk_get_id(chunk) == JUNK) {
       chunk = velmor_core_riff_chunk_get_next(chunk);
     }
     if (!chunk || velmor_core_riff_chunk_get_id(chunk) == JUNK) return;
-    const uint32_t size = velmor_core_riff_chunk_get_data_size(chunk);
     velmor_core_riff_chunk_recycle(&chunk);
-    velmor_core_riff_chunk_add_data_chunk(riff, DATA, PAYLOAD.data(), size > 60 ? size - 20 : 60);
+    velmor_core_riff_chunk_add_data_chunk(riff, DATA, PAYLOAD.data(), 40 + random() % 100 * 2);
   }
 
  private:
+  uint32_t random() { return (state = state * 1664525 + 1013904223) >> 8; }
+
   Chunk* riff;
-  uint32_t random = 1;
+  uint32_t state = 1;
 };
 
-void replaceInMemory(benchmark::State& state) {
-  Bytes buffer = makeHoled();
-  const uint64_t size = buffer.size();
-  buffer.resize(size + (1 << 20));
-  Bytes copy = buffer;
-  std::vector<double> times;
-  for ([[maybe_unused]] auto iteration : state) {
-    std::memcpy(buffer.data(), copy.data(), size);
-    Object* object = openBuffer(buffer, size);
-    Replacer replace(object);
-    times.push_back(nanoseconds([&] {
-      for (int i = 0; i < 200; ++i) replace();
-    }));
-    state.SetIterationTime(times.back() / 1e9);
-    velmor_core_riff_close(object);
-  }
-  state.counters["ns_per_replace"] = median(times) / 200;
+// Edits of a fresh tree. The processor learns a sequence of 200 edits by heart, but not one of
+// 5,000.
+template <typename Peer>
+void replaceInMemory(benchmark::State& state, Peer peer) {
+  const Bytes holed = makeHoled();
+  Bytes buffer;
+  Object* object = nullptr;
+  compare(
+      state, static_cast<double>(state.range(0)),
+      [&] {
+        Replacer replace(object);
+        for (int64_t i = 0; i < state.range(0); ++i) replace();
+      },
+      peer,
+      [&] {
+        velmor_core_riff_close(object);
+        buffer = holed;
+        buffer.resize(holed.size() + (1 << 20));
+        object = openBuffer(buffer, holed.size());
+      });
+  velmor_core_riff_close(object);
 }
+
+// The peer writes what an edit writes at least: id, header, data of the mean size, and header.
+void replaceInMemoryBare(benchmark::State& state) {
+  Bytes buffer = makeHoled();
+  replaceInMemory(state, [&] {
+    uint8_t* bytes = buffer.data();
+    for (int64_t i = 0; i < state.range(0); ++i) {
+      std::memcpy(bytes + 12, &JUNK, 4);
+      std::memcpy(bytes + 12, PAYLOAD.data(), 8);
+      std::memcpy(bytes + 20, PAYLOAD.data(), 140);
+      std::memcpy(bytes + 160, PAYLOAD.data(), 8);
+      benchmark::DoNotOptimize(bytes);
+    }
+  });
+}
+
+#ifdef HAVE_TAGLIB
+// The peer gives a random chunk other data.
+void replaceInMemoryTagLib(benchmark::State& state) {
+  TagLib::ByteVectorStream stream(toByteVector(makeHoled()));
+  TagLibRiff file(stream);
+  uint32_t random = 1;
+  replaceInMemory(state, [&] {
+    for (int64_t i = 0; i < state.range(0); ++i) {
+      random = random * 1664525 + 1013904223;
+      const TagLib::ByteVector data(40 + (random >> 8) % 100 * 2, 7);
+      file.setChunkData((random >> 16) % file.chunkCount(), data);
+    }
+  });
+}
+#endif
 
 void replaceInFile(benchmark::State& state) {
   const Bytes holed = makeHoled();
@@ -243,11 +338,82 @@ void replaceInFile(benchmark::State& state) {
           bare.writeAt(12, 8);
           bare.readAt(12, 4);
           bare.readAt(16, 4);
-          bare.writeAt(20, 100);
-          bare.writeAt(120, 8);
+          bare.writeAt(20, 140);
+          bare.writeAt(160, 8);
         }
       });
   velmor_core_riff_close(object);
+}
+
+// How the time of an edit grows with the number of free chunks. The tree has n chunks and n data
+// chunks between them. The peer makes the same edits in trees of 2,500 chunks, as often.
+enum Sizes { EQUAL, RANDOM };
+enum Edits { FILL_EXACTLY, RECYCLE };
+constexpr uint32_t FEW = 2'500;
+
+class Growing {
+ public:
+  Growing(uint32_t n, Sizes kind, Edits edits) : edits(edits) {
+    uint32_t random = 1;
+    Bytes content;
+    for (uint32_t i = 0; i < n; ++i) {
+      random = random * 1664525 + 1013904223;
+      sizes.push_back(kind == EQUAL ? 24 : 2 + (random >> 8) % 1000 * 2);
+      putChunk(content, edits == RECYCLE ? DATA : JUNK, sizes.back());
+      putChunk(content, DATA, 8);
+    }
+    bytes = group(RIFF, content);
+  }
+  Growing(const Growing&) = delete;
+  Growing& operator=(const Growing&) = delete;
+  ~Growing() { velmor_core_riff_close(object); }
+  // Opens the tree as it was at first.
+  void reset() {
+    velmor_core_riff_close(object);
+    buffer = bytes;
+    object = openBuffer(buffer, buffer.size());
+    Chunk* riff = velmor_core_riff_object_get_root_chunk(object);
+    chunks.clear();
+    for (uint32_t i = 0; i < sizes.size(); ++i) {
+      chunks.push_back(velmor_core_riff_chunk_get_child(riff, 2 * i));
+    }
+  }
+  void run() {
+    Chunk* riff = velmor_core_riff_object_get_root_chunk(object);
+    for (uint32_t i = 0; i < sizes.size(); ++i) {
+      if (edits == RECYCLE) {
+        velmor_core_riff_chunk_recycle(&chunks[i]);
+      } else {
+        velmor_core_riff_chunk_add_data_chunk(riff, DATA, nullptr, sizes[i]);
+      }
+    }
+  }
+
+ private:
+  Edits edits;
+  std::vector<uint32_t> sizes;
+  Bytes bytes;
+  Bytes buffer;
+  Object* object = nullptr;
+  std::vector<Chunk*> chunks;
+};
+
+void growth(benchmark::State& state, Sizes kind, Edits edits) {
+  const auto n = static_cast<uint32_t>(state.range(0));
+  Growing many(n, kind, edits);
+  std::vector<std::unique_ptr<Growing>> few;
+  for (uint32_t i = 0; i < n / FEW; ++i) {
+    few.push_back(std::make_unique<Growing>(FEW, kind, edits));
+  }
+  compare(
+      state, n, [&] { many.run(); },
+      [&] {
+        for (auto& tree : few) tree->run();
+      },
+      [&] {
+        many.reset();
+        for (auto& tree : few) tree->reset();
+      });
 }
 
 // Adds 50,000 chunks into one free chunk, then recycles all of them, first to last. The peer is an
@@ -280,8 +446,17 @@ BENCHMARK(appendToFile)->UseManualTime();
 BENCHMARK(spliceIntoFile)->UseManualTime();
 BENCHMARK(editInFrontMemory)->UseManualTime();
 BENCHMARK(editInFrontFile)->UseManualTime();
-BENCHMARK(replaceInMemory)->UseManualTime();
+BENCHMARK(resizeFirstBare)->UseManualTime();
+BENCHMARK(replaceInMemoryBare)->Arg(200)->Arg(5'000)->UseManualTime();
+#ifdef HAVE_TAGLIB
+BENCHMARK(resizeFirstTagLib)->UseManualTime();
+BENCHMARK(replaceInMemoryTagLib)->Arg(200)->Arg(5'000)->UseManualTime();
+#endif
 BENCHMARK(replaceInFile)->UseManualTime();
 BENCHMARK(fillAndRecycle)->UseManualTime();
+BENCHMARK_CAPTURE(growth, fillExactlyEqual, EQUAL, FILL_EXACTLY)->Arg(160'000)->UseManualTime();
+BENCHMARK_CAPTURE(growth, fillExactlyRandom, RANDOM, FILL_EXACTLY)->Arg(160'000)->UseManualTime();
+BENCHMARK_CAPTURE(growth, recycleEqual, EQUAL, RECYCLE)->Arg(160'000)->UseManualTime();
+BENCHMARK_CAPTURE(growth, recycleRandom, RANDOM, RECYCLE)->Arg(160'000)->UseManualTime();
 
 }  // namespace

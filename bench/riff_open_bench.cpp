@@ -5,6 +5,9 @@
 
 #include "compare.h"
 #include "riff_support.h"
+#ifdef HAVE_TAGLIB
+#include "taglib_riff.h"
+#endif
 
 namespace {
 
@@ -101,25 +104,63 @@ void openFreeChunks(benchmark::State& state, Shape shape) {
       state, N, [&] { open(free); }, [&] { open(plain); });
 }
 
-// Walks all chunks and reads each id and data size. The peer is the bare loop over the bytes.
+// Goes to all chunks and reads each id and data size.
+uint64_t walkChunks(Object* object) {
+  uint64_t sum = 0;
+  Chunk* c = velmor_core_riff_object_get_root_chunk(object);
+  while (c) {
+    sum += velmor_core_riff_chunk_get_id(c) ^ velmor_core_riff_chunk_get_data_size(c);
+    Chunk* child = velmor_core_riff_chunk_get_child(c, 0);
+    c = child ? child : velmor_core_riff_chunk_get_next(c);
+  }
+  return sum;
+}
+
+// The peer is the bare loop over the bytes.
 void walkTree(benchmark::State& state, Shape shape) {
   Bytes bytes = makeTree(shape, state.range(0));
   Object* object = bench::openBuffer(bytes, bytes.size());
   compare(
       state, static_cast<double>(state.range(0)),
-      [&] {
-        uint64_t sum = 0;
-        Chunk* c = velmor_core_riff_object_get_root_chunk(object);
-        while (c) {
-          sum += velmor_core_riff_chunk_get_id(c) ^ velmor_core_riff_chunk_get_data_size(c);
-          Chunk* child = velmor_core_riff_chunk_get_child(c, 0);
-          c = child ? child : velmor_core_riff_chunk_get_next(c);
-        }
-        benchmark::DoNotOptimize(sum);
-      },
+      [&] { benchmark::DoNotOptimize(walkChunks(object)); },
       [&] { benchmark::DoNotOptimize(walkBytes(bytes)); });
   velmor_core_riff_close(object);
 }
+
+uint64_t openWalkClose(const Bytes& bytes) {
+  Object* object = nullptr;
+  velmor_core_riff_open_buffer_ro(bytes.data(), bytes.size(), &object);
+  const uint64_t sum = walkChunks(object);
+  velmor_core_riff_close(object);
+  return sum;
+}
+
+void openWalkCloseBare(benchmark::State& state) {
+  const Bytes bytes = makeTree(FLAT, state.range(0));
+  compare(
+      state, static_cast<double>(state.range(0)),
+      [&] { benchmark::DoNotOptimize(openWalkClose(bytes)); },
+      [&] { benchmark::DoNotOptimize(walkBytes(bytes)); });
+}
+
+#ifdef HAVE_TAGLIB
+void openWalkCloseTagLib(benchmark::State& state) {
+  const Bytes bytes = makeTree(FLAT, state.range(0));
+  const TagLib::ByteVector copy = toByteVector(bytes);
+  compare(
+      state, static_cast<double>(state.range(0)),
+      [&] { benchmark::DoNotOptimize(openWalkClose(bytes)); },
+      [&] {
+        TagLib::ByteVectorStream stream(copy);
+        TagLibRiff file(stream);
+        uint64_t sum = 0;
+        for (unsigned i = 0; i < file.chunkCount(); ++i) {
+          sum += file.chunkName(i).toUInt(false) ^ file.chunkDataSize(i);
+        }
+        benchmark::DoNotOptimize(sum);
+      });
+}
+#endif
 
 #define SIZES Arg(10'000)->Arg(100'000)->UseManualTime()
 BENCHMARK_CAPTURE(openBuffer, flat, FLAT)->SIZES;
@@ -128,6 +169,10 @@ BENCHMARK_CAPTURE(openFile, flat, FLAT)->SIZES;
 BENCHMARK_CAPTURE(openFile, nested, NESTED)->SIZES;
 BENCHMARK_CAPTURE(walkTree, flat, FLAT)->SIZES;
 BENCHMARK_CAPTURE(walkTree, nested, NESTED)->SIZES;
+BENCHMARK(openWalkCloseBare)->SIZES;
+#ifdef HAVE_TAGLIB
+BENCHMARK(openWalkCloseTagLib)->SIZES;
+#endif
 BENCHMARK_CAPTURE(openFreeChunks, equal, FREE)->UseManualTime();
 BENCHMARK_CAPTURE(openFreeChunks, empty, FREE_EMPTY)->UseManualTime();
 BENCHMARK_CAPTURE(openFreeChunks, random, FREE_RANDOM)->UseManualTime();

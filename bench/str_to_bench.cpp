@@ -1,5 +1,6 @@
-// Compares the time of one conversion with strtod, strtoull, muParser, fparser and the evaluator of
-// libavutil, which also knows the prefixes. Counts the allocations of our conversion.
+// Compares the time of one conversion with from_chars, which neither takes blanks nor evaluates,
+// strtod, strtoull, muParser, fparser and the evaluator of libavutil, which also knows the
+// prefixes. Counts the allocations of our conversion.
 
 #include <benchmark/benchmark.h>
 #include <muParser.h>
@@ -11,22 +12,18 @@ extern "C" {
 #include <libavutil/eval.h>
 }
 
+#include <charconv>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <new>
 #include <stdexcept>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "compare.h"
 
 namespace {
 
 size_t allocationCount = 0;
-
-using Convert = std::function<double(const std::string&)>;
 
 double toDouble(const std::string& text) {
   double value = 0.0;
@@ -37,6 +34,14 @@ double toDouble(const std::string& text) {
 double toUint64(const std::string& text) {
   uint64_t value = 0;
   if (!velmor_core_str_to_u64(text.c_str(), &value)) throw std::runtime_error("rejected");
+  return static_cast<double>(value);
+}
+
+template <typename Value>
+double byFromChars(const std::string& text) {
+  Value value = 0;
+  const char* const end = text.data() + text.size();
+  if (std::from_chars(text.data(), end, value).ptr != end) throw std::runtime_error("rejected");
   return static_cast<double>(value);
 }
 
@@ -71,24 +76,24 @@ double byFparser(const std::string& text) {
   return parser.Eval(nullptr);
 }
 
-void sideBySide(benchmark::State& state, const std::string& text, const Convert& ours,
-                const Convert& peer) {
+template <double (*OURS)(const std::string&), double (*PEER)(const std::string&)>
+void sideBySide(benchmark::State& state, const std::string& text) {
   try {
-    peer(text);
+    PEER(text);
   } catch (const std::exception&) {
     state.SkipWithError("the peer rejects this text");
     return;
   }
   const size_t before = allocationCount;
-  benchmark::DoNotOptimize(ours(text));
+  benchmark::DoNotOptimize(OURS(text));
   state.counters["allocations"] = static_cast<double>(allocationCount - before);
   const size_t calls = 1 + 10'000 / text.size();
-  const auto repeat = [&](const Convert& convert) {
-    return [&] {
+  const auto repeat = [&](auto convert) {
+    return [&, convert] {
       for (size_t i = 0; i < calls; ++i) benchmark::DoNotOptimize(convert(text));
     };
   };
-  bench::compare(state, static_cast<double>(calls), repeat(ours), repeat(peer));
+  bench::compare(state, static_cast<double>(calls), repeat(OURS), repeat(PEER));
 }
 
 std::string sum(int terms) {
@@ -103,27 +108,34 @@ const std::string EXPRESSION =
     "(2.25+3.75)-(1000+24)/(4*8)+17*(19-13)/3-0.125*(64+32)+6*(7-(8-9)*(10+11))/12+3.5^2-(45+55)/"
     "20+1.5*6+1-0.5*(3)";
 
+template <double (*OURS)(const std::string&), double (*PEER)(const std::string&)>
+void add(const std::string& name, const std::string& text, const std::string& peerName) {
+  benchmark::RegisterBenchmark((name + "/" + peerName).c_str(), sideBySide<OURS, PEER>, text)
+      ->UseManualTime();
+}
+
 const bool REGISTERED = [] {
-  const Convert f64 = toDouble;
-  const std::vector<std::pair<std::string, Convert>> evaluators = {
-      {"libavutil", byLibavutil}, {"muParser", byMuParser}, {"fparser", byFparser}};
-  const auto add = [](const std::string& name, const std::string& text, const Convert& ours,
-                      const std::string& peerName, const Convert& peer) {
-    benchmark::RegisterBenchmark((name + "/" + peerName).c_str(), sideBySide, text, ours, peer)
-        ->UseManualTime();
-  };
-  for (const std::string text : {"12", "18446744073709551615", "1.5k", "4Ki", "4k7", "-1.5e-3"}) {
-    add(text, text, f64, "strtod", byStrtod);
-    add(text, text, f64, "libavutil", byLibavutil);
+  for (const std::string text :
+       {"12", "18446744073709551615", "1.5k", "4Ki", "4k7", "-1.5e-3", "3.141592653589793"}) {
+    add<toDouble, byStrtod>(text, text, "strtod");
+    add<toDouble, byLibavutil>(text, text, "libavutil");
   }
-  add("12", "12", toUint64, "strtoull", byStrtoull);
-  add("18446744073709551615", "18446744073709551615", toUint64, "strtoull", byStrtoull);
-  for (const auto& [name, evaluate] : evaluators) {
-    add("(1+2)*3", "(1+2)*3", f64, name, evaluate);
-    add("2^3^2", "2^3^2", f64, name, evaluate);
-    add("200 characters", EXPRESSION, f64, name, evaluate);
-    add("1000 terms", sum(1'000), f64, name, evaluate);
-    add("100000 terms", sum(100'000), f64, name, evaluate);
+  for (const std::string text : {"12", "18446744073709551615", "-1.5e-3", "3.141592653589793"}) {
+    add<toDouble, byFromChars<double>>(text, text, "from_chars");
+  }
+  for (const std::string text : {"12", "18446744073709551615"}) {
+    add<toUint64, byFromChars<uint64_t>>(text, text, "from_chars, integer");
+    add<toUint64, byStrtoull>(text, text, "strtoull");
+  }
+  const std::string texts[][2] = {{"(1+2)*3", "(1+2)*3"},
+                                  {"2^3^2", "2^3^2"},
+                                  {"200 characters", EXPRESSION},
+                                  {"1000 terms", sum(1'000)},
+                                  {"100000 terms", sum(100'000)}};
+  for (const auto& [name, text] : texts) {
+    add<toDouble, byLibavutil>(name, text, "libavutil");
+    add<toDouble, byMuParser>(name, text, "muParser");
+    add<toDouble, byFparser>(name, text, "fparser");
   }
   return true;
 }();

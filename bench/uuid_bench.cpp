@@ -1,4 +1,5 @@
-// Compares UUIDs with libuuid, with Boost.UUID called directly, and with the random source alone.
+// Compares UUIDs with libuuid, with Boost.UUID called directly, and with the least that a call has
+// to do: ask for random bytes, read the text, write the text.
 
 #include <benchmark/benchmark.h>
 #include <sys/random.h>
@@ -10,129 +11,84 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "compare.h"
+
 #ifdef HAVE_LIBUUID
 #include <uuid/uuid.h>
 #endif
 
 namespace {
 
-constexpr char TEXT[] = "00112233-4455-6677-8899-aabbccddeeff";
-constexpr char BAD_TEXT[] = "00112233-4455-6677-8899-aabbccddeefg";
+char text[] = "00112233-4455-6677-8899-aabbccddeeff";
+char badText[] = "00112233-4455-6677-8899-aabbccddeefg";
+char formatted[VELMOR_CORE_UUID_TEXT_SIZE];
+velmor_core_uuid_t uuid = {{0x5A, 0xA5}};
+velmor_core_uuid_t other = {};
 
-void generateGetrandomAlone(benchmark::State& state) {
-  uint8_t bytes[16];
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(getrandom(bytes, sizeof bytes, 0));
+void generate() { velmor_core_uuid_generate_random(&uuid); }
+void parse() { velmor_core_uuid_parse(text, &uuid); }
+void parseBad() { velmor_core_uuid_parse(badText, &uuid); }
+void format() { velmor_core_uuid_unparse(&uuid, formatted); }
+void compareLess() { benchmark::DoNotOptimize(velmor_core_uuid_compare_lt(&uuid, &other)); }
+
+void getrandomAlone() { benchmark::DoNotOptimize(getrandom(&uuid, sizeof uuid, 0)); }
+void strlenAndCopy() {
+  benchmark::DoNotOptimize(std::strlen(text));
+  std::memcpy(&uuid, text, sizeof uuid);
+}
+void copyText() { std::memcpy(formatted, text, sizeof text); }
+
+void parseByBoost(const char* input) {
+  try {
+    const boost::uuids::uuid parsed = boost::uuids::string_generator()(input);
+    std::memcpy(&uuid, &parsed, sizeof uuid);
+  } catch (const std::runtime_error&) {
     benchmark::ClobberMemory();
   }
 }
-
-void generateVelmorCore(benchmark::State& state) {
-  velmor_core_uuid_t uuid;
-  for (auto _ : state) {
-    velmor_core_uuid_generate_random(&uuid);
-    benchmark::ClobberMemory();
-  }
+void generateByBoost() { benchmark::DoNotOptimize(boost::uuids::random_generator_pure()()); }
+void boostParse() { parseByBoost(text); }
+void boostParseBad() { parseByBoost(badText); }
+void boostFormat() {
+  boost::uuids::uuid bytes;
+  std::memcpy(&bytes, &uuid, sizeof bytes);
+  benchmark::DoNotOptimize(boost::uuids::to_string(bytes));
 }
 
-void generateBoost(benchmark::State& state) {
-  for (auto _ : state) benchmark::DoNotOptimize(boost::uuids::random_generator_pure()());
+template <typename Work, typename Peer>
+void sideBySide(benchmark::State& state, Work work, Peer peer) {
+  constexpr int CALLS = 1000;
+  const auto repeat = [](auto call) {
+    return [call] {
+      for (int i = 0; i < CALLS; ++i) {
+        call();
+        benchmark::ClobberMemory();
+      }
+    };
+  };
+  bench::compare(state, CALLS, repeat(work), repeat(peer));
 }
 
-void parseVelmorCore(benchmark::State& state, const char* text) {
-  velmor_core_uuid_t uuid;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(velmor_core_uuid_parse(text, &uuid));
-    benchmark::ClobberMemory();
-  }
-}
-
-void parseBoost(benchmark::State& state, const char* text) {
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(text);
-    try {
-      benchmark::DoNotOptimize(boost::uuids::string_generator()(text));
-    } catch (const std::runtime_error&) {
-      benchmark::ClobberMemory();
-    }
-  }
-}
-
-void formatVelmorCore(benchmark::State& state) {
-  velmor_core_uuid_t uuid;
-  velmor_core_uuid_generate_random(&uuid);
-  char text[VELMOR_CORE_UUID_TEXT_SIZE];
-  for (auto _ : state) {
-    velmor_core_uuid_unparse(&uuid, text);
-    benchmark::ClobberMemory();
-  }
-}
-
-void formatBoost(benchmark::State& state) {
-  boost::uuids::uuid uuid = boost::uuids::random_generator_pure()();
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(uuid);
-    benchmark::DoNotOptimize(boost::uuids::to_string(uuid));
-  }
-}
-
-void compareVelmorCore(benchmark::State& state) {
-  velmor_core_uuid_t a = {};
-  velmor_core_uuid_t b = {};
-  b.bytes[15] = 1;
-  for (auto _ : state) benchmark::DoNotOptimize(velmor_core_uuid_compare_lt(&a, &b));
-}
-
-BENCHMARK(generateGetrandomAlone);
-BENCHMARK(generateVelmorCore);
-BENCHMARK(generateBoost);
-BENCHMARK_CAPTURE(parseVelmorCore, good, TEXT);
-BENCHMARK_CAPTURE(parseBoost, good, TEXT);
-BENCHMARK_CAPTURE(parseVelmorCore, bad, BAD_TEXT);
-BENCHMARK_CAPTURE(parseBoost, bad, BAD_TEXT);
-BENCHMARK(formatVelmorCore);
-BENCHMARK(formatBoost);
-BENCHMARK(compareVelmorCore);
+BENCHMARK_CAPTURE(sideBySide, generate_vs_getrandom, generate, getrandomAlone)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, generate_vs_boost, generate, generateByBoost)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, parse_vs_strlen_and_copy, parse, strlenAndCopy)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, parse_vs_boost, parse, boostParse)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, parse_bad_vs_boost, parseBad, boostParseBad)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, format_vs_copy, format, copyText)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, format_vs_boost, format, boostFormat)->UseManualTime();
 
 #ifdef HAVE_LIBUUID
-void generateLibuuid(benchmark::State& state) {
-  uuid_t uuid;
-  for (auto _ : state) {
-    uuid_generate_random(uuid);
-    benchmark::ClobberMemory();
-  }
-}
+void libuuidGenerate() { uuid_generate_random(uuid.bytes); }
+void libuuidParse() { benchmark::DoNotOptimize(uuid_parse(text, uuid.bytes)); }
+void libuuidParseBad() { benchmark::DoNotOptimize(uuid_parse(badText, uuid.bytes)); }
+void libuuidFormat() { uuid_unparse_lower(uuid.bytes, formatted); }
+void libuuidCompare() { benchmark::DoNotOptimize(uuid_compare(uuid.bytes, other.bytes) < 0); }
 
-void parseLibuuid(benchmark::State& state, const char* text) {
-  uuid_t uuid;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(uuid_parse(text, uuid));
-    benchmark::ClobberMemory();
-  }
-}
-
-void formatLibuuid(benchmark::State& state) {
-  uuid_t uuid;
-  uuid_generate_random(uuid);
-  char text[UUID_STR_LEN];
-  for (auto _ : state) {
-    uuid_unparse_lower(uuid, text);
-    benchmark::ClobberMemory();
-  }
-}
-
-void compareLibuuid(benchmark::State& state) {
-  uuid_t a = {};
-  uuid_t b = {};
-  b[15] = 1;
-  for (auto _ : state) benchmark::DoNotOptimize(uuid_compare(a, b) < 0);
-}
-
-BENCHMARK(generateLibuuid);
-BENCHMARK_CAPTURE(parseLibuuid, good, TEXT);
-BENCHMARK_CAPTURE(parseLibuuid, bad, BAD_TEXT);
-BENCHMARK(formatLibuuid);
-BENCHMARK(compareLibuuid);
+BENCHMARK_CAPTURE(sideBySide, generate_vs_libuuid, generate, libuuidGenerate)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, parse_vs_libuuid, parse, libuuidParse)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, parse_bad_vs_libuuid, parseBad, libuuidParseBad)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, format_vs_libuuid, format, libuuidFormat)->UseManualTime();
+BENCHMARK_CAPTURE(sideBySide, compare_vs_libuuid, compareLess, libuuidCompare)->UseManualTime();
 #endif
 
 }  // namespace

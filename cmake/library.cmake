@@ -23,6 +23,7 @@ add_library(velmor-core-objects OBJECT
   riff/chunk_pool.cpp
   riff/data_chunk.cpp
   riff/file_object.cpp
+  riff/free_index.cpp
   riff/free_list.cpp
   riff/free_space.cpp
   riff/group_chunk.cpp
@@ -32,6 +33,7 @@ add_library(velmor-core-objects OBJECT
   strtonum/convert.cpp
   strtonum/driver.cpp
   strtonum/number.cpp
+  strtonum/plain_expression.cpp
 )
 set_target_properties(velmor-core-objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
 target_include_directories(velmor-core-objects

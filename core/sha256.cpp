@@ -57,4 +57,15 @@ void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
   if (bytes == spare.data()) std::copy_n(bytes, digest.size(), digest.data());
 }
 
+void digestSha256(std::span<const uint8_t> message, uint8_t* digest) {
+  const Sha256Compress compress = getSha256Compress();
+  if (compress == compressSha256ShaNi) {
+    return digestSha256ShaNi(message.data(), message.size(), digest);
+  }
+  Sha256Hasher hasher(compress);
+  hasher.update(message);
+  hasher.finish();
+  hasher.write_digest({digest, 32});
+}
+
 }  // namespace core

@@ -1,4 +1,4 @@
-// The SHA-256 digest (FIPS 180-4) of a message that is given in pieces.
+// The SHA-256 digest (FIPS 180-4) of a whole message, and of one that is given in pieces.
 
 #ifndef CORE_SHA256_H
 #define CORE_SHA256_H
@@ -40,11 +40,12 @@ class Sha256Hasher {
   std::array<uint8_t, SHA256_BLOCK + 8> pending{};
   uint64_t pendingSize = 0;
   Sha256Length length;
-  // The first 32 bits of the fractional parts of the square roots of the first 8 primes.
-  Sha256State state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                       0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+  Sha256State state = SHA256_INITIAL_STATE;
   Sha256Compress compress;  // chosen by the processor's features
 };
+
+// Hashes a whole message in the fastest way and writes the 32 bytes of its digest.
+void digestSha256(std::span<const uint8_t> message, uint8_t* digest);
 
 }  // namespace core
 

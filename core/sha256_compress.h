@@ -24,11 +24,20 @@ void compressSha256Portable(Sha256State& state, const uint8_t* blocks, uint64_t 
 // Runs on processors for which hasShaExtensions() is true.
 void compressSha256ShaNi(Sha256State& state, const uint8_t* blocks, uint64_t count);
 
+// Hashes a whole message and writes the 32 bytes of its digest. The hash value stays in registers
+// from the first block to the digest, so a short message takes little more than its blocks. Runs
+// where compressSha256ShaNi() does. data may be null if size is 0.
+void digestSha256ShaNi(const uint8_t* data, uint64_t size, uint8_t* digest);
+
 bool hasShaExtensions(const Processor& processor);
 
 // The fastest form for the processor that runs this code. The first call queries the processor
 // itself and does not need velmor_core_init(). Any thread may call this.
 Sha256Compress getSha256Compress();
+
+// The first 32 bits of the fractional parts of the square roots of the first 8 primes.
+inline constexpr Sha256State SHA256_INITIAL_STATE = {
+    0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
 
 // The first 32 bits of the fractional parts of the cube roots of the first 64 primes.
 inline constexpr std::array<uint64_t, 64> SHA256_ROUND_CONSTANTS = {

@@ -21,8 +21,13 @@ Uuid generateRandomUuid();
 // between all groups or none, with or without braces. Throws std::runtime_error for any other text.
 Uuid parseUuid(const char* text, uint64_t length);
 
-// Returns the text form: lower case, with hyphens, without a NUL.
-std::array<char, UUID_TEXT_LENGTH> formatUuid(const Uuid& uuid);
+// The fast path for the form that nearly all texts have: 36 characters, with hyphens and without
+// braces. Writes the 16 bytes to uuid and returns true. If the 36 characters at text have another
+// form, returns false and leaves uuid unchanged.
+bool parseHyphenatedUuid(const char* text, uint8_t* uuid) noexcept;
+
+// Writes the text form of the 16 bytes at uuid: lower case, with hyphens, 36 characters and a NUL.
+void formatUuid(const uint8_t* uuid, char* text) noexcept;
 
 }  // namespace core
 

@@ -9,13 +9,6 @@ namespace RIFF {
 Chunk::Chunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChunk* parent)
     : object(&object), offset(offset), id(id), size(size), parent(parent) {}
 
-Chunk::Chunk(Object& object, int64_t offset, GroupChunk* parent)
-    : object(&object), offset(offset), parent(parent) {
-  const auto header = static_cast<uint64_t>(offset);
-  object.read(header, bytesOf(id), ID_SIZE);
-  object.read(header + ID_SIZE, bytesOf(size), sizeof size);
-}
-
 void Chunk::writeHeader(int64_t newOffset, uint32_t newSize) const {
   object->writeChunkHeader(static_cast<uint64_t>(newOffset), id, newSize);
 }

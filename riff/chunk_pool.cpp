@@ -1,4 +1,4 @@
-// Cutting nodes from blocks of memory.
+// Blocks of memory from the system.
 
 #include "riff/chunk_pool.h"
 
@@ -6,25 +6,33 @@
 
 namespace RIFF {
 
-void* ChunkPool::allocate(std::size_t size) {
-  if (!POOLED) return ::operator new(size);
-  const std::size_t units = toUnits(size);
-  if (FreeNode* node = freeNodes[units]) {
-    freeNodes[units] = node->next;
-    return node;
-  }
-  if (restSize < units * UNIT) addBlock();
-  restSize -= units * UNIT;
-  return std::exchange(rest, rest + units * UNIT);
+ChunkPool::~ChunkPool() {
+  while (blocks.next != &blocks) removeBlock(blocks.next + 1);
 }
 
-// Block sizes double, so that a small tree takes little memory and a large one few allocations. The
-// rest of the last block, less than one node, is wasted.
-void ChunkPool::addBlock() {
-  blocks.push_back(std::make_unique_for_overwrite<std::byte[]>(nextBlock));
-  rest = blocks.back().get();
-  restSize = nextBlock;
-  nextBlock = std::min(2 * nextBlock, MAX_BLOCK);
+void* ChunkPool::addBlock(std::size_t size) {
+  auto* block = ::new (::operator new(sizeof(Block) + size)) Block{&blocks, blocks.next};
+  block->next->previous = block;
+  blocks.next = block;
+  return block + 1;
+}
+
+void ChunkPool::removeBlock(void* memory) {
+  Block* block = static_cast<Block*>(memory) - 1;
+  block->previous->next = block->next;
+  block->next->previous = block->previous;
+  ::operator delete(block);
+}
+
+// Sizes grow fourfold, so that a small tree takes little memory, and most memory of a large one is
+// in one block. Then malloc() keeps that memory for the next tree: it returns to the system what is
+// free at the end of the heap only if that is more than twice the largest block that was ever
+// freed, and getting it anew costs more than building the nodes in it. Of the last block, less than
+// one small piece is wasted.
+void ChunkPool::renewRest() {
+  rest = static_cast<std::byte*>(addBlock(nextRest));
+  restSize = nextRest;
+  nextRest = std::min(4 * nextRest, MAX_REST);
 }
 
 }  // namespace RIFF

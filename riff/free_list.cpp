@@ -4,31 +4,86 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <new>
-#include <tuple>
+#include <span>
 #include <utility>
 
 namespace RIFF {
 
-bool FreeList::usedUpBefore(const DataChunk& a, const DataChunk& b) const {
-  if (isTrailing(a)) return false;
-  if (isTrailing(b)) return true;
-  if (a.getDataSize() != b.getDataSize()) return a.getDataSize() < b.getDataSize();
-  return a.getOffset() < b.getOffset();
+namespace {
+
+// An index costs more time than it saves while walks are shorter than this.
+constexpr std::size_t FAR = 24;
+
+constexpr int64_t LEAST_OFFSET = std::numeric_limits<int64_t>::min();
+
+}  // namespace
+
+uint64_t FreeList::rankOf(const Chunk& chunk) const {
+  return isTrailing(chunk) ? uint64_t{1} << 32 : chunk.getDataSize();
 }
 
-DataChunk* FreeList::findFitting(uint64_t n) const {
-  const auto found = std::ranges::find_if(chunks, [n](const DataChunk* chunk) {
+bool FreeList::usedUpBefore(const DataChunk& a, const DataChunk& b) const {
+  const uint64_t rankA = rankOf(a);
+  const uint64_t rankB = rankOf(b);
+  return rankA != rankB ? rankA < rankB : a.getOffset() < b.getOffset();
+}
+
+void FreeList::noteWalk(std::size_t steps) { walkedFar |= steps > FAR; }
+
+FreeChunks::iterator FreeList::walkTo(const Chunk& chunk) {
+  std::size_t steps = 0;
+  auto entry = chunks.begin();
+  for (; entry != chunks.end() && *entry != &chunk; ++steps) ++entry;
+  noteWalk(steps);
+  return entry;
+}
+
+DataChunk* FreeList::findFitting(uint64_t n) {
+  const auto fits = [n](const DataChunk* chunk) {
     return chunk->getDataSize() >= n || chunk->totalSize() == n;
-  });
-  return found == chunks.end() ? nullptr : *found;
+  };
+  if (!canBisect()) {
+    const auto found = std::ranges::find_if(chunks, fits);
+    if (found != chunks.end()) return *found;
+    noteWalk(chunks.size());
+    return nullptr;
+  }
+  // An exact fit has n - 8 data bytes, or n - 9 and a pad byte.
+  for (const uint64_t rank : {std::max<uint64_t>(n, 9) - 9, n}) {
+    const FreeIndex::Key* key = index.at(index.find(rank, LEAST_OFFSET));
+    if (key && fits(*key->entry)) return *key->entry;
+  }
+  // The rank of the trailing chunk can be below n.
+  return last() && fits(last()) ? last() : nullptr;
+}
+
+// An edit does not fail for want of an index. Without memory for one, the list is walked.
+void FreeList::makeRoomInIndex() {
+  try {
+    if (!indexed) fillIndex();
+    index.makeRoom();
+  } catch (const std::bad_alloc&) {
+    index.clear();
+    indexed = false;
+    walkedFar = false;
+  }
+}
+
+void FreeList::fillIndex() {
+  index.clear();
+  for (auto entry = chunks.begin(); entry != chunks.end(); ++entry) {
+    index.append({rankOf(**entry), entry});
+  }
+  indexed = true;
 }
 
 void FreeList::insert(Entry entry, DataChunk& chunk) {
   entry.node.front() = &chunk;
   chunks.splice(chunks.end(), entry.node);
-  restoreOrder(chunk);
+  place(std::prev(chunks.end()));
 }
 
 void FreeList::append(Entry entry, DataChunk& chunk) {
@@ -38,41 +93,67 @@ void FreeList::append(Entry entry, DataChunk& chunk) {
 }
 
 void FreeList::remove(const Chunk& chunk) {
-  const auto found = std::ranges::find(chunks, &chunk);
+  if (canBisect()) {
+    const FreeIndex::Place found = index.find(rankOf(chunk), chunk);
+    if (const FreeIndex::Key* key = index.at(found)) {
+      chunks.erase(key->entry);
+      index.erase(found);
+    }
+    return;
+  }
+  const auto found = walkTo(chunk);
   if (found != chunks.end()) chunks.erase(found);
 }
 
 void FreeList::clear() {
   chunks.clear();
+  index.clear();
   ordered = true;
+  indexed = false;
 }
 
-void FreeList::restoreOrder(const Chunk& changed) {
-  if (!ordered) {
-    sort();
-    ordered = true;
+void FreeList::restoreOrder(const Chunk& changed, uint64_t oldRank) {
+  if (!ordered) return sort();
+  if (!indexed) {
+    // A free chunk that grows by merging is often the last.
+    if (last() == &changed) return placeByWalk(std::prev(chunks.end()));
+    const auto found = walkTo(changed);
+    if (found != chunks.end()) placeByWalk(found);
     return;
   }
-  // insert() has just put the chunk at the end, so look there first.
-  if (!chunks.empty() && chunks.back() == &changed) return settle(std::prev(chunks.end()));
-  const auto found = std::ranges::find(chunks, &changed);
-  if (found != chunks.end()) settle(found);
+  const FreeIndex::Place found = index.find(oldRank, changed);
+  if (const FreeIndex::Key* key = index.at(found)) {
+    const auto entry = key->entry;
+    index.erase(found);
+    place(entry);
+  }
 }
 
-// Moves an entry to its place among the others, which are in order.
-void FreeList::settle(std::list<DataChunk*>::iterator entry) {
+void FreeList::place(FreeChunks::iterator entry) {
+  if (!ordered) return sort();
+  if (!indexed) return placeByWalk(entry);
+  const uint64_t rank = rankOf(**entry);
+  const FreeIndex::Place found = index.find(rank, (*entry)->getOffset());
+  const FreeIndex::Key* next = index.at(found);
+  chunks.splice(next ? next->entry : chunks.end(), chunks, entry);
+  index.insert(found, {rank, entry});
+}
+
+void FreeList::placeByWalk(FreeChunks::iterator entry) {
   auto place = entry;
-  while (place != chunks.begin() && usedUpBefore(**entry, **std::prev(place))) --place;
+  std::size_t steps = 0;
+  for (; place != chunks.begin() && usedUpBefore(**entry, **std::prev(place)); ++steps) --place;
   if (place == entry) {
     ++place;
-    while (place != chunks.end() && usedUpBefore(**place, **entry)) ++place;
+    for (; place != chunks.end() && usedUpBefore(**place, **entry); ++steps) ++place;
   }
+  noteWalk(steps);
   chunks.splice(place, chunks, entry);
 }
 
 void FreeList::sortAppended() {
   if (chunks.empty()) return;
-  std::list<DataChunk*> last;
+  FreeChunks last(chunks.get_allocator());
   if (topLevel) last.splice(last.end(), chunks, std::prev(chunks.end()));
   sort();
   ordered = last.empty() || isTrailing(*last.front());
@@ -81,22 +162,31 @@ void FreeList::sortAppended() {
 
 // Gives the same order as chunks.sort(), but faster for long lists: it sorts the keys in an array,
 // because following a link costs a cache miss. Without memory for the array, it calls
-// chunks.sort(). Offsets differ, so no two keys are equal, and the sort need not be stable.
+// chunks.sort(). Two stable sorts by one number take half the time of one sort by both numbers.
+// Chunks that were loaded are in byte order already.
 void FreeList::sort() {
   const auto before = [this](const DataChunk* a, const DataChunk* b) {
     return usedUpBefore(*a, *b);
   };
+  ordered = true;
+  indexed = false;
   if (std::ranges::is_sorted(chunks, before)) return;
-  using Key = std::tuple<bool, uint32_t, int64_t, DataChunk*>;  // trailing, size, offset
-  const std::unique_ptr<Key[]> keys(new (std::nothrow) Key[chunks.size()]);
-  if (!keys) return chunks.sort(before);
-  Key* end = keys.get();
-  for (DataChunk* chunk : chunks) {
-    *end++ = {isTrailing(*chunk), chunk->getDataSize(), chunk->getOffset(), chunk};
+  struct Key {
+    uint64_t rank;
+    int64_t offset;
+    DataChunk* chunk;
+  };
+  const std::unique_ptr<Key[]> memory(new (std::nothrow) Key[chunks.size()]);
+  if (!memory) return chunks.sort(before);
+  const std::span keys(memory.get(), chunks.size());
+  auto key = keys.begin();
+  for (DataChunk* chunk : chunks) *key++ = {rankOf(*chunk), chunk->getOffset(), chunk};
+  if (!std::ranges::is_sorted(keys, {}, &Key::offset)) {
+    std::ranges::stable_sort(keys, {}, &Key::offset);
   }
-  std::sort(keys.get(), end);
-  const Key* next = keys.get();
-  for (DataChunk*& chunk : chunks) chunk = std::get<DataChunk*>(*next++);
+  std::ranges::stable_sort(keys, {}, &Key::rank);
+  key = keys.begin();
+  for (DataChunk*& chunk : chunks) chunk = key++->chunk;
 }
 
 }  // namespace RIFF

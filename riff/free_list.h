@@ -5,9 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <list>
+#include <utility>
 
-#include "riff/data_chunk.h"
+#include "riff/free_index.h"
 
 namespace RIFF {
 
@@ -19,21 +19,26 @@ namespace RIFF {
 // In between it keeps its order, even if another chunk becomes the trailing one or an entry gets
 // another size. Callers see this order, so it must not be sorted at other points. `ordered` is true
 // if the list is sorted now. Then a changed entry is moved to its place without a full sort.
+//
+// After a long walk along the list, the next edit makes an index of it. While the list is in order,
+// the index finds all places. A full sort ends the index, and the next edit makes a new one.
 class FreeList {
  public:
   // A list entry without its chunk. An edit allocates it before its first change, so that it cannot
   // run out of memory at its end.
   class Entry {
    public:
-    explicit Entry(bool needed = true) : node(needed ? 1 : 0) {}
+    explicit Entry(const FreeList& list, bool needed = true)
+        : node(needed ? 1 : 0, nullptr, list.chunks.get_allocator()) {}
 
    private:
     friend class FreeList;
-    std::list<DataChunk*> node;
+    FreeChunks node;
   };
 
   // For the children of the virtual root (topLevel), or of another group.
-  explicit FreeList(bool topLevel) : topLevel(topLevel) {}
+  FreeList(ChunkPool& pool, bool topLevel)
+      : chunks(PoolAllocator<DataChunk*>(pool)), index(pool), topLevel(topLevel) {}
 
   // Whether a child of the group is the last top-level chunk, which ends where the tree ends.
   bool isTrailing(const Chunk& child) const { return topLevel && !child.getNext(); }
@@ -42,8 +47,13 @@ class FreeList {
   DataChunk* last() const { return chunks.empty() ? nullptr : chunks.back(); }
   // The first entry that can take n bytes, header included. Either its total size is n, or its data
   // size is n or more, which leaves room for a whole header after them. Null if there is none.
-  DataChunk* findFitting(uint64_t n) const;
+  DataChunk* findFitting(uint64_t n);
 
+  // To be called before an edit: allocates what one insert() or change() needs besides the entry.
+  // Does not fail.
+  void makeRoom() {
+    if (ordered && walkedFar) makeRoomInIndex();
+  }
   // Enters a chunk in its place.
   void insert(Entry entry, DataChunk& chunk);
   // Enters a chunk at the end. After a run of these, call sortAppended().
@@ -51,8 +61,16 @@ class FreeList {
   void remove(const Chunk& chunk);
   void clear();
 
-  // Sorts the list after `changed` has got another size or offset. `changed` need not be in it.
-  void restoreOrder(const Chunk& changed);
+  // Runs an edit that gives a chunk another size or offset, and then sorts the list. The chunk need
+  // not be in it. If the edit throws, the list stays out of order.
+  template <typename Edit>
+  void change(const Chunk& chunk, Edit edit) {
+    const uint64_t oldRank = rankOf(chunk);
+    const bool wasOrdered = std::exchange(ordered, false);
+    edit();
+    ordered = wasOrdered;
+    restoreOrder(chunk, oldRank);
+  }
   // Sorts the list after a run of append(). The result is as if each append() had sorted. Every
   // top-level chunk was the trailing one when it was attached, so the last one appended stays last.
   void sortAppended();
@@ -61,12 +79,25 @@ class FreeList {
   void noteDisorder() { ordered = false; }
 
  private:
+  // The data size; for the trailing chunk, a number above all data sizes.
+  uint64_t rankOf(const Chunk& chunk) const;
   bool usedUpBefore(const DataChunk& a, const DataChunk& b) const;
+  void restoreOrder(const Chunk& changed, uint64_t oldRank);
+  void makeRoomInIndex();
+  void fillIndex();
+  bool canBisect() const { return ordered && indexed; }
   void sort();
-  void settle(std::list<DataChunk*>::iterator entry);
+  // Move an entry to its place among the others.
+  void place(FreeChunks::iterator entry);
+  void placeByWalk(FreeChunks::iterator entry);
+  FreeChunks::iterator walkTo(const Chunk& chunk);
+  void noteWalk(std::size_t steps);
 
-  std::list<DataChunk*> chunks;
+  FreeChunks chunks;
+  FreeIndex index;
   bool ordered = true;
+  bool indexed = false;    // index has the keys of the list, if that is in order
+  bool walkedFar = false;  // an index is worth its time
   bool topLevel;
 };
 

@@ -29,6 +29,7 @@ void loadChunks(GroupChunk& group, uint64_t offset, uint64_t length,
 }  // namespace
 
 DataChunk* GroupChunk::findFreeChunk(uint64_t n) {
+  if (!freeList.last()) return nullptr;
   DataChunk* found = freeList.findFitting(n);
   return found ? found : growTrailing(n);
 }
@@ -44,8 +45,8 @@ DataChunk* GroupChunk::growTrailing(uint64_t n) {
 
 DataChunk& GroupChunk::addDataChunk(FourCC newId, const void* data, uint32_t dataSize) {
   if (!parent) object->requireComplete();
+  FreeList::Entry entry(freeList, newId == JUNK_ID);
   makeRoom(1);
-  FreeList::Entry entry(newId == JUNK_ID);
   const uint64_t n = CHUNK_HEADER_SIZE + padded(dataSize);
   DataChunk* free = dataSize > 0 ? findFreeChunk(n) : nullptr;
   if (free) {
@@ -134,12 +135,15 @@ void GroupChunk::placeAdded(const Reuse& reuse, std::span<ChunkPointer> added) {
     const ChunkPointer filled(std::exchange(*place++, added.front().release()));
     added = added.subspan(1);
   } else {
-    free.offset += static_cast<int64_t>(reuse.n);
-    free.size -= static_cast<uint32_t>(reuse.n);
-    if (free.size > 0) {
-      freeList.restoreOrder(free);
+    const auto shrink = [&] {
+      free.offset += static_cast<int64_t>(reuse.n);
+      free.size -= static_cast<uint32_t>(reuse.n);
+    };
+    if (free.size > reuse.n) {
+      freeList.change(free, shrink);
     } else {
       freeList.remove(free);
+      shrink();
     }
   }
   place = children.insert(place, added.size(), nullptr);
@@ -147,6 +151,7 @@ void GroupChunk::placeAdded(const Reuse& reuse, std::span<ChunkPointer> added) {
 }
 
 DataChunk& GroupChunk::recycle(Chunk& child) {
+  freeList.makeRoom();
   const std::size_t index = indexOf(child);
   const DataChunk* previous = index > 0 ? freeChildAt(index - 1) : nullptr;
   const DataChunk* following = freeChildAt(index + 1);
@@ -154,19 +159,14 @@ DataChunk& GroupChunk::recycle(Chunk& child) {
   const uint64_t before = previous ? previous->totalSize() + total : 0;
   const uint64_t after = following ? following->totalSize() + total : 0;
 
-  DataChunk* result = nullptr;
   if (previous && before <= MAX_FREE_TOTAL) {
     const bool both = following && before + following->totalSize() <= MAX_FREE_TOTAL;
-    result = &mergeIntoPrevious(index, both);
-  } else if (following && after <= MAX_FREE_TOTAL) {
-    result = &mergeIntoNext(index);
-  } else if (isFree(child)) {
-    result = static_cast<DataChunk*>(&child);
-  } else {
-    return makeFree(index);
+    return mergeIntoPrevious(index, both);
   }
-  freeList.restoreOrder(*result);
-  return *result;
+  if (following && after <= MAX_FREE_TOTAL) return mergeIntoNext(index);
+  if (!isFree(child)) return makeFree(index);
+  freeList.change(child, [] {});  // nothing changes, but the list is sorted
+  return static_cast<DataChunk&>(child);
 }
 
 DataChunk& GroupChunk::mergeIntoPrevious(std::size_t index, bool withNext) {
@@ -179,8 +179,10 @@ DataChunk& GroupChunk::mergeIntoPrevious(std::size_t index, bool withNext) {
   }
   // If the merged size is even, the last chunk's pad byte becomes free data.
   if (merged % 2 == 0) object->requirePad(last);
-  previous.setSizeField(merged);
-  previous.next = last.next;
+  freeList.change(previous, [&] {
+    previous.setSizeField(merged);
+    previous.next = last.next;
+  });
   dropChildren(index, count);
   return previous;
 }
@@ -190,8 +192,10 @@ DataChunk& GroupChunk::mergeIntoNext(std::size_t index) {
   auto& next = static_cast<DataChunk&>(*children[index + 1]);
   const uint32_t merged = next.size + static_cast<uint32_t>(child.totalSize());
   next.writeHeader(child.offset, merged);
-  next.offset = child.offset;
-  next.size = merged;
+  freeList.change(next, [&] {
+    next.offset = child.offset;
+    next.size = merged;
+  });
   if (index > 0) children[index - 1]->next = &next;
   dropChildren(index, 1);
   return next;
@@ -208,7 +212,7 @@ DataChunk& GroupChunk::makeFree(std::size_t index) {
   const bool takesPad = isGroup ? child.size % 2 == 0 : child.size % 2 != 0;
   if (takesPad) object->requirePad(child);
 
-  FreeList::Entry entry;
+  FreeList::Entry entry(freeList);
   if (isGroup) makeRoom(0);
   child.setId(JUNK_ID);
   if (isGroup) {

@@ -30,11 +30,16 @@ void copyBytes(Object& from, uint64_t source, Object& to, uint64_t destination, 
 
 GroupChunk::GroupChunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChunk* parent,
                        FourCC groupId)
-    : Chunk(object, offset, id, size, parent), freeList(!parent), groupId(groupId) {}
+    : Chunk(object, offset, id, size, parent),
+      children(PoolAllocator<Chunk*>(object.getPool())),
+      freeList(object.getPool(), !parent),
+      groupId(groupId) {}
 
 GroupChunk::GroupChunk(Object& object, int64_t offset, GroupChunk* parent)
-    : Chunk(object, offset, parent), freeList(!parent) {
-  object.read(dataStart(), bytesOf(groupId), ID_SIZE);
+    : Chunk(object, offset, parent),
+      children(PoolAllocator<Chunk*>(object.getPool())),
+      freeList(object.getPool(), !parent) {
+  object.readField(dataStart(), groupId);
 }
 
 GroupChunk::~GroupChunk() { clear(); }
@@ -57,16 +62,25 @@ void GroupChunk::clear() {
   freeList.clear();
 }
 
+// All that nodes do at their end is to return memory to the pool, so nobody has to visit them.
+// Under the address sanitizer each node has memory of its own, so there they are destroyed one by
+// one.
+void GroupChunk::abandon() {
+  if (!ChunkPool::POOLED) clear();
+  freeList.clear();
+  decltype(children)(children.get_allocator()).swap(children);
+}
+
 Chunk& GroupChunk::addChunk(ChunkPointer child) {
   return isFree(*child) ? attachFree(std::move(child), &FreeList::insert) : link(std::move(child));
 }
 
-Chunk& GroupChunk::attachUnsorted(ChunkPointer child) {
+Chunk& GroupChunk::attachUnsorted(ChunkPointer&& child) {
   return isFree(*child) ? attachFree(std::move(child), &FreeList::append) : link(std::move(child));
 }
 
 Chunk& GroupChunk::attachFree(ChunkPointer&& child, EnterFreeList enter) {
-  FreeList::Entry entry;
+  FreeList::Entry entry(freeList);
   auto& attached = static_cast<DataChunk&>(link(std::move(child)));
   (freeList.*enter)(std::move(entry), attached);
   return attached;
@@ -74,14 +88,15 @@ Chunk& GroupChunk::attachFree(ChunkPointer&& child, EnterFreeList enter) {
 
 // Allocates before the first link changes.
 Chunk& GroupChunk::link(ChunkPointer&& child) {
-  if (children.size() == children.capacity()) growChildren(1);
-  if (Chunk* last = getLastChild()) {
+  Chunk* last = getLastChild();
+  children.push_back(child.get());
+  Chunk& linked = *child.release();
+  if (last) {
     // A free chunk that is no longer the trailing one will move when the list is next sorted.
     if (isFree(*last) && freeList.isTrailing(*last)) freeList.noteDisorder();
-    last->next = child.get();
+    last->next = &linked;
   }
-  children.push_back(child.release());
-  return *children.back();
+  return linked;
 }
 
 GroupChunk& GroupChunk::addGroupChunk(FourCC newId, FourCC newGroupId) {
@@ -124,6 +139,12 @@ void GroupChunk::remove(Chunk& child) {
   if (index == children.size() && last && freeList.isTrailing(*last)) freeList.noteDisorder();
 }
 
+// Appending, the most frequent edit, is at the end of a group: then nothing is to be looked for.
+std::span<Chunk* const> GroupChunk::childrenAfter(const Chunk& child) const {
+  if (!child.next) return {};
+  return std::span(children).subspan(indexOf(child) + 1);
+}
+
 // Children lie in byte order, so this bisects. Only an edit that failed half-way can have left them
 // in another order; then it searches.
 std::size_t GroupChunk::indexOf(const Chunk& child) const {
@@ -132,11 +153,12 @@ std::size_t GroupChunk::indexOf(const Chunk& child) const {
   return static_cast<std::size_t>(found - children.begin());
 }
 
-// Allocates for `count` more children, and for one more node, so that an edit does not run out of
-// memory half-way.
+// Allocates for `count` more children, for one more node and for a change of the free list, so that
+// an edit does not run out of memory half-way.
 void GroupChunk::makeRoom(std::size_t count) {
-  object->getPool().reserveNode();
+  freeList.makeRoom();
   if (children.capacity() - children.size() < count) growChildren(count);
+  object->getPool().reserveSmall();
 }
 
 void GroupChunk::growChildren(std::size_t count) {

@@ -49,13 +49,15 @@ class GroupChunk : public Chunk {
     return index < children.size() ? children[index] : nullptr;
   }
   Chunk* getLastChild() const { return children.empty() ? nullptr : children.back(); }
+  // The children after a child, in byte order.
+  std::span<Chunk* const> childrenAfter(const Chunk& child) const;
 
   // Attaches a node that was read from this group's bytes: its parent is this group, and its bytes
   // follow the last child's. Takes ownership. A free chunk enters the free list.
   Chunk& addChunk(ChunkPointer child);
   // The same in two steps, so that many children are sorted once: attachUnsorted() for each, then
   // sortAttached().
-  Chunk& attachUnsorted(ChunkPointer child);
+  Chunk& attachUnsorted(ChunkPointer&& child);
   void sortAttached() { freeList.sortAppended(); }
 
   // Appends an empty group. Free space is not used for groups.
@@ -82,6 +84,9 @@ class GroupChunk : public Chunk {
 
   // Destroys all children. Writes nothing.
   void clear();
+  // The same for the virtual root of an object that ends: leaves all nodes to the pool, which ends
+  // next and takes their memory with it.
+  void abandon();
 
  private:
   using EnterFreeList = void (FreeList::*)(FreeList::Entry, DataChunk&);
@@ -119,7 +124,7 @@ class GroupChunk : public Chunk {
   // put them into ChunkPointers again to destroy them. They are plain pointers for speed: an edit
   // in a wide group moves the entries of later children. The vector moves plain pointers as one
   // piece of memory, but ChunkPointers one by one, at several times the cost.
-  std::vector<Chunk*> children;
+  std::vector<Chunk*, PoolAllocator<Chunk*>> children;
   FreeList freeList;
   FourCC groupId;
 };

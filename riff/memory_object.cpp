@@ -31,13 +31,13 @@ void copyBytes(std::byte* destination, const std::byte* source, uint64_t length)
 MemoryObject::MemoryObject(const void* buffer, uint64_t size)
     : buffer(static_cast<std::byte*>(const_cast<void*>(buffer))), capacity(0) {
   this->size = size;
-  loadChunks();
+  loadChunks(this->buffer);
 }
 
 MemoryObject::MemoryObject(void* buffer, uint64_t size, uint64_t capacity)
     : buffer(static_cast<std::byte*>(buffer)), capacity(capacity) {
   this->size = size;
-  loadChunks();
+  loadChunks(this->buffer);
 }
 
 void MemoryObject::resize(uint64_t newSize) {

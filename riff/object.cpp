@@ -44,9 +44,9 @@ const Chunk& lastInside(const Chunk& chunk) {
 
 }  // namespace
 
-// Destroys the nodes before the pool, which owns their memory. The destructor of virtualRoot would
-// be too late: pool is declared after it, so pool is destroyed first.
-Object::~Object() { virtualRoot.clear(); }
+// Leaves the nodes to the pool, which owns their memory. The destructor of virtualRoot would be too
+// late: pool is declared after it, so pool is destroyed first.
+Object::~Object() { virtualRoot.abandon(); }
 
 void ReturnChunk::operator()(Chunk* chunk) const {
   ChunkPool& pool = chunk->getObject().getPool();
@@ -59,14 +59,16 @@ void ReturnChunk::operator()(Chunk* chunk) const {
   }
 }
 
-void Object::loadChunks() {
+void Object::loadChunks(const std::byte* bytes) {
   // Signed: a file that cannot seek has the size -1 and no chunks.
   const auto end = static_cast<int64_t>(size);
+  loading = bytes;
   uint64_t offset = 0;
   while (static_cast<int64_t>(offset) < end) {
     virtualRoot.attachUnsorted(loadChunk(offset, virtualRoot));
   }
   virtualRoot.sortAttached();
+  loading = nullptr;
 }
 
 // A group is complete when a child ends exactly where the group ends. If none does, the chunks
@@ -79,7 +81,7 @@ ChunkPointer Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
   do {
     const auto at = static_cast<int64_t>(offset);
     FourCC id;
-    read(offset, bytesOf(id), ID_SIZE);
+    readField(offset, id);
     const bool isGroup = id == RIFF_ID || id == LIST_ID;
     ChunkPointer chunk =
         isGroup ? makeChunk<GroupChunk>(at, *open) : makeChunk<DataChunk>(at, *open);
@@ -143,13 +145,16 @@ void Object::grow(uint64_t delta) {
 // chunks of the object move: those after it in group, then those after group, and so on upwards.
 // If it is null, all chunks inside group move. This case does not recurse, since the file decides
 // how deep groups nest.
+//
+// The children come from their array, not along the next links: the processor fetches many nodes at
+// once when it does not need one to find the other.
 void Object::shiftOffsets(GroupChunk* group, int64_t delta, const Chunk* after) {
   if (!after) {
     for (Chunk* c = group->getChild(0); c; c = nextInside(*group, *c)) c->offset += delta;
     return;
   }
   for (; group; group = group->parent) {
-    for (Chunk* c = after->next; c; c = c->next) {
+    for (Chunk* c : group->childrenAfter(*after)) {
       c->offset += delta;
       if (GroupChunk* inner = asGroup(c)) shiftOffsets(inner, delta, nullptr);
     }

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "strtonum/driver.h"
-#include "strtonum/number.h"
+#include "strtonum/plain_expression.h"
 #include "strtonum/results.h"
 
 namespace StrToNum {
@@ -41,10 +41,16 @@ void store(double result, int64_t* value) { *value = toInt64(result); }
 void store(double result, uint64_t* value) { *value = toUint64(result); }
 void store(double result, double* value) { *value = result; }
 
-template <typename Value>
-bool storeIfAny(const std::optional<double>& result, Value* value) {
+template <typename Result>
+bool storeIfAny(const std::optional<double>& result, Result* value) {
   if (result) store(*result, value);
   return result.has_value();
+}
+
+template <typename Result>
+bool storeIfPlain(const Value& result, Result* value) {
+  if (result.end) store(result.value, value);
+  return result.end;
 }
 
 }  // namespace
@@ -53,16 +59,16 @@ bool convert(const std::string& text, int64_t* value) { return storeIfAny(evalua
 bool convert(const std::string& text, uint64_t* value) { return storeIfAny(evaluate(text), value); }
 bool convert(const std::string& text, double* value) { return storeIfAny(evaluate(text), value); }
 
-bool convertLoneNumber(std::string_view text, int64_t* value) noexcept {
-  return storeIfAny(evaluateLoneNumber(text), value);
+bool convertPlain(const char* text, int64_t* value) noexcept {
+  return storeIfPlain(evaluatePlain(text), value);
 }
 
-bool convertLoneNumber(std::string_view text, uint64_t* value) noexcept {
-  return storeIfAny(evaluateLoneNumber(text), value);
+bool convertPlain(const char* text, uint64_t* value) noexcept {
+  return storeIfPlain(evaluatePlain(text), value);
 }
 
-bool convertLoneNumber(std::string_view text, double* value) noexcept {
-  return storeIfAny(evaluateLoneNumber(text), value);
+bool convertPlain(const char* text, double* value) noexcept {
+  return storeIfPlain(evaluatePlain(text), value);
 }
 
 }  // namespace StrToNum

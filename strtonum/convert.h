@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 namespace StrToNum {
 
@@ -17,14 +16,14 @@ bool convert(const std::string& text, int64_t* value);
 bool convert(const std::string& text, uint64_t* value);
 bool convert(const std::string& text, double* value);
 
-// The fast path for a text that is one number, with or without a sign, surrounded by any blanks
-// and empty lines. Nearly all texts are, and they need no scanner, parser or allocation.
+// The fast path for a text that is one number or another plain expression (plain_expression.h).
+// Nearly all texts are, and they need no scanner, parser or allocation.
 //
 // Returns true and writes the value that convert() would write. Returns false for every other
 // text, valid or not, and leaves *value unchanged.
-bool convertLoneNumber(std::string_view text, int64_t* value) noexcept;
-bool convertLoneNumber(std::string_view text, uint64_t* value) noexcept;
-bool convertLoneNumber(std::string_view text, double* value) noexcept;
+bool convertPlain(const char* text, int64_t* value) noexcept;
+bool convertPlain(const char* text, uint64_t* value) noexcept;
+bool convertPlain(const char* text, double* value) noexcept;
 
 }  // namespace StrToNum
 

@@ -3,6 +3,7 @@
 
 #include "strtonum/number.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -17,27 +18,38 @@ namespace {
 constexpr double TWO_TO_64 = 18446744073709551616.0;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
-const char* skipDigits(const char* text, const char* end) {
-  while (text != end && isDigit(*text)) ++text;
-  return text;
+// Reads a run of digits, which may be empty, and appends it to the digits of value, modulo 2^64.
+// Returns its end.
+const char* appendDigits(const char* text, uint64_t& value) {
+  for (;; ++text) {
+    const uint64_t digit = uint64_t{static_cast<unsigned char>(*text)} - '0';
+    if (digit > 9) return text;
+    value = value * 10 + digit;
+  }
+}
+
+// That many digits do not reach 2^64.
+constexpr std::ptrdiff_t MAX_DIGITS = 19;
+
+// The digits from text to end as a number; 2^64 - 1 if that is larger. value is the number modulo
+// 2^64.
+[[gnu::noinline]] uint64_t saturate(const char* text, const char* end, uint64_t value) {
+  while (text != end && *text == '0') ++text;
+  if (end - text <= MAX_DIGITS) return value;
+  // 20 digits that begin with a 1 are below 2 * 10^19. If they reach 2^64, value is below 10^19.
+  constexpr uint64_t TEN_TO_19 = 10'000'000'000'000'000'000U;
+  const bool fits = end - text == MAX_DIGITS + 1 && *text == '1' && value >= TEN_TO_19;
+  return fits ? value : std::numeric_limits<uint64_t>::max();
 }
 
 // Reads a run of digits, which may be empty, and moves text past it. Returns 2^64 - 1 for larger
 // values.
-uint64_t readDigits(const char*& text, const char* end) {
-  constexpr uint64_t LARGEST = std::numeric_limits<uint64_t>::max();
+uint64_t readDigits(const char*& text) {
+  const char* first = text;
   uint64_t value = 0;
-  for (; text != end && isDigit(*text); ++text) {
-    const auto digit = static_cast<uint64_t>(*text - '0');
-    if (value > LARGEST / 10 || value * 10 > LARGEST - digit) {
-      text = skipDigits(text, end);
-      return LARGEST;
-    }
-    value = value * 10 + digit;
-  }
-  return value;
+  text = appendDigits(text, value);
+  return text - first <= MAX_DIGITS ? value : saturate(first, text, value);
 }
 
 // The factor of an SI prefix letter, 0 for any other character.
@@ -86,128 +98,143 @@ int binaryShift(char letter) {
   }
 }
 
-// The value of "digits[.digits][e[sign]digits]" when it is out of the range of a double: infinity
-// or 0. The exponent moves the point. If the first nonzero digit is then before the point, the
-// number is too large. If it is after the point, the number is too small.
-double outOfRange(const char* text, const char* end) {
-  const char* point = skipDigits(text, end);
-  int64_t exponent = point - text;
-  const char* mantissa = text;
-  while (*mantissa == '0' || *mantissa == '.') {
-    if (*mantissa++ != '.') --exponent;
-  }
-  const char* mark = point != end && *point == '.' ? skipDigits(point + 1, end) : point;
-  if (mark != end) {
-    const bool negative = mark[1] == '-';
-    const char* digits = mark + (negative || mark[1] == '+' ? 2 : 1);
-    // The limit exceeds the length of any text, and is so small that the sum cannot overflow.
-    constexpr uint64_t LIMIT = uint64_t{1} << 62;
-    const uint64_t written = readDigits(digits, end);
-    const auto shift = static_cast<int64_t>(written < LIMIT ? written : LIMIT);
-    exponent += negative ? -shift : shift;
-  }
-  return exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+// The powers of ten that are exact doubles.
+constexpr std::array<double, 23> POWERS_OF_TEN = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// pow(10, exponent) for an exponent from 0 on. The table saves the call.
+double powerOfTen(std::ptrdiff_t exponent) {
+  const auto index = static_cast<size_t>(exponent);
+  return index < POWERS_OF_TEN.size() ? POWERS_OF_TEN[index]
+                                      : std::pow(10.0, static_cast<double>(exponent));
 }
 
-// The value of "digits[.digits][e[sign]digits]".
-double toDouble(const char* text, const char* end) {
+// The slow path of toDouble(). Out of range are infinity and 0. The exponent moves the point so
+// that `magnitude` digits stand before it. If the first nonzero digit is one of them, the number is
+// too large. If it is after the point, the number is too small.
+[[gnu::noinline]] double toNearestDouble(const char* text, const char* end,
+                                         std::ptrdiff_t magnitude) {
   double value = 0.0;
   const auto [last, error] = std::from_chars(text, end, value);
-  return error == std::errc::result_out_of_range ? outOfRange(text, end) : value;
+  if (error != std::errc::result_out_of_range) return value;
+  for (; *text == '0' || *text == '.'; ++text) {
+    if (*text == '0') --magnitude;
+  }
+  return magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0;
 }
 
-Number integer(const char* end, uint64_t value) { return {end, true, value, 0.0}; }
-Number real(const char* end, double value) { return {end, false, 0, value}; }
-
-// "4Ki": an exact integer if the product fits, else a double.
-Number withBinaryPrefix(const char* end, uint64_t value, int shift) {
-  const double product = static_cast<double>(value) * static_cast<double>(uint64_t{1} << shift);
-  return product < TWO_TO_64 ? integer(end, value << shift) : real(end, product);
-}
-
-// pow(10, exponent). The powers up to 10^22 are exact doubles; the table saves the call.
-double powerOfTen(std::ptrdiff_t exponent) {
-  static constexpr std::array<double, 23> EXACT = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-  const auto index = static_cast<size_t>(exponent);
-  return index < EXACT.size() ? EXACT[index] : std::pow(10.0, static_cast<double>(exponent));
+// The double nearest to the text "digits[.digits][e[sign]digits]". Its value is digits *
+// 10^exponent, where digits are the `count` digits before the 'e' as an integer, modulo 2^64.
+//
+// If digits and power are exact doubles, one operation rounds correctly (W. D. Clinger, How to Read
+// Floating Point Numbers Accurately, 1990).
+inline double toDouble(const char* text, const char* end, uint64_t digits, std::ptrdiff_t count,
+                       std::ptrdiff_t exponent) {
+  constexpr auto LARGEST_POWER = static_cast<std::ptrdiff_t>(POWERS_OF_TEN.size()) - 1;
+  if (count > MAX_DIGITS || digits >= uint64_t{1} << 53 || exponent > LARGEST_POWER ||
+      exponent < -LARGEST_POWER) {
+    return toNearestDouble(text, end, count + exponent);
+  }
+  const auto value = static_cast<double>(static_cast<int64_t>(digits));
+  return exponent < 0 ? value / POWERS_OF_TEN[static_cast<size_t>(-exponent)]
+                      : value * POWERS_OF_TEN[static_cast<size_t>(exponent)];
 }
 
 // "4k7" and "4da7": the digits after the prefix are the decimal fraction of the number before it.
 // The fraction is added first, then the sum is multiplied: the order decides the rounding.
-Number withPrefixAsPoint(uint64_t whole, const char* fraction, const char* end, double factor) {
+Value withPrefixAsPoint(uint64_t whole, const char* fraction, double factor) {
   const char* last = fraction;
-  const uint64_t digits = readDigits(last, end);
+  const uint64_t digits = readDigits(last);
   auto value = static_cast<double>(whole);
   if (digits != 0) {
     value += static_cast<double>(digits) / powerOfTen(last - fraction);
   }
-  return real(last, value * factor);
+  return {last, value * factor};
 }
 
-// Returns the end of the exponent whose 'e' is at mark, or mark if no digits follow.
-const char* skipExponent(const char* mark, const char* end) {
-  const char* digits = mark + 1;
-  if (digits != end && (*digits == '+' || *digits == '-')) ++digits;
-  const char* last = skipDigits(digits, end);
-  return last == digits ? mark : last;
+struct Exponent {
+  const char* end;
+  std::ptrdiff_t value;
+};
+
+// Reads the exponent whose 'e' is at mark. If no digits follow, the end is mark and the value 0.
+// Inlined, since a call would take as long as the work.
+[[gnu::always_inline]] inline Exponent readExponent(const char* mark) {
+  const bool isNegative = mark[1] == '-';
+  const char* digits = mark + (isNegative || mark[1] == '+' ? 2 : 1);
+  const char* last = digits;
+  // The limit exceeds the length of any text, and is so small that no sum overflows.
+  constexpr uint64_t LIMIT = uint64_t{1} << 62;
+  const auto value = static_cast<std::ptrdiff_t>(std::min(readDigits(last), LIMIT));
+  return {last == digits ? mark : last, isNegative ? -value : value};
 }
 
 // "1.", "1.5", "1.5e-3", "1.5k", "4.5da". An exponent or prefix needs a digit after the point.
-Number readDecimal(const char* text, const char* point, const char* end) {
-  const char* last = skipDigits(point + 1, end);
-  if (last == end || last == point + 1) return real(last, toDouble(text, last));
-  if (*last == 'e') {
-    last = skipExponent(last, end);
-    return real(last, toDouble(text, last));
+// digits is the integer before the point, modulo 2^64.
+inline Value readDecimal(const char* text, const char* point, uint64_t digits) {
+  const char* last = appendDigits(point + 1, digits);
+  const std::ptrdiff_t count = last - text - 1;
+  const std::ptrdiff_t scale = point + 1 - last;
+  if (*last == 'e' && scale != 0) {
+    const Exponent exponent = readExponent(last);
+    return {exponent.end, toDouble(text, exponent.end, digits, count, scale + exponent.value)};
   }
-  const double value = toDouble(text, last);
-  if (*last == 'd' && last + 1 != end && last[1] == 'a') return real(last + 2, value * 10.0);
+  const double value = toDouble(text, last, digits, count, scale);
+  if (scale == 0) return {last, value};
+  if (*last == 'd' && last[1] == 'a') return {last + 2, value * 10.0};
   const double factor = prefixFactor(*last);
-  return factor != 0.0 ? real(last + 1, value * factor) : real(last, value);
+  return factor != 0.0 ? Value{last + 1, value * factor} : Value{last, value};
+}
+
+Number integer(const char* end, uint64_t value) { return {end, true, value, 0.0}; }
+Number real(Value number) { return {number.end, false, 0, number.value}; }
+
+// "4Ki": an exact integer if the product fits, else a double.
+inline Number withBinaryPrefix(const char* end, uint64_t value, int shift) {
+  const double product = static_cast<double>(value) * static_cast<double>(uint64_t{1} << shift);
+  return product < TWO_TO_64 ? integer(end, value << shift) : real({end, product});
+}
+
+// Reads the rest of a number whose digits from text to last have been read.
+[[gnu::always_inline]] inline Number readRest(const char* text, const char* last, uint64_t digits) {
+  if (*last == '.') return real(readDecimal(text, last, digits));
+  if (*last == 'e') {
+    const auto [end, value] = readExponent(last);
+    if (end != last) return real({end, toDouble(text, end, digits, last - text, value)});
+  }
+  const uint64_t value = last - text <= MAX_DIGITS ? digits : saturate(text, last, digits);
+  const int shift = binaryShift(*last);
+  if (shift != 0 && last[1] == 'i') return withBinaryPrefix(last + 2, value, shift);
+  if (*last == 'd' && last[1] == 'a' && isDigit(last[2])) {
+    return real(withPrefixAsPoint(value, last + 2, 10.0));
+  }
+  const double factor = prefixFactor(*last);
+  return factor != 0.0 ? real(withPrefixAsPoint(value, last + 1, factor)) : integer(last, value);
+}
+
+// Not inlined, so that readConstant() needs no stack frame.
+[[gnu::noinline]] Value readOtherConstant(const char* text, const char* last, uint64_t digits) {
+  const Number number = readRest(text, last, digits);
+  return {number.end, number.isInteger ? constantValue(number.integer) : number.real};
 }
 
 }  // namespace
 
-Number readNumber(const char* text, const char* end) {
-  const char* last = text;
-  const uint64_t value = readDigits(last, end);
-  if (last == end) return integer(last, value);
-  if (*last == '.') return readDecimal(text, last, end);
-  if (*last == 'e') {
-    const char* exponentEnd = skipExponent(last, end);
-    return exponentEnd == last ? integer(last, value)
-                               : real(exponentEnd, toDouble(text, exponentEnd));
-  }
-  const char following = last + 1 != end ? last[1] : '\0';
-  const int shift = binaryShift(*last);
-  if (shift != 0 && following == 'i') return withBinaryPrefix(last + 2, value, shift);
-  if (*last == 'd' && following == 'a' && last + 2 != end && isDigit(last[2])) {
-    return withPrefixAsPoint(value, last + 2, end, 10.0);
-  }
-  const double factor = prefixFactor(*last);
-  return factor != 0.0 ? withPrefixAsPoint(value, last + 1, end, factor) : integer(last, value);
+Number readNumber(const char* text) {
+  uint64_t digits = 0;
+  const char* last = appendDigits(text, digits);
+  return readRest(text, last, digits);
 }
 
-std::optional<double> evaluateLoneNumber(std::string_view text) noexcept {
-  const char* first = text.data();
-  const char* end = first + text.size();
-  while (first != end && (isBlank(*first) || *first == '\n')) ++first;
-  if (first == end) return std::nullopt;
-  const char sign = *first;
-  if (sign == '+' || sign == '-') {
-    // Skip blanks only. A sign and its number have to be on the same line.
-    do ++first;
-    while (first != end && isBlank(*first));
+Value readConstant(const char* text) {
+  uint64_t digits = 0;
+  const char* last = appendDigits(text, digits);
+  const bool isLetter = static_cast<unsigned char>((*last | 0x20) - 'a') < 26;
+  if (isLetter || *last == '.' || last - text > MAX_DIGITS) {
+    return readOtherConstant(text, last, digits);
   }
-  if (first == end || !isDigit(*first)) return std::nullopt;
-  const Number number = readNumber(first, end);
-  const char* last = number.end;
-  while (last != end && (isBlank(*last) || *last == '\n')) ++last;
-  if (last != end) return std::nullopt;
-  const double value = number.isInteger ? constantValue(number.integer) : number.real;
-  return sign == '-' ? -value : value;
+  return {last, constantValue(digits)};
 }
 
 }  // namespace StrToNum

@@ -11,8 +11,6 @@
 #define STRTONUM_NUMBER_H
 
 #include <cstdint>
-#include <optional>
-#include <string_view>
 
 namespace StrToNum {
 
@@ -25,8 +23,9 @@ struct Number {
   double real;       // if not
 };
 
-// Reads the longest number that begins at text. text must be before end and point to a digit.
-Number readNumber(const char* text, const char* end);
+// Reads the longest number that begins at text, which points to a digit. The number ends at the
+// latest before a NUL.
+Number readNumber(const char* text);
 
 // An integer's value in a calculation: its 64 bits taken as signed. Integers from 2^63 on become
 // negative. The conversion to an unsigned integer maps them back.
@@ -34,9 +33,15 @@ inline double constantValue(uint64_t integer) {
   return static_cast<double>(static_cast<int64_t>(integer));
 }
 
-// Evaluates a text that is one number, with or without a sign, surrounded by any blanks and empty
-// lines. Gives the value that the parser and its tree would give; nothing for every other text.
-std::optional<double> evaluateLoneNumber(std::string_view text) noexcept;
+// The value of a part of a text in a calculation. Functions return it in two registers. So would be
+// std::optional, but g++ stores its parts one by one and loads them at once, and that load waits.
+struct Value {
+  const char* end;  // directly after the part
+  double value;
+};
+
+// As readNumber(), for callers to whom an integer is no different from a double.
+Value readConstant(const char* text);
 
 }  // namespace StrToNum
 

@@ -98,8 +98,8 @@ class Surveyor {
     return chunk.id == ID_RIFF || (chunk.id == ID_IDX1 && walk.group().groupId == ID_MOVI);
   }
 
-  // Groups are believed. Anything else could be bytes of another kind, and has to lead to the end
-  // of the file.
+  // A group is taken for one. Anything else may be bytes of another kind, unless chunks follow each
+  // other from there to the end of the file.
   bool isTopLevelChunk(const RawChunk& chunk) {
     if (size - walk.offset() < HEADER_SIZE) return false;
     if (chunk.isGroup() && isPrintable(chunk.groupId)) return true;
@@ -160,10 +160,10 @@ class Surveyor {
     return group.isOpenEnded || group.end() > size ? path() : std::string();
   }
 
-  // A chunk leaves its group. If that is a RIFF or the pictures of an AVI, and the chunk ends with
-  // the file or is followed by chunks that do, the size of the group was not brought up to date.
-  // Else it cannot be told which of the two is wrong, and the group is believed. Returns whether it
-  // is not.
+  // Reports a chunk that ends past the end of its group. The size of a RIFF, or of the pictures of
+  // an AVI, was not brought up to date if chunks follow each other from there to the end of the
+  // file: then the group grows, and the result is true. Otherwise either of the two sizes may be
+  // wrong, and the walk goes on at the group's end.
   bool leaveGroupEnd(const RawChunk& chunk) {
     const bool mayGrow = isPrintable(chunk.id) && walk.claimedEnd() < size &&
                          (walk.level() == 1 || walk.group().groupId == ID_MOVI);
@@ -307,7 +307,7 @@ class Surveyor {
     }
   }
 
-  // Zeros, which the library takes for chunks of 8 bytes with the null id.
+  // Zeros. The library takes them for chunks of 8 bytes with the null id.
   void passZeros() {
     const uint64_t begin = walk.offset();
     const uint64_t firstByte = bytes.endOfZeros(begin, walk.limit());

@@ -12,7 +12,7 @@
 
 namespace {
 
-const std::string SAMPLE_TEXT = "00112233-4455-6677-8899-aabbccddeeff";
+const std::string SAMPLE_TEXT = "01234567-89ab-cdef-fedc-ba9876543210";
 
 std::string unparse(const velmor_core_uuid_t& uuid) {
   std::string memory(39, '#');
@@ -55,8 +55,9 @@ void expectParsed(const std::string& text, bool accepted) {
 // Each form as it is, shortened, lengthened, and with each character replaced by the neighbours of
 // the digits, by a NUL, and by a byte above 127.
 TEST(UuidParseTest, AcceptsFourFormsAndNothingElse) {
-  const std::string bare = "00112233445566778899AABBccddeeff";
-  for (const std::string& good : {SAMPLE_TEXT, bare, "{" + SAMPLE_TEXT + "}", "{" + bare + "}"}) {
+  const std::string mixed = "01234567-89AB-CDEF-fEdC-Ba9876543210";
+  const std::string bare = "0123456789ABCDEFfedcba9876543210";
+  for (const std::string& good : {mixed, bare, "{" + SAMPLE_TEXT + "}", "{" + bare + "}"}) {
     expectParsed(good, true);
     for (size_t i = 0; i < good.size(); ++i) {
       expectParsed(good.substr(0, i), false);
@@ -71,8 +72,8 @@ TEST(UuidParseTest, AcceptsFourFormsAndNothingElse) {
       expectParsed(extra + good, false);
     }
   }
-  expectParsed("0011223344556677-8899-aabbccddeeff", false);
-  expectParsed("00112233-445566778899aabbccddeeff", false);
+  expectParsed("0123456789abcdef-fedc-ba9876543210", false);
+  expectParsed("01234567-89abcdeffedcba9876543210", false);
   velmor_core_uuid_t uuid = {};
   EXPECT_TRUE(velmor_core_uuid_parse2((bare + "more").c_str(), 32, &uuid));
   EXPECT_TRUE(velmor_core_uuid_parse(bare.c_str(), &uuid));

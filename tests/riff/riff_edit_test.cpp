@@ -1,5 +1,8 @@
 // Examples of edits in place, each also with every call failing in turn, and what random edits do
-// not reach: huge sizes, handles of the wrong kind.
+// not reach: huge sizes, many free chunks, handles of the wrong kind.
+
+#include <algorithm>
+#include <set>
 
 #include "support/faults.h"
 #include "support/riff_support.h"
@@ -109,6 +112,44 @@ TEST(EditTest, ExamplesDoAsTheySayWhateverFails) {
         expectExample(example, more, kind);
       }
     }
+  }
+}
+
+// Far more free chunks than a walk along them would be worth.
+TEST(EditTest, TheBestOfManyFreeChunksIsUsed) {
+  constexpr size_t N = 1500;
+  uint32_t state = 1;
+  const auto random = [&state] { return (state = state * 1664525 + 1013904223) >> 8; };
+  std::string picture;
+  for (size_t i = 0; i < N; ++i) picture += "a:" + std::to_string(random() % 100) + " b:0 ";
+  const Store store(Kind::CACHE, "RIFF:g{ " + picture + "}");
+  Chunk* group = velmor_core_riff_object_get_root_chunk(store.object());
+  std::vector<Chunk*> chunks;
+  for (uint32_t i = 0; i < 2 * N; ++i) chunks.push_back(velmor_core_riff_chunk_get_child(group, i));
+
+  std::set<std::pair<uint32_t, size_t>> free;  // data size, place
+  for (size_t n = 0; n < N; ++n) {
+    const size_t i = n * 7919 % N;  // all of them, out of order
+    ASSERT_EQ(velmor_core_riff_chunk_recycle(&chunks[2 * i]), VELMOR_CORE_SUCCESS);
+    free.emplace(velmor_core_riff_chunk_get_data_size(chunks[2 * i]), i);
+  }
+  for (uint32_t step = 0; step < 3 * N; ++step) {
+    const auto size = static_cast<uint32_t>(1 + random() % 50);
+    const uint32_t total = 8 + size + size % 2;
+    const auto best = std::find_if(free.begin(), free.end(), [&](const auto& each) {
+      return each.first >= total || 8 + each.first == total;
+    });
+    Chunk* added = velmor_core_riff_chunk_add_data_chunk(group, idOf("new"), nullptr, size);
+    const Chunk* next = velmor_core_riff_chunk_get_next(added);
+    if (best == free.end()) {
+      ASSERT_EQ(next, nullptr);
+      continue;
+    }
+    const auto [had, i] = *best;
+    free.erase(best);
+    const bool exact = 8 + had == total;
+    ASSERT_EQ(next, chunks[2 * i + (exact ? 1 : 0)]) << "step " << step;
+    if (!exact && had > total) free.emplace(had - total, i);
   }
 }
 

@@ -51,6 +51,11 @@ class Choices {
       return {taken.begin(), taken.end()};
     }
     Bytes out = chunks(0);
+    // So many free chunks that a walk along them is long.
+    for (uint32_t n = oneIn(30) ? 300 : 0; n > 0; n--) {
+      const uint32_t size = below(20) * 2;
+      appendChunk(out, n % 2 == 0 ? JUNK : 0x61746164, size, bytes(size));
+    }
     const uint32_t end = below(6);
     if (end == 0) {
       appendChunk(out, id(), oneIn(4) ? hugeSize() : 100, bytes(4));
