@@ -81,11 +81,11 @@ the file meanwhile, the edit fails and the file stays as that program left it.
 -o OUTPUT    write the result to this file; it appears under this name only when complete
 --force      replace OUTPUT if it exists
 --in-place   edit the file itself, which needs no room for a copy. Use it also if a copy cannot
-             replace the file: in a folder that cannot be written, or for a file with several
-             names (hard links). Disk space is reserved before the first byte changes, which
-             fills the holes of a sparse file. Signals wait until the edit is done. SIGKILL, an I/O
-             error or a power cut in the middle may destroy data of the file for good. A marker,
-             FILE.velmor-core-edit, lies beside the file during the edit. If the edit was
+             replace the file: for a file of another owner, or with several names (hard links).
+             Disk space is reserved before the first byte changes, which fills the holes of a sparse
+             file. Signals wait until the edit is done. SIGKILL, an I/O error or a power cut in the
+             middle may destroy data of the file for good. A marker, FILE.velmor-core-edit, lies
+             beside the file during the edit, so the folder must allow new files. If the edit was
              interrupted, the marker stays, and no command reads the file by this name until you
              remove the marker.
 

@@ -11,6 +11,7 @@
 
 #include "copying.h"
 #include "errors.h"
+#include "original.h"
 #include "progress.h"
 #include "signals.h"
 
@@ -143,6 +144,7 @@ Output::Output(const std::string& name, bool mayReplace) : path(name) {
   if (!mayReplace) throw Failure(name, "exists: --force replaces it");
   path = realPath(name);
   existing.emplace(name, File::READ);
+  requireNoMarker(*existing, path);  // which would stay, so that no command read the result
 }
 
 }  // namespace tool

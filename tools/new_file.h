@@ -47,7 +47,8 @@ class NewFile {
 
 // The file that the user has named for the result of a command.
 struct Output {
-  // Throws Failure if there is such a file and it must not be replaced.
+  // Throws Failure if there is such a file and it must not be replaced, or a marker of an edit in
+  // place lies beside it.
   Output(const std::string& name, bool mayReplace);
 
   std::string path;              // without symbolic links

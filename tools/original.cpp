@@ -49,19 +49,6 @@ std::string editNamedIn(const std::string& marker) {
   return std::string(all.substr(0, all.find('\n')));
 }
 
-void requireNoMarker(const File& file, const std::string& path) {
-  const std::string marker = markerOf(path);
-  struct stat status {};
-  if (::lstat(marker.c_str(), &status) == -1) return;
-  // A program that edits in place holds the lock. So the lock is free, or ours, if none does.
-  if (isLockedByAnother(file.descriptor(), LOCK_SH)) {
-    throw Failure(file.name(), "is being edited in place by another program");
-  }
-  throw Failure(file.name(), "an edit in place was interrupted here (" + editNamedIn(marker) +
-                                 "): use a copy of the file, or remove " + marker +
-                                 " to take the file as it is");
-}
-
 // File systems count time in ticks of up to 10 ms. Two changes in one tick have the same time, so
 // the second would not be noticed.
 struct stat settledStatus(const File& file) {
@@ -95,6 +82,19 @@ void Original::requireUnchanged() const {
   if (!isUnchanged(before, statusOf(path()))) {
     throw Failure(name(), "was changed by another program meanwhile");
   }
+}
+
+void requireNoMarker(const File& file, const std::string& path) {
+  const std::string marker = markerOf(path);
+  struct stat status {};
+  if (::lstat(marker.c_str(), &status) == -1) return;
+  // A program that edits in place holds the lock. So the lock is free, or ours, if none does.
+  if (isLockedByAnother(file.descriptor(), LOCK_SH)) {
+    throw Failure(file.name(), "is being edited in place by another program");
+  }
+  throw Failure(file.name(), "an edit in place was interrupted here (" + editNamedIn(marker) +
+                                 "): use a copy of the file, or remove " + marker +
+                                 " to take the file as it is");
 }
 
 bool isUnchanged(const struct stat& before, const struct stat& now) {

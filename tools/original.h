@@ -41,6 +41,10 @@ class Original {
 // Whether two states show the same file, not written between them, as far as the status shows.
 bool isUnchanged(const struct stat& before, const struct stat& now);
 
+// Throws Failure if a marker says that the file at `path` (without symbolic links) is being edited
+// in place, or was when a program was killed.
+void requireNoMarker(const File& file, const std::string& path);
+
 // The name of the file that marks an edit in place of `path`.
 std::string markerOf(const std::string& path);
 

@@ -49,8 +49,9 @@ void RawBytes::copy(void* to, uint64_t count, uint64_t offset) const {
 }
 
 uint64_t RawBytes::endOfZeros(uint64_t offset, uint64_t end) {
-  // Most runs are short and lie in the window.
-  if (offset < end && byteAt(offset) == 0) {
+  // Most runs are short and lie in the window. Most offsets that are asked for begin no run.
+  if (offset < end) {
+    bytesAt(offset, 1);
     const uint64_t windowEnd = std::min(windowOffset + windowSize, end);
     offset += leadingZeros(
         std::as_bytes(std::span(window)).subspan(offset - windowOffset, windowEnd - offset));

@@ -204,7 +204,7 @@ class Surveyor {
       found(chunk.offset, path(chunk) + " lacks the pad byte after its odd size");
       take(chunk);
       moveTo(chunk.end());
-    } else if (!isPrintable(chunk.id)) {
+    } else if (!isPrintable(chunk.id) || isText(chunk)) {
       passUnexplained(chunk);
     } else if (isCut) {
       found(chunk.offset, path(chunk) + " ends " + counted(chunk.dataEnd() - size, "byte") +
@@ -213,8 +213,15 @@ class Surveyor {
     } else if (leaveGroupEnd(chunk)) {
       passWholeData(chunk);
     } else {
+      take(chunk);
       moveTo(walk.limit());
     }
+  }
+
+  // Whether a header is rather text, such as XMP, that follows a wrong size. Ids have spaces at
+  // their end only. Four printable bytes are a size of 500 MB and more, which only sound has.
+  static bool isText(const RawChunk& chunk) {
+    return (chunk.id & 0xFF) == ' ' || (chunk.id != ID_DATA && isPrintable(chunk.dataSize));
   }
 
   void passWholeData(const RawChunk& chunk) {

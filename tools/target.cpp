@@ -137,10 +137,17 @@ class InPlace : public Target {
   bool finished = false;
 };
 
+// Where no file can be made, there is no place for the marker of an edit in place either.
+bool isInWritableFolder(const std::string& path) {
+  return ::access(path.substr(0, path.rfind('/') + 1).c_str(), W_OK | X_OK) == 0;
+}
+
 }  // namespace
 
 std::unique_ptr<Target> replaceOriginal(const Original& original) {
   constexpr const char* OFFER = "; --in-place edits the file itself";
+  constexpr const char* OTHER_OFFER =
+      "; -o writes the result to another folder (--in-place needs a marker in this one)";
   if (const auto names = original.get().status().st_nlink; names > 1) {
     throw Failure(original.name(), "has " + std::to_string(names) +
                                        " names (hard links), of which a new file would get one" +
@@ -149,7 +156,8 @@ std::unique_ptr<Target> replaceOriginal(const Original& original) {
   try {
     return std::make_unique<Copied>(original, original.path(), &original.get());
   } catch (const Failure& failure) {
-    throw Failure(failure.what() + ("; " + original.name() + " is unchanged") + OFFER);
+    throw Failure(failure.what() + ("; " + original.name() + " is unchanged") +
+                  (isInWritableFolder(original.path()) ? OFFER : OTHER_OFFER));
   }
 }
 

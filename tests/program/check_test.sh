@@ -106,6 +106,7 @@ tagged.wav|poke 4 00 00|repaired|RIFF:WAVE has the size 0 of an unfinished strea
 tagged.wav|poke 4 80 1f|repaired|RIFF:WAVE/data ends 52 bytes past the end of its group (at offset 116)
 tagged.wav|poke 4 b8 1f|repaired|the file ends 4 bytes before the end of RIFF:WAVE (at offset 8124)
 tagged.wav|poke 120 3c|refused|4 bytes at the end of RIFF:WAVE are too few for a chunk header; they would be data of data if its size were 8000
+tagged.wav|poke 120 08 00; poke 132 6d 65 74 61 3d 31 2e 35|refused|7992 bytes in RIFF:WAVE belong to no chunk; they would be data of data if its size were 8000
 tagged.wav|poke 40 50|refused|RIFF:WAVE/LIST:INFO/data ends 8000 bytes past the end of its group (at offset 116)
 tagged.wav|poke 40 00 00 20|refused|RIFF:WAVE/LIST:INFO ends 2089072 bytes past the end of its group (at offset 36)
 tagged.wav|poke 40 03|refused|RIFF:WAVE/LIST:INFO has the size 3, too small for its group id (at offset 36)

@@ -150,6 +150,8 @@ outputs_are_whole_and_replace_nothing() {
   expect_equal new 3456 "$("$program" extract new RIFF/data)"
   expect_equal original 1234 "$("$program" extract tone.wav RIFF/data)"
   expect_equal files "err new other tone.wav" "$(echo *)"
+  touch new.velmor-core-edit
+  "$program" set tone.wav RIFF/data 56 -o new --force 2>err && fail "marker"
 }
 
 # A file of 2 GB whose audio is a hole.
