@@ -57,6 +57,12 @@ std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& by
       }
       const bool leads = leadsTo(range.end, at + i, Ids::PRINTABLE, bytes, headersLeft);
       if (leads || headersLeft == 0) return at + i;
+      // In a file that was cut, no chunks lead to the end. Two known ids in a row are no accident.
+      const uint64_t next = bytes.chunkAt(at + i).end();
+      if (next + HEADER_SIZE <= range.end &&
+          std::ranges::binary_search(known, bytes.chunkAt(next).id)) {
+        return at + i;
+      }
     }
   }
   return std::nullopt;

@@ -239,13 +239,20 @@ class Surveyor {
   // no chunks follow.
   bool isStream(const RawChunk& chunk) {
     if (walk.level() == 0 || !isPrintable(chunk.id)) return false;
-    const uint64_t claimed = walk.claimedEnd();
-    const bool groupAgrees =
-        claimed == HeaderWalk::NOWHERE || claimed >= size || claimed <= chunk.dataOffset();
-    if (isStreamMark(chunk.dataSize)) return chunk.end() > size && groupAgrees;
+    if (isStreamMark(chunk.dataSize)) return hasMarkedSize(chunk);
     return chunk.dataSize == 0 && chunk.id == ID_DATA && walk.level() == 1 &&
            walk.limit() == size && size > chunk.dataOffset() &&
            !leadsTo(size, chunk.dataOffset(), Ids::ANY, bytes, headersLeft);
+  }
+
+  // Whether a size that means "unknown" cannot be the real one: the data ends past the end of the
+  // file, and its group does not end before that. In a file of more than 4 GiB, the group may have
+  // such a size, too. The data would then end past its group.
+  bool hasMarkedSize(const RawChunk& chunk) const {
+    const uint64_t claimed = walk.claimedEnd();
+    if (claimed == HeaderWalk::NOWHERE) return chunk.end() > size;
+    if (isStreamMark(walk.group().dataSize) && chunk.end() > claimed) return true;
+    return chunk.end() > size && (claimed >= size || claimed <= chunk.dataOffset());
   }
 
   void extendToFile(const RawChunk& chunk) {

@@ -73,8 +73,12 @@ streams_get_their_sizes() {
   done
   # A chunk after the samples must not become part of them.
   { cat streamed_ffmpeg.wav && printf LIST && bytes 04 00 00 00 && printf INFO; } >hidden.wav
-  refuses hidden.wav
-  [[ $(<err) == *"would then contain LIST (at offset 1644)"* ]] || fail "hidden: $(<err)"
+  # The same if the last of these chunks was cut short.
+  { cat hidden.wav && printf 'bext' && bytes 5A 02 00 00; } >cut.wav
+  for file in hidden.wav cut.wav; do
+    refuses $file
+    [[ $(<err) == *"would then contain LIST (at offset 1644)"* ]] || fail "$file: $(<err)"
+  done
 }
 
 # Each row: a file, a command that damages it as "f", a word for what repair does, a finding.
@@ -126,6 +130,7 @@ tagged.wav|{ printf TAG && head -c 125 /dev/zero; } >>f|repaired|128 bytes after
 tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x20' && head -c 19 /dev/zero; } >>f|repaired|32 bytes after the last chunk: an APE tag
 tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x21' && head -c 19 /dev/zero; } >>f|dropped|32 bytes after the last chunk; they would
 tagged.wav|{ printf '%10sTAG' && head -c 125 /dev/zero; } >>f|dropped|138 bytes after the last chunk; they would
+streamed_ffmpeg.wav|cut 5G|refused|RIFF:WAVE/data has the size 0xFFFFFFFF of an unfinished stream, and 536870
 no_pad.wav|:|repaired|RIFF:WAVE/data lacks the pad byte after its odd size (at offset 36)
 clip.avi|cut 15000|repaired|RIFF:AVI/LIST:movi/01wb ends 858 bytes past the end of the file
 clip.avi|poke 20 78|refused|RIFF:AVI has no LIST:hdrl
