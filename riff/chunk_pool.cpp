@@ -7,11 +7,13 @@
 namespace RIFF {
 
 ChunkPool::~ChunkPool() {
-  while (blocks.next != &blocks) removeBlock(blocks.next + 1);
+  for (Block* block = blocks.next; block != &blocks;) {
+    ::operator delete(std::exchange(block, block->next));
+  }
 }
 
 void* ChunkPool::addBlock(std::size_t size) {
-  // cppcheck-suppress legacyUninitvar  ; it takes the placement for an uninitialised variable
+  // cppcheck-suppress legacyUninitvar  ; it misreads the placement new
   auto* block = ::new (::operator new(sizeof(Block) + size)) Block{&blocks, blocks.next};
   block->next->previous = block;
   blocks.next = block;
