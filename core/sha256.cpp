@@ -45,8 +45,8 @@ void Sha256Hasher::finish() {
   compress(state, pending.data(), 1);
 }
 
-// A range with room for the whole digest gets the words directly. Storing them elsewhere and
-// copying them at once would make the processor wait for the stores.
+// A range with room for the whole digest gets the words directly. If they were stored elsewhere and
+// then copied, the copy would have to wait for the stores.
 void Sha256Hasher::write_digest(std::span<uint8_t> digest) const {
   std::array<uint8_t, 32> spare;
   uint8_t* const bytes = digest.size() < spare.size() ? spare.data() : digest.data();

@@ -1,8 +1,8 @@
 // The compression function on the SHA extensions (Intel 64 and IA-32 Architectures Software
 // Developer's Manual, volume 2: SHA256RNDS2, SHA256MSG1, SHA256MSG2).
 //
-// One instruction does two rounds and takes 4 cycles on today's processors. Each waits for the one
-// before it, so a block takes 128 cycles, and one more to add the result to the hash value. Loading
+// SHA256RNDS2 does two rounds and takes 4 cycles on today's processors. Each one waits for the one
+// before it. So a block takes 128 cycles, and one more to add the result to the hash value. Loading
 // the block and expanding its schedule run in parallel and take no extra time.
 
 #include <immintrin.h>
@@ -153,7 +153,7 @@ SHA_EXTENSIONS void digestSha256ShaNi(const uint8_t* data, uint64_t size, uint8_
 
   padAndCompress(hash, data, left, size);
 
-  // The digest has a first, and each word's highest byte first.
+  // The digest begins with word a, and each word begins with its highest byte.
   const __m128i reverse = _mm_set_epi64x(0x0001020304050607, 0x08090A0B0C0D0E0F);
   const auto store = [&](uint8_t* to, __m128i words) SHA_EXTENSIONS {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_shuffle_epi8(words, reverse));

@@ -1,5 +1,5 @@
-// Generates, parses and formats UUIDs. Boost.UUID generates, and parses what is not in the usual
-// form. The usual form is parsed and written in two SSE2 registers of 16 digits each, which is
+// Generates, parses and formats UUIDs. Boost.UUID generates them, and parses the forms that are not
+// usual. The usual form is parsed and written in two SSE2 registers of 16 digits each, which is
 // several times as fast as digit by digit. Every x86-64 processor has SSE2.
 
 #include "core/uuid.h"
@@ -33,8 +33,8 @@ __m128i isAtMost(__m128i x, char limit) {
   return _mm_cmpeq_epi8(_mm_min_epu8(x, _mm_set1_epi8(limit)), x);
 }
 
-// Converts 16 hexadecimal digits to their values. Clears the bytes of valid in which another
-// character stands. The low 4 bits of the letters, in either case, count from 1.
+// Converts 16 hexadecimal digits to their values. Clears the bytes of valid where the character is
+// no such digit. The low 4 bits of a letter are 1 for 'a' and 'A', 2 for 'b' and 'B', and so on.
 __m128i digitValues(__m128i characters, __m128i& valid) {
   const __m128i lower = _mm_or_si128(characters, _mm_set1_epi8('a' - 'A'));
   const __m128i isLetter = isAtMost(_mm_sub_epi8(lower, _mm_set1_epi8('a')), 5);

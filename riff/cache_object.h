@@ -16,9 +16,9 @@ class CacheObject final : public MemoryObject {
  public:
   explicit CacheObject(uint64_t capacity);
 
-  // If newSize exceeds the capacity, the capacity becomes its smallest multiple above newSize. So
-  // it at least doubles. Never gives memory back. Throws std::bad_alloc and changes nothing if
-  // memory runs out.
+  // If newSize exceeds the capacity, the new capacity is the smallest multiple of the old one that
+  // is above newSize. So the capacity at least doubles. A capacity of 0 becomes newSize. Never
+  // gives memory back. Throws std::bad_alloc and changes nothing if memory runs out.
   void resize(uint64_t newSize) override;
   ~CacheObject() override;
 

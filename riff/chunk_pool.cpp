@@ -27,11 +27,13 @@ void ChunkPool::removeBlock(void* memory) {
   ::operator delete(block);
 }
 
-// Sizes grow fourfold, so that a small tree takes little memory, and most memory of a large one is
-// in one block. Then malloc() keeps that memory for the next tree: it returns to the system what is
-// free at the end of the heap only if that is more than twice the largest block that was ever
-// freed, and getting it anew costs more than building the nodes in it. Of the last block, less than
-// one small piece is wasted.
+// Each block is four times as large as the one before, up to MAX_REST. So a small tree takes little
+// memory, and a larger one has most of its memory in one block, unless it needs several of the
+// largest. This makes malloc() keep the memory for the next tree: it returns the free end of the
+// heap to the system only if that end is more than twice as large as the largest block that was
+// ever freed. Getting the memory anew would cost more than building the nodes in it.
+//
+// The unused end of the block before is wasted. It is shorter than the largest small piece.
 void ChunkPool::renewRest() {
   rest = static_cast<std::byte*>(addBlock(nextRest));
   restSize = nextRest;

@@ -1,4 +1,4 @@
-// The memory of a tree: its nodes, the arrays of children and the entries of free lists.
+// The memory of a tree: its nodes, the arrays of children, and the free lists with their indexes.
 
 #ifndef RIFF_CHUNK_POOL_H
 #define RIFF_CHUNK_POOL_H
@@ -24,11 +24,12 @@ using ChunkPointer = std::unique_ptr<Chunk, ReturnChunk>;
 
 // A tree has many small pieces of memory of a few sizes. Most come and go together. With one
 // malloc() for each, opening a file would spend more time in malloc() than on reading headers. So
-// small pieces are cut from blocks. A returned piece is the next one of its size to be handed out.
-// The blocks live as long as the pool. A large piece is a block of its own, and is freed when it is
+// small pieces are cut from blocks, which live as long as the pool. A returned piece is the next
+// one of its size to be handed out. A large piece is a block of its own, and is freed when it is
 // returned.
 //
-// All memory of a tree comes from its pool. So when the pool is destroyed, the nodes need not be.
+// All memory of a tree comes from its pool. So an object that ends destroys the pool and need not
+// destroy the nodes one by one.
 class ChunkPool {
  public:
 // The address sanitizer notices the use of a stale handle only if each node has memory of its own.
@@ -67,7 +68,7 @@ class ChunkPool {
     restSize -= units * UNIT;
     return std::exchange(rest, rest + units * UNIT);
   }
-  // Takes back memory of the size that was asked for.
+  // Takes memory back. `size` is the size that allocate() was called with.
   void release(void* memory, std::size_t size) {
     if (!POOLED) return ::operator delete(memory);
     if (size > MAX_SMALL) return removeBlock(memory);

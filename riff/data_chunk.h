@@ -29,7 +29,8 @@ class DataChunk final : public Chunk {
 };
 
 // Compares the addresses of the type_info objects. The types are known only inside this library, so
-// each has one type_info. Its == would also compare the names of types that differ.
+// each has one type_info. The operator== of type_info is slower: if the addresses differ, it also
+// compares the names.
 inline bool isDataChunk(const Chunk& chunk) { return &typeid(chunk) == &typeid(DataChunk); }
 
 // A "JUNK" data chunk is free space, which new chunks may take. A group under that id holds chunks

@@ -19,9 +19,9 @@ using FreeChunks = std::list<DataChunk*, PoolAllocator<DataChunk*>>;
 // where ranks are equal. A key does not hold the offset, which changes with each edit before the
 // chunk.
 //
-// The keys lie in blocks, none of which is empty. So inserting or erasing one moves few others,
-// however long the list is. In one array, using up the free chunks one by one would take time in
-// proportion to the square of their number.
+// The keys lie in short blocks, none of which is empty. So inserting or erasing a key moves few
+// others, however long the list is. In one array, using up the free chunks one by one would take
+// time in proportion to the square of their number.
 class FreeIndex {
  public:
   struct Key {
@@ -38,9 +38,10 @@ class FreeIndex {
   FreeIndex& operator=(const FreeIndex&) = delete;
   ~FreeIndex() { clear(); }
 
-  // The place of the first key that is not before this one. Only the place after the last key has
-  // none.
+  // The place of the first key that is not before this rank and offset. If there is none, the place
+  // after the last key.
   Place find(uint64_t rank, int64_t offset) const;
+  // The key at a place that find() returned. Null for the place after the last key.
   const Key* at(Place place) const;
   // The place of a chunk's key. If there is none, the place after the last key.
   Place find(uint64_t rank, const Chunk& chunk) const;

@@ -56,7 +56,7 @@ DataChunk* FreeList::findFitting(uint64_t n) {
     const FreeIndex::Key* key = index.at(index.find(rank, LEAST_OFFSET));
     if (key && fits(*key->entry)) return *key->entry;
   }
-  // The rank of the trailing chunk can be below n.
+  // The trailing chunk can fit although its rank is below n: n can exceed 2^32.
   return last() && fits(last()) ? last() : nullptr;
 }
 
@@ -115,7 +115,7 @@ void FreeList::clear() {
 void FreeList::restoreOrder(const Chunk& changed, uint64_t oldRank) {
   if (!ordered) return sort();
   if (!indexed) {
-    // A free chunk that grows by merging is often the last.
+    // A free chunk that grows by merging is often the last entry.
     if (last() == &changed) return placeByWalk(std::prev(chunks.end()));
     const auto found = walkTo(changed);
     if (found != chunks.end()) placeByWalk(found);
@@ -162,8 +162,8 @@ void FreeList::sortAppended() {
 
 // Gives the same order as chunks.sort(), but faster for long lists: it sorts the keys in an array,
 // because following a link costs a cache miss. Without memory for the array, it calls
-// chunks.sort(). Two stable sorts by one number take half the time of one sort by both numbers.
-// Chunks that were loaded are in byte order already.
+// chunks.sort(). A stable sort by offset and then one by rank take half the time of one sort by
+// both. The first is left out if the chunks are in byte order, as after loading.
 void FreeList::sort() {
   const auto before = [this](const DataChunk* a, const DataChunk* b) {
     return usedUpBefore(*a, *b);

@@ -18,8 +18,8 @@ namespace RIFF {
 // The list borrows its chunks. None is in it twice. It is sorted only at certain points of an edit.
 // In between it keeps its order, even if another chunk becomes the trailing one or an entry gets
 // another size. The order decides which free chunk an edit uses, so the list must not be sorted at
-// other points. `ordered` is true while the list is sorted. A changed entry then moves to its
-// place, and the others stay where they are.
+// other points. `ordered` is true while the list is sorted. Then an entry that changes moves to its
+// place, and the other entries stay where they are.
 //
 // After a long walk along the list, the next edit makes an index of it. While the list is in order,
 // the index finds all places. A full sort ends the index, and the next edit makes a new one.
@@ -63,7 +63,7 @@ class FreeList {
   void clear();
 
   // Runs an edit that gives a chunk another size or offset, and then sorts the list. The chunk need
-  // not be in it. If the edit throws, the list stays out of order.
+  // not be in the list. If the edit throws, the list is not sorted and counts as out of order.
   template <typename Edit>
   void change(const Chunk& chunk, Edit edit) {
     const uint64_t oldRank = rankOf(chunk);
@@ -97,7 +97,7 @@ class FreeList {
   FreeChunks chunks;
   FreeIndex index;
   bool ordered = true;
-  bool indexed = false;    // index has the keys of the list, if that is in order
+  bool indexed = false;    // index has the keys of the list, as long as the list is in order
   bool walkedFar = false;  // an index saves more time than it takes
   bool topLevel;
 };

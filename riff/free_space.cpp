@@ -14,7 +14,7 @@ namespace RIFF {
 
 namespace {
 
-// The largest total size of a free chunk that edits make. So its data size fits the size field.
+// The largest data size. Free chunks are merged only up to this total size.
 constexpr uint64_t MAX_FREE_TOTAL = 0xFFFF'FFFF;
 
 // Builds the chunks that lie back to back in the `length` bytes at `offset`, with group as their
@@ -104,8 +104,8 @@ Chunk* GroupChunk::addCache(MemoryObject& cache) {
   return children[first];
 }
 
-// The edit will write the first `written` of the n bytes. Makes sure that these are stored, since
-// the object's bytes may end inside the free chunk.
+// The edit will write the first `written` of the n bytes, and the header of the rest if there is
+// one. Makes sure that these bytes are stored, since the object may end inside the free chunk.
 GroupChunk::Reuse GroupChunk::planReuse(DataChunk& free, uint64_t n, uint64_t written) {
   const Reuse reuse = {free, indexOf(free), n, free.totalSize() == n};
   const uint64_t needed = reuse.exact ? written : n + CHUNK_HEADER_SIZE;

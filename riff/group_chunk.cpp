@@ -62,9 +62,8 @@ void GroupChunk::clear() {
   freeList.clear();
 }
 
-// All that nodes do at their end is to return memory to the pool, so nobody has to visit them.
-// Under the address sanitizer each node has memory of its own, so there they are destroyed one by
-// one.
+// The destructors of nodes only return memory to the pool, so they need not run. Under the address
+// sanitizer, each node has memory of its own. There the nodes are destroyed one by one.
 void GroupChunk::abandon() {
   if (!ChunkPool::POOLED) clear();
   freeList.clear();
@@ -139,7 +138,7 @@ void GroupChunk::remove(Chunk& child) {
   if (index == children.size() && last && freeList.isTrailing(*last)) freeList.noteDisorder();
 }
 
-// Appending, the most frequent edit, is at the end of a group: then nothing is to be looked for.
+// The most frequent edit is an append at the end of a group. It needs no search.
 std::span<Chunk* const> GroupChunk::childrenAfter(const Chunk& child) const {
   if (!child.next) return {};
   return std::span(children).subspan(indexOf(child) + 1);

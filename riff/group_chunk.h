@@ -62,18 +62,21 @@ class GroupChunk : public Chunk {
 
   // Appends an empty group. Free space is not used for groups.
   GroupChunk& addGroupChunk(FourCC newId, FourCC newGroupId);
-  // Appends a copy of source and everything in it. Source is any chunk in a tree, of this object or
-  // another. A child of this group is copied like any other. Source must have a header (no virtual
-  // root) and all its bytes. It must not be this group or contain it.
+  // Appends a copy of source, with everything in it. Free space is not used. Source may be any
+  // chunk of this object or another, and also a child of this group. It must not be a virtual root,
+  // this group, or one of its ancestors. All bytes of source must be stored. There is one
+  // exception: if source is in this object and only its pad byte is missing, the pad byte is added
+  // first.
   Chunk& addChunk(Chunk& source);
   // Removes a child and its bytes from the object, and destroys the child.
   void remove(Chunk& child);
 
-  // Adds a data chunk to the free space that fits best, or else appends it. If data is null, the
-  // data bytes stay uninitialised.
+  // Adds a data chunk to the free space that fits best, or else appends it. A chunk without data is
+  // always appended. If data is null, the data bytes stay uninitialised.
   DataChunk& addDataChunk(FourCC newId, const void* data, uint32_t dataSize);
-  // Adds all bytes of cache, which are whole chunks, in the same way. Returns the first new chunk,
-  // null if the cache is empty. The cache must not be this group's own object.
+  // Adds all bytes of cache, which are whole chunks, to the free space that fits best, or else
+  // appends them. Uses free space even for a single chunk without data. Returns the first new
+  // chunk, null if the cache is empty. The cache must not be this group's own object.
   Chunk* addCache(MemoryObject& cache);
   // Turns a child into free space and merges it with free neighbours. Moves no byte. Sizes
   // of ancestors stay. Returns the free chunk that covers the child's bytes now.
@@ -84,15 +87,15 @@ class GroupChunk : public Chunk {
 
   // Destroys all children. Writes nothing.
   void clear();
-  // The same for the virtual root of an object that ends: leaves all nodes to the pool, which ends
-  // next and takes their memory with it.
+  // The same for the virtual root of an object that ends. Leaves the nodes to the pool, which is
+  // destroyed next and frees their memory.
   void abandon();
 
  private:
   using EnterFreeList = void (FreeList::*)(FreeList::Entry, DataChunk&);
 
   // How n new bytes, header included, take the place of a free chunk. Either they fill it exactly,
-  // or they take its first n bytes, and a new header after them makes the rest a free chunk.
+  // or they take its first n bytes. Then a new header after them makes the rest a free chunk.
   struct Reuse {
     DataChunk& free;
     std::size_t index;  // of free among the children
@@ -120,8 +123,8 @@ class GroupChunk : public Chunk {
   DataChunk& mergeIntoNext(std::size_t index);
   DataChunk& makeFree(std::size_t index);
 
-  // Owned. link() and placeAdded() take them out of their ChunkPointers. dropChildren() and clear()
-  // put them into ChunkPointers again to destroy them. They are plain pointers for speed: an edit
+  // Owned. A child that is added is released from its ChunkPointer. A child that goes is put into
+  // one again, which destroys it. They are plain pointers for speed: an edit
   // in a wide group moves the entries of later children. The vector moves plain pointers as one
   // piece of memory, but ChunkPointers one by one, at several times the cost.
   std::vector<Chunk*, PoolAllocator<Chunk*>> children;

@@ -146,8 +146,8 @@ void Object::grow(uint64_t delta) {
 // If it is null, all chunks inside group move. This case does not recurse, since the file decides
 // how deep groups nest.
 //
-// The children come from their array, not along the next links: the processor fetches many nodes at
-// once when it does not need one to find the other.
+// In the first case, the children come from their arrays, not along the next links. Then the
+// processor fetches many nodes at once, because it finds each without reading the one before.
 void Object::shiftOffsets(GroupChunk* group, int64_t delta, const Chunk* after) {
   if (!after) {
     for (Chunk* c = group->getChild(0); c; c = nextInside(*group, *c)) c->offset += delta;

@@ -22,8 +22,9 @@ const std::byte* bytesOf(const Field& field) {
   return reinterpret_cast<const std::byte*>(&field);
 }
 
-// Every access to the stored bytes is a call of resize(), read(), write() or move(). It takes place
-// at once. Nothing is cached.
+// Every access to the stored bytes is a call of resize(), read(), write() or move(). There are two
+// exceptions, both for bytes in memory: readField() while the object is opened, and adding a cache,
+// which reads the cache's buffer. Every access takes place at once. Nothing is cached.
 //
 // The stored bytes are those from offset 0 to size - 1. The tree covers them all. It may reach past
 // them: files are cut short, and many programs leave out the last pad byte. Such a tree is kept as
@@ -60,8 +61,9 @@ class Object {
   // to the end of the chunk.
   ChunkPointer loadChunk(uint64_t& offset, GroupChunk& parent);
 
-  // Reads a header field with read(). An object whose bytes lie in memory spends a third of its
-  // opening on these calls, so while it is opened the fields are read without them.
+  // Reads a header field. Calls read(), with one exception: while an object whose bytes lie in
+  // memory is opened, the field is copied from the memory. Calls of read() would take a third of
+  // the time of opening there.
   template <typename Field>
   void readField(uint64_t offset, Field& field) {
     static_assert(sizeof(Field) == 4);
@@ -115,7 +117,7 @@ class Object {
   const std::byte* loading = nullptr;  // the bytes in memory, while the tree is built from them
 };
 
-// Here, where an object's fields can be read, so that the loader contains it.
+// Defined here, where Object is complete, so that the compiler can inline it into the loader.
 inline Chunk::Chunk(Object& object, int64_t offset, GroupChunk* parent)
     : object(&object), offset(offset), parent(parent) {
   const auto header = static_cast<uint64_t>(offset);

@@ -29,11 +29,11 @@ const char* appendDigits(const char* text, uint64_t& value) {
   }
 }
 
-// That many digits do not reach 2^64.
+// The largest number of digits that cannot make an integer of 2^64 or more.
 constexpr std::ptrdiff_t MAX_DIGITS = 19;
 
-// The digits from text to end as a number; 2^64 - 1 if that is larger. value is the number modulo
-// 2^64.
+// The integer that the digits from text to end make, or 2^64 - 1 if the integer is larger. value is
+// the integer modulo 2^64.
 [[gnu::noinline]] uint64_t saturate(const char* text, const char* end, uint64_t value) {
   while (text != end && *text == '0') ++text;
   if (end - text <= MAX_DIGITS) return value;
@@ -43,8 +43,8 @@ constexpr std::ptrdiff_t MAX_DIGITS = 19;
   return fits ? value : std::numeric_limits<uint64_t>::max();
 }
 
-// Reads a run of digits, which may be empty, and moves text past it. Returns 2^64 - 1 for larger
-// values.
+// Reads a run of digits, which may be empty, and moves text past it. Returns their integer, or
+// 2^64 - 1 if the integer is larger.
 uint64_t readDigits(const char*& text) {
   const char* first = text;
   uint64_t value = 0;
@@ -110,9 +110,9 @@ double powerOfTen(std::ptrdiff_t exponent) {
                                       : std::pow(10.0, static_cast<double>(exponent));
 }
 
-// The slow path of toDouble(). Out of range are infinity and 0. The exponent moves the point so
-// that `magnitude` digits stand before it. If the first nonzero digit is one of them, the number is
-// too large. If it is after the point, the number is too small.
+// The slow path of toDouble(). Numbers out of the range of double give infinity or 0. `magnitude`
+// is the number of digits before the point after the exponent has moved it. If the first nonzero
+// digit is one of them, a number out of range is too large. Otherwise it is too small.
 [[gnu::noinline]] double toNearestDouble(const char* text, const char* end,
                                          std::ptrdiff_t magnitude) {
   double value = 0.0;
@@ -124,11 +124,12 @@ double powerOfTen(std::ptrdiff_t exponent) {
   return magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0;
 }
 
-// The double nearest to the text "digits[.digits][e[sign]digits]". Its value is digits *
-// 10^exponent, where digits are the `count` digits before the 'e' as an integer, modulo 2^64.
+// The double nearest to the number from text to end, such as 12.5e-3. Without the point, the
+// `count` digits before the 'e' make an integer. The number is this integer * 10^exponent. `digits`
+// is the integer modulo 2^64.
 //
-// If digits and power are exact doubles, one operation rounds correctly (W. D. Clinger, How to Read
-// Floating Point Numbers Accurately, 1990).
+// If the integer and the power of ten are exact doubles, one operation on them gives the nearest
+// double (W. D. Clinger, How to Read Floating Point Numbers Accurately, 1990).
 inline double toDouble(const char* text, const char* end, uint64_t digits, std::ptrdiff_t count,
                        std::ptrdiff_t exponent) {
   constexpr auto LARGEST_POWER = static_cast<std::ptrdiff_t>(POWERS_OF_TEN.size()) - 1;
@@ -164,7 +165,8 @@ struct Exponent {
   const bool isNegative = mark[1] == '-';
   const char* digits = mark + (isNegative || mark[1] == '+' ? 2 : 1);
   const char* last = digits;
-  // The limit exceeds the length of any text, and is so small that no sum overflows.
+  // The limit is larger than the length of any text, so it does not change a result. It is so small
+  // that no sum overflows.
   constexpr uint64_t LIMIT = uint64_t{1} << 62;
   const auto value = static_cast<std::ptrdiff_t>(std::min(readDigits(last), LIMIT));
   return {last == digits ? mark : last, isNegative ? -value : value};

@@ -23,8 +23,8 @@ struct Number {
   double real;       // if not
 };
 
-// Reads the longest number that begins at text, which points to a digit. The number ends at the
-// latest before a NUL.
+// Reads the longest number that begins at text, which points to a digit. The number ends before the
+// first NUL, if not earlier.
 Number readNumber(const char* text);
 
 // An integer's value in a calculation: its 64 bits taken as signed. Integers from 2^63 on become
@@ -33,14 +33,15 @@ inline double constantValue(uint64_t integer) {
   return static_cast<double>(static_cast<int64_t>(integer));
 }
 
-// The value of a part of a text in a calculation. Functions return it in two registers. So would be
-// std::optional, but g++ stores its parts one by one and loads them at once, and that load waits.
+// The value of a part of a text in a calculation. Functions return it in two registers. That holds
+// for std::optional, too. But g++ stores the two parts of an optional separately and loads them
+// together, and this load has to wait for both stores.
 struct Value {
   const char* end;  // directly after the part
   double value;
 };
 
-// As readNumber(), for callers to whom an integer is no different from a double.
+// As readNumber(), but gives integers as a calculation takes them: see constantValue().
 Value readConstant(const char* text);
 
 }  // namespace StrToNum

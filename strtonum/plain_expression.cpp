@@ -1,7 +1,7 @@
-// Evaluates expressions while reading them. This is a second statement of the grammar in parser.yy,
-// with the same names in the same order. It gives up on whatever it does not understand: scanner
-// and parser remain the definition of the language and find all errors. They take more than ten
-// times as long for a term, even without the work of the actions.
+// Evaluates expressions while reading them. This states the grammar of parser.yy a second time,
+// with the same names in the same order. It gives up on every text that it does not understand.
+// Scanner and parser define the language and find all errors. But they take more than ten times as
+// long for a term, even without the parser's actions.
 
 #include "strtonum/plain_expression.h"
 
@@ -15,7 +15,7 @@ namespace StrToNum {
 
 namespace {
 
-// Nested parentheses and powers. Each level takes two or three stack frames.
+// How deep parentheses and powers may be nested. Each level takes two or three stack frames.
 constexpr int MAX_DEPTH = 32;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -32,8 +32,9 @@ const char* skipBlanksAndLineEnds(const char* text) {
   return text;
 }
 
-// Not inlined: of two NaN the first operand gives the sign of the result, and a compiler may swap
-// operands where it inlines. Parameters are in the registers where the instructions expect them.
+// Not inlined. If both operands are NaN, the first one gives the sign of the result. Where a
+// compiler inlines, it may swap the operands. Here, left and right arrive in the registers in which
+// the instructions expect them.
 [[gnu::noinline]] double apply(char sign, double left, double right) noexcept {
   switch (sign) {
     case '^':
@@ -51,13 +52,13 @@ const char* skipBlanksAndLineEnds(const char* text) {
   }
 }
 
-// What the functions of the grammar return for a text that they do not understand. None of them
-// takes a '?', so all callers return as well.
+// What the functions of the grammar return for a text that they do not understand. No rule accepts
+// a '?'. So every caller returns it, too, and start() rejects the text.
 constexpr Value NOT_PLAIN = {"?", 0.0};
 
-// The functions of the grammar evaluate what their rule matches from text on, where no blank
-// stands. The end of their value is past the blanks that follow. depth is the number of levels that
-// are left. Some are inlined, which saves two calls for a term.
+// Each function of the grammar evaluates what its rule matches at text. text does not point to a
+// blank. The end of the returned value is after the blanks that follow. depth is the number of
+// levels that are left. Some functions are inlined, which saves two calls for a term.
 Value expr(const char* text, int depth) noexcept;
 Value powexpr(const char* text, int depth) noexcept;
 
@@ -131,7 +132,8 @@ Value expr(const char* text, int depth) noexcept { return addexpr(text, depth); 
 
 }  // namespace
 
-// Nearly all texts are one number, with or without a sign. They leave no flags to be put back.
+// Nearly all texts are one number, with or without a sign. The number is read as the scanner reads
+// it, so there are no flags to put back.
 Value evaluatePlain(const char* text) noexcept {
   const char* first = skipBlanksAndLineEnds(text);
   const char sign = *first;

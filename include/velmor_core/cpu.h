@@ -1,4 +1,4 @@
-/** Facts about the processors: instruction-set features and their number.
+/** Facts about the processors: their instruction-set features, and how many there are.
  *
  *  The first velmor_core_init() detects the features with the cpuid instruction (Intel 64 and IA-32
  *  Architectures Software Developer's Manual, volume 2, CPUID). Before that, the queries

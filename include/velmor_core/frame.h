@@ -71,8 +71,8 @@ VELMOR_CORE_API void velmor_core_init(void);
 /** Unregister one user of the library.
  *
  *  Nothing is released or closed: open objects stay open, and the CPU features stay known. If it is
- *  called more often than velmor_core_init(), the number of users falls below 0. The next
- *  velmor_core_init() then raises it to 0 and detects nothing.
+ *  called more often than velmor_core_init(), the number of users falls below 0. A
+ *  velmor_core_init() that raises it to 0 or less detects nothing.
  */
 VELMOR_CORE_API void velmor_core_fini(void);
 

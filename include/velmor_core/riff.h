@@ -60,18 +60,21 @@
  *  is, since it can grow without moving anything. This holds for top-level chunks only, not for the
  *  last chunk inside a group.
  *
- *  The list is sorted when a chunk is recycled, when a free chunk is split, and when a free chunk
- *  enters the list. While an object is opened, the free chunks enter one by one, in byte order. Two
- *  changes do not sort the list: velmor_core_riff_chunk_set_data_size() resizes a free chunk, or
- *  another chunk becomes the last one. An example is an object with the top-level chunks "JUNK"
- *  100, "JUNK" 20, "data". After opening, they are tried in the order 100, 20. When the second one
- *  entered the list, it was the last chunk, and was sorted to the end.
+ *  The list is sorted when a chunk is recycled, when a free chunk is split and keeps at least one
+ *  byte of data, and when a free chunk enters the list. Two changes do not sort the list:
+ *  velmor_core_riff_chunk_set_data_size() resizes a free chunk, or another chunk becomes the last
+ *  one. While an object is opened, its chunks are read one by one, in byte order, and each free
+ *  chunk enters the list. For example, an object has the top-level chunks "JUNK" with 100 bytes,
+ *  "JUNK" with 20 bytes, and "data". When the second "JUNK" enters the list, it is the last chunk
+ *  that has been read, so it is sorted to the end. Then "data" is read and becomes the last chunk,
+ *  but this does not sort the list. So after opening, the free chunks are tried in the order 100,
+ *  20.
  *
  *  Handles.  A chunk handle points into the tree of its object and is never freed. These end it:
  *
  *  - velmor_core_riff_close() and velmor_core_riff_cache_clear() of its object
  *  - removing the chunk or one of its ancestors
- *  - recycling the chunk, the chunk directly before or after it, or one of its ancestors;
+ *  - recycling the chunk, the chunk directly before it, or one of its ancestors;
  *    velmor_core_riff_chunk_recycle() says which handles end
  *  - if it is a free chunk: adding chunks that fill it exactly
  *
@@ -145,10 +148,10 @@
  *
  *  Full disk.  Before an edit moves bytes up in a file, it reserves the room for them with
  *  fallocate(2). If the disk is full, the edit fails; the file and the tree stay as they were.
- *  This also holds if you try again. Two cases are not protected: a file system that cannot
+ *  Trying again has the same result. Two cases are not protected: a file system that cannot
  *  reserve, and an edit that lengthens the file at its end, where nothing has to move. There the
- *  file may become longer before the system refuses the bytes, and the edit stops half-way. In the
- *  first case, bytes that had to move may have overwritten others.
+ *  file may become longer before the system refuses the bytes, and the edit stops half-way. On a
+ *  file system that cannot reserve, bytes that had to move may have overwritten others.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
  *  SA_RESTART, or block signals during an edit. If the process is killed during an edit, the file
@@ -348,7 +351,7 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_object_get_virtual_ro
  *
  *  In:   object  must not be null
  *
- *  Returns the current capacity of a cache, the capacity that a buffer was opened with, or 0 for a
+ *  Returns the current capacity of a cache; the capacity that a buffer was opened with; 0 for a
  *  read-only buffer and for a file
  */
 VELMOR_CORE_API uint64_t velmor_core_riff_cache_get_capacity(velmor_core_riff_object_t* object);

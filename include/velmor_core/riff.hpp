@@ -703,7 +703,7 @@ class Object {
   Chunk first() const&& = delete;  ///< The chunk would end with the temporary object.
   /** The size of the object in bytes; 2^64 - 1 for a file that cannot seek. */
   uint64_t size() const noexcept { return object ? velmor_core_riff_cache_get_size(object) : 0; }
-  /** The bytes that its memory has room for; 0 for a file and for a buffer opened for reading. */
+  /** The capacity of its memory in bytes; 0 for a file and for a buffer opened for reading. */
   uint64_t capacity() const noexcept {
     return object ? velmor_core_riff_cache_get_capacity(object) : 0;
   }

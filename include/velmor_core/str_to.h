@@ -7,7 +7,7 @@
  *
  *    12            an integer, up to 2^64 - 1; a larger one counts as 2^64 - 1
  *    1.5           a decimal fraction; the digits after the point may be missing: 1.
- *    1e3  1.5e-3   a decimal exponent after a small e; a point needs digits on both sides
+ *    1e3  1.5e-3   a decimal exponent after a small e; then a point needs digits on both sides
  *    4k  1.5k      an SI prefix: p n u m c d h k M G T, from 10^-12 to 10^12
  *    4k7           an SI prefix in place of the decimal point: 4700
  *    1.5da  4da7   the SI prefix da (10): 15 and 47; 4da is rejected, see below

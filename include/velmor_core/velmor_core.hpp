@@ -13,9 +13,9 @@
  *  family says what an operation does, what its results mean and how long handles live. These
  *  headers say what C++ adds.
  *
- *  Failures.  An operation that can fail has two forms. Without a last argument it throws
+ *  Failures.  An operation that can fail has two forms. The form without std::nothrow throws
  *  velmor_core::Error, whose what() names the reason and whose status() is the status of the C
- *  function. With std::nothrow as the last argument, after all others, it throws nothing but what
+ *  function. The form with std::nothrow takes it as the last argument. It throws nothing but what
  *  the caller's container throws. On failure it returns an empty std::optional, Object or Chunk, or
  *  the bool false. In a condition, all of these are false:
  *
