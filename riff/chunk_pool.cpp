@@ -11,6 +11,7 @@ ChunkPool::~ChunkPool() {
 }
 
 void* ChunkPool::addBlock(std::size_t size) {
+  // cppcheck-suppress legacyUninitvar  ; it takes the placement for an uninitialised variable
   auto* block = ::new (::operator new(sizeof(Block) + size)) Block{&blocks, blocks.next};
   block->next->previous = block;
   blocks.next = block;
