@@ -21,8 +21,9 @@ target_compile_options(velmor_core_warnings INTERFACE $<$<NOT:$<CONFIG:Debug>>:
                        -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
                        -ffile-prefix-map=${PROJECT_BINARY_DIR}=build>)
 
-# What makes a fault in the code harder to abuse, in every build and not only in packages. Sanitizers
-# check more, and fortified calls need an optimised build. Distributions may have set a level.
+# Hardening: flags that make a fault in the code harder to abuse. All builds have them, not only
+# packages. Sanitizers check more, so builds with them leave the flags out. Fortified calls need an
+# optimised build. A distribution may have set a level of _FORTIFY_SOURCE, so -U removes it first.
 add_library(velmor_core_hardening INTERFACE)
 if(NOT VELMOR_CORE_SANITIZE)
   target_compile_options(velmor_core_hardening INTERFACE

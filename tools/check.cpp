@@ -65,8 +65,8 @@ const Command CHECK = {
     .synopsis = "FILE...",
     .summary = "Report everything that is wrong with files, and where",
     .help = R"(
-Reads the headers of each file and reports what is wrong. It can also read files that no other
-command opens. These findings are damage:
+Reads the headers of each file and reports what is wrong. It also reads files that the editing
+commands refuse to open. These findings are damage:
 
   - The file is no RIFF file: its first chunk is not a RIFF. The message says what it looks like.
   - A header or data is cut short.

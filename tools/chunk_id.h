@@ -17,7 +17,7 @@ constexpr uint32_t ID_INFO = VELMOR_CORE_RIFF_ID('I', 'N', 'F', 'O');
 // The ids under which a chunk is read as a group.
 constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }
 
-// Whether all four bytes are ASCII characters, as in every id that a format has defined.
+// Whether all four bytes are printable ASCII characters, as in every id that a format has defined.
 bool isPrintable(uint32_t id);
 
 // An id as it is shown and typed: without the spaces at its end, and with \xHH for every byte that

@@ -38,13 +38,14 @@ class ChunkPath {
   const PathStep& last() const { return steps.back(); }
 
   // The chunk that the path names. Throws Failure when there is none, or when several chunks fit a
-  // step without a number. A Node is a chunk of an object or a header in a file. It has
-  // its ids, and firstChild() and next(), which return a node that is false if there is none.
+  // step without a number. A Node is a chunk of an object or a header in a file. It has id(),
+  // groupId(), name(), isGroup(), isVirtualRoot(), firstChild() and next(). The last two return a
+  // node that converts to false if there is none.
   template <typename Node>
   Node find(const Node& virtualRoot) const {
     return follow(virtualRoot, steps);
   }
-  // The chunk that all steps but the last name: the virtual root for a path of one step.
+  // The chunk that the path names without its last step; the virtual root for a path of one step.
   template <typename Node>
   Node findParent(const Node& virtualRoot) const {
     return follow(virtualRoot, std::span(steps).first(steps.size() - 1));

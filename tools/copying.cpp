@@ -56,7 +56,7 @@ class Copier {
 
   uint64_t endOfData(uint64_t offset) const {
     const off_t hole = ::lseek(source.descriptor(), static_cast<off_t>(offset), SEEK_HOLE);
-    // Also past this offset the file may have been cut by now, which copyPiece() reports.
+    // The call fails if the file was cut before this offset meanwhile. copyPiece() reports that.
     return hole > static_cast<off_t>(offset) ? std::min(static_cast<uint64_t>(hole), size) : size;
   }
 

@@ -86,8 +86,8 @@ the file meanwhile, the edit fails and the file stays as that program left it.
              file. Signals wait until the edit is done. SIGKILL, an I/O error or a power cut in the
              middle may destroy data of the file for good. A marker, FILE.velmor-core-edit, lies
              beside the file during the edit, so the folder must allow new files. If the edit was
-             interrupted, the marker stays, and no command reads the file by this name until you
-             remove the marker.
+             interrupted, the marker stays, and the commands that read chunks refuse the file by
+             this name until you remove the marker.
 
   velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
 )",

@@ -52,7 +52,7 @@ class Data {
   RawChunk chunk;
 };
 
-// Whether a terminal may read some of the bytes as commands. It ignores NULs, in which texts end.
+// Whether a terminal may read some of the bytes as commands. NULs are harmless: texts end in them.
 bool steersTerminal(std::string text) {
   std::ranges::replace_if(
       text, [](char byte) { return byte == '\0' || byte == '\n' || byte == '\t'; }, ' ');

@@ -144,7 +144,7 @@ Output::Output(const std::string& name, bool mayReplace) : path(name) {
   if (!mayReplace) throw Failure(name, "exists: --force replaces it");
   path = realPath(name);
   existing.emplace(name, File::READ);
-  requireNoMarker(*existing, path);  // which would stay, so that no command read the result
+  requireNoMarker(*existing, path);  // a marker would stay, and the result could not be read
 }
 
 }  // namespace tool

@@ -47,8 +47,8 @@ class NewFile {
 
 // The file that the user has named for the result of a command.
 struct Output {
-  // Throws Failure if there is such a file and it must not be replaced, or a marker of an edit in
-  // place lies beside it.
+  // Throws Failure if such a file exists and must not be replaced, or if it exists and a marker of
+  // an edit in place lies beside it.
   Output(const std::string& name, bool mayReplace);
 
   std::string path;              // without symbolic links

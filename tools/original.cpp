@@ -88,7 +88,7 @@ void requireNoMarker(const File& file, const std::string& path) {
   const std::string marker = markerOf(path);
   struct stat status {};
   if (::lstat(marker.c_str(), &status) == -1) return;
-  // A program that edits in place holds the lock. So the lock is free, or ours, if none does.
+  // A program that edits in place holds the lock. If this program can lock the file, none does.
   if (isLockedByAnother(file.descriptor(), LOCK_SH)) {
     throw Failure(file.name(), "is being edited in place by another program");
   }

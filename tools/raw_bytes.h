@@ -36,12 +36,13 @@ class RawBytes {
 
   uint64_t size() const { return length; }
 
-  // From now on, shows the bytes with other size fields (sorted by offset) and another end. Bytes
-  // that are added at the end are 0.
+  // Another size for one chunk.
   struct Patch {
     uint64_t offset;  // of the chunk's header
     uint32_t dataSize;
   };
+  // From now on, chunkAt() gives these sizes (sorted by offset), and the bytes have another end.
+  // Bytes that are added at the end are 0. copy() and byteAt() still give the stored size fields.
   void patch(std::vector<Patch> sizes, uint64_t end) {
     patches = std::move(sizes);
     length = end;
@@ -60,7 +61,7 @@ class RawBytes {
  private:
   static constexpr std::size_t WINDOW = 4096;
 
-  // The bytes at an offset, `count` of them at most GROUP_HEADER_SIZE.
+  // `count` bytes at an offset, GROUP_HEADER_SIZE at most.
   const uint8_t* bytesAt(uint64_t offset, uint64_t count);
 
   const File* file = nullptr;  // or null, for memory

@@ -33,9 +33,11 @@ struct RepairPlan {
 enum class Ids { PRINTABLE, ANY };
 bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& headersLeft);
 
-// Looks for hidden chunks in a range of data: a well-known id from which chunks lead exactly to the
-// range's end. They would be lost in a chunk that takes the range as its data. Returns the offset
-// of the first, or where the search had looked at too many headers. Reads the whole range.
+// Looks for hidden chunks in a range of data. They would be lost in a chunk that takes the range as
+// its data. A hidden chunk has a well-known id, and either chunks lead from it exactly to the end
+// of the range, or the next chunk has a well-known id, too. Returns the offset of the first hidden
+// chunk, the offset where the search has looked at too many headers and gives up, or nothing. Reads
+// the whole range.
 std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes);
 
 }  // namespace tool

@@ -56,8 +56,8 @@ class Opened {
   const Object& object() const { return chunks; }
   std::span<const char> bytes() const { return mapping.bytes().first(chunks.size()); }
 
-  // Runs work on these chunks or on those of a copy of the file. Puts the name of the file before
-  // the message of a Failure that it throws, and the reason after it if the library refused a call.
+  // Runs work on these chunks or on those of a copy of the file. If the work throws a Failure, puts
+  // the name of the file before its message, and the reason after it if the library refused a call.
   void explain(const std::function<void()>& work) const;
 
  private:

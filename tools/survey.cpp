@@ -1,12 +1,14 @@
 // What is wrong with the headers of a RIFF file.
 //
-// The survey keeps two positions. The walk's own position is where the headers say that the next
-// chunk begins. After a chunk that was cut short, it is past the end of the file. Groups that end
-// there too are right, so they cause no further finding. `repairedAt` is the same place in the file
-// as it would be after the repair.
+// The survey keeps two positions:
+//   walk.offset()  where the chunks so far end according to the size fields. If the last data chunk
+//                  is cut short, this is past the end of the file. A group that ends there too is
+//                  cut short with it, so it gets a new size but no finding of its own.
+//   repairedAt     where the chunks so far end in the repaired file.
 //
-// A size is changed in two cases only: its chunk then ends with the file, or its group then ends
-// with its last chunk. All other damage is doubtful.
+// The plan changes a size in two cases only: the data chunk then ends with the file, or the group
+// then ends with its last child. The repair also adds a pad byte that is missing at the end of the
+// file, and keeps tags and a cut header after the last chunk. All other damage is doubtful.
 #include "survey.h"
 
 #include <algorithm>
@@ -155,17 +157,17 @@ class Surveyor {
     }
   }
 
-  // Most groups are sound and need no path, which takes as long to build as the rest of closing
-  // one.
+  // Building a path takes as long as the rest of closing a group. Most groups are sound and need
+  // none.
   std::string pathIfNeeded() const {
     const OpenGroup& group = walk.group();
     return group.isOpenEnded || group.end() > size ? path() : std::string();
   }
 
   // Handles a chunk that ends past the end of its group. The group's size is out of date if the
-  // group is a RIFF or the pictures of an AVI, and chunks lead from this one to the end of the
-  // file. Otherwise either size may be wrong, and the group's is trusted. Returns whether the
-  // group's size is out of date.
+  // group is at the top level or holds the pictures of an AVI, and chunks lead from the end of this
+  // one to the end of the file. Otherwise either size may be wrong, and the group's is trusted.
+  // Returns whether the group's size is out of date.
   bool leaveGroupEnd(const RawChunk& chunk) {
     const bool mayGrow = isPrintable(chunk.id) && walk.claimedEnd() < size &&
                          (walk.level() == 1 || walk.group().groupId == ID_MOVI);
@@ -218,8 +220,9 @@ class Surveyor {
     }
   }
 
-  // Whether a header is rather text, such as XMP, that follows a wrong size. Ids have spaces at
-  // their end only. Four printable bytes are a size of 500 MB and more, which only sound has.
+  // Whether the bytes read as a header look like text, such as XMP. After a wrong size, a header is
+  // expected within such text. An id does not begin with a space. Four printable bytes, read as a
+  // size, are 500 MB or more, and only chunks of sound are that large.
   static bool isText(const RawChunk& chunk) {
     return (chunk.id & 0xFF) == ' ' || (chunk.id != ID_DATA && isPrintable(chunk.dataSize));
   }
@@ -246,8 +249,9 @@ class Surveyor {
   }
 
   // Whether a size that means "unknown" cannot be the real one: the data ends past the end of the
-  // file, and its group does not end before that. In a file of more than 4 GiB, the group may have
-  // such a size, too. The data would then end past its group.
+  // file, and its group does not end within the part of the data that the file has. In a file of
+  // more than 4 GiB, the group's size may mean "unknown", too. Then it is enough that the data ends
+  // past the end of the group.
   bool hasMarkedSize(const RawChunk& chunk) const {
     const uint64_t claimed = walk.claimedEnd();
     if (claimed == HeaderWalk::NOWHERE) return chunk.end() > size;
@@ -419,7 +423,7 @@ class Surveyor {
   std::unique_ptr<Form> form;        // of the RIFF that the walk is in
   OpenGroup lastGroup;               // the last one at the top level
   std::optional<RawChunk> lastData;  // the last data chunk that is whole
-  uint64_t headersLeft = 0;          // may be looked at ahead of the walk; bounds the time for that
+  uint64_t headersLeft = 0;          // to read ahead of the walk at most; bounds the time for that
   bool topLevelFits = false;         // chunks lead from the walk's position to the end of the file
   uint64_t zeroBytes = 0;            // that belong to no chunk
   Survey survey;

@@ -48,8 +48,7 @@ std::optional<Finding> firstDamage(const std::string& file);
 // returned.
 std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes);
 
-// The first damage in `after` if there is none in `before`. An edit calls this before its result
-// replaces the file.
+// The first damage in `after` if there is none in `before`.
 std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after);
 
 }  // namespace tool

@@ -102,7 +102,7 @@ class InPlace : public Target {
   }
 
  private:
-  // Reserves disk space, so that no edit stops half-way without it. Also fills the holes of a
+  // Reserves disk space, so that no edit stops half-way for lack of it. Also fills the holes of a
   // sparse file, since bytes may move there. Does nothing if the file system cannot reserve space.
   void reserve(uint64_t room) const {
     const uint64_t end = original.size() + room;

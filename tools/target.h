@@ -2,7 +2,7 @@
 //
 // However the program ends, the name leads to the complete old file or the complete new one. Only
 // an edit in place cannot promise this. If it is interrupted, a marker file says so, and the
-// commands refuse to read the file.
+// commands that read chunks refuse the file.
 #ifndef VELMOR_CORE_TOOLS_TARGET_H
 #define VELMOR_CORE_TOOLS_TARGET_H
 

@@ -27,8 +27,8 @@ std::string hexDigits(uint8_t byte);
 std::size_t characterSize(std::string_view text);
 
 // Makes a text from elsewhere, such as a file name, safe to print: it cannot control a terminal or
-// begin a new line. \xHH replaces each byte of control characters, of characters that change the
-// direction of writing, and of bytes that are no UTF-8. A second call changes nothing more.
+// begin a new line. \xHH replaces each byte that is no UTF-8, and each byte of control characters
+// and of characters that change the direction of writing. A second call changes nothing more.
 std::string printable(std::string_view text);
 
 }  // namespace tool

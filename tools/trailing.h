@@ -12,8 +12,8 @@ namespace tool {
 // ID3v1 tag". Empty if there are any other bytes.
 //
 // ID3v1 is 128 bytes that begin with "TAG". APE ends in a footer of 32 bytes. The footer states the
-// size of the items and itself, and whether a header of 32 bytes comes before the items. ID3v2
-// begins with a header of 10 bytes, which states the size of the rest in four bytes of seven bits.
+// size of items and footer together, and whether a header of 32 bytes comes before the items. ID3v2
+// begins with a header of 10 bytes. Its last four bytes state the size of the rest, 7 bits each.
 std::string tagsFrom(uint64_t begin, RawBytes& bytes);
 
 }  // namespace tool

@@ -20,7 +20,8 @@ void printJson(std::string_view file, RawBytes& bytes, const RawNode& start);
 // lacks belong to the last data chunk in it.
 uint64_t missingBytes(const TreeItem& item, uint64_t fileSize);
 
-// How many bytes of a chunk are in the file but past the end of the chunk's group.
+// How many bytes of a chunk are past the end of its group. 0 if the group reaches to the end of the
+// file.
 uint64_t pastGroup(const TreeItem& item, uint64_t fileSize);
 
 }  // namespace tool

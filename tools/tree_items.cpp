@@ -57,8 +57,8 @@ bool TreeItems::next() {
   return true;
 }
 
-// Bytes whose id is not printable and whose size does not fit are no chunk. The first bytes of a
-// file are always shown as a chunk.
+// Too few bytes for a header are no chunk. Neither is a data chunk whose size does not fit, if its
+// id is not printable or it is at the top level. The first header is shown as a chunk all the same.
 bool TreeItems::isChunk(const RawChunk& chunk, uint64_t left) const {
   if (left < HEADER_SIZE) return false;
   if (chunk.isGroup()) return left >= GROUP_HEADER_SIZE;

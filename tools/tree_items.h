@@ -46,7 +46,7 @@ struct TreeItem {
   enum Kind {
     CHUNK,
     ZEROS,  // a run of zeros, which would be chunks without id and data
-    BYTES   // other bytes that are no chunk: too few for a header, or not a plausible one
+    BYTES   // other bytes that are no chunk: too few for a header, or no plausible header
   };
   Kind kind = CHUNK;
   RawChunk chunk;      // for bytes that are no chunk, only the offset is meaningful

@@ -6,8 +6,10 @@ from __future__ import annotations
 class Error(Exception):
     """The base of the module's own exceptions: an operation of the library failed.
 
-    An `Error` of none of the subclasses means that a file could not be read or written. An edit may
-    then have stopped half-way: close the object, and go back to a copy of the file.
+    If an edit of a file raises `Error` itself and not a subclass, the file could not be read or
+    written, or its last chunk was cut short. The edit may then have stopped half-way: close the
+    object, and go back to a copy of the file. An edit in a signal handler also raises `Error` if it
+    interrupts a call on the same object; it then changes nothing.
     """
 
     def __str__(self) -> str:

@@ -35,10 +35,10 @@ def number(text: str) -> float:
 def integer(text: str, signed: bool = True) -> int:
     """Convert a number text to an integer of 64 bits, truncated toward zero.
 
-    The text is calculated in double precision, so integers above 2**53 are rounded. There is one
-    exception: a single integer from 2**63 to 2**64 - 1 is exact with ``signed=False``. With
-    ``signed=True``, the result is that integer minus 2**64. With ``signed=False``, ``-1`` gives
-    2**64 - 1.
+    The text is calculated in double precision, so integers above 2**53 are rounded. An integer from
+    2**63 to 2**64 - 1 enters the calculation as that integer minus 2**64, rounded in the same way.
+    With ``signed=True``, a single such integer gives this negative number. With ``signed=False``,
+    2**64 is added to negative results: ``-1`` and ``18446744073709551615`` give 2**64 - 1.
 
     Raises `ValueError` for a text that is no number, and `OverflowError` for one that does not fit.
 

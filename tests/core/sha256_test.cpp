@@ -15,8 +15,8 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 using Digest = std::function<void(const Bytes& message, std::span<uint8_t> digest)>;
 
-// Take the digests of messages of 0 to 300 bytes, one after the other. sha256sum gives this for
-// them.
+// Joins the digests of messages of 0 to 300 bytes and takes the digest of that. The expected digest
+// is what sha256sum gives for the same bytes.
 void expectPublishedDigests(const Digest& digest) {
   Bytes joined, last(34, 0xEE);
   for (size_t size = 0; size <= 300; ++size) {

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The dynamic symbol table holds the functions that the package's symbols file lists, which are those
-# that the headers declare, and nothing else. Each has the version node.
+# The library exports the functions that the headers declare, under the version node, and nothing
+# else. The package's symbols file lists the same functions.
 #   exports_test.sh SOURCE LIBRARY
 set -euo pipefail
 source=$1 library=$2

@@ -3,7 +3,7 @@
 #   hardening_test.sh LIBRARY PROGRAM
 set -euo pipefail
 
-# has WHAT FILE PATTERN TOOL...: whether the tool says so of the file.
+# has WHAT FILE PATTERN TOOL...: fails unless the tool's output for the file contains the pattern.
 has() {
   "${@:4}" "$2" | grep -- "$3" >/dev/null || { echo "$2: no $1" >&2 && exit 1; }
 }

@@ -88,7 +88,7 @@ void expectExample(const Example& example, const std::string& more, Kind kind) {
     if (outcome.done || !outcome.fired) {
       EXPECT_EQ(outcome.content, plain.content);
     } else if (call <= faults::Call::REALLOC) {
-#ifndef __SANITIZE_ADDRESS__  // which has each node allocated by itself
+#ifndef __SANITIZE_ADDRESS__  // with it, each node is allocated by itself
       EXPECT_EQ(outcome.picture, before) << "memory is taken first";
 #endif
     } else if (call == faults::Call::FALLOCATE) {

@@ -115,8 +115,8 @@ class Pair {
   }
 
   // Runs a step of the library and of the model: both succeed or both fail, with the same calls on
-  // files. If `expected` is another status, the library has to refuse the
-  // step, and the model does not run it.
+  // files. If `expected` is not VELMOR_CORE_SUCCESS, the library has to return it, and the model
+  // does not run the step. Returns whether the step succeeded.
   template <typename Library, typename Plain>
   static bool both(Library library, Plain plain, int32_t expected = VELMOR_CORE_SUCCESS) {
     faults::fileCalls.clear();

@@ -169,8 +169,8 @@ struct Model {
     return node;
   }
 
-  // A tree may end past the object's end. If only the pad byte of the last chunk is missing, adds
-  // it.
+  // A tree may end past the object's end. need() adds the last chunk's pad byte if only that is
+  // missing.
   bool lacksPadOnly(const Node& chunk) const {
     return chunk.end() == size + 1 && chunk.lastInside()->size % 2 == 1;
   }

@@ -15,10 +15,10 @@ namespace faults {
 enum class Call { NEW, REALLOC, OPEN, LSEEK, READ, WRITE, FTRUNCATE, FALLOCATE, GETRANDOM };
 
 enum class How {
-  FAIL_ONCE,          // getrandom is interrupted
-  FAIL_FROM_HERE_ON,  // getrandom has no random source
-  RETURN_ZERO,        // a transfer moves no byte, once
-  SHORT_COUNTS        // transfers move one byte each from here on
+  FAIL_ONCE,          // one call fails; a getrandom call as if a signal had interrupted it
+  FAIL_FROM_HERE_ON,  // this call and all later ones fail
+  RETURN_ZERO,        // one transfer moves no byte
+  SHORT_COUNTS        // this transfer and all later ones move one byte each
 };
 
 // From now on, the nth call of a kind on this thread, counted from 0, fails in the given way.
@@ -26,14 +26,17 @@ void arm(Call call, size_t nth, How how);
 // Ends what arm() has begun. Returns whether the nth call was made.
 bool disarm();
 
-// Runs attempt(arm) many times: for each kind of call and each way of failing, the first call fails
-// in the first run, the second call in the next run, and so on. The attempt calls arm() when all is
-// prepared, and returns the result of disarm(). Checks after each run that all memory and
-// descriptors have been released. Returns the number of calls that failed.
+// Runs attempt(call, how, arm) once for each possible fault. For each kind of call except
+// GETRANDOM, and each way in which it can fail, the first call is hit in the first run, the second
+// call in the second run, and so on, until a run makes too few calls. The attempt prepares what it
+// needs, calls arm(), runs what is tested, and returns the result of disarm(). After each run,
+// checks that this thread has released all memory from operator new, and that all descriptors are
+// closed. Returns the number of runs with a fault.
 size_t forAllFaults(const std::function<bool(Call, How, const std::function<void()>&)>& attempt);
 
-// Appends a call on a file to a list such as "s0@3 r4@3 ", where 3 is the descriptor. The letters
-// are seek to, 'e' for seek from the end, read or write so many bytes, truncate to, close.
+// Appends a call on a file to a list such as "s0@3 r4@3 ". Each entry is a letter, a number, and
+// the descriptor after the '@'. The letters: s seeks to the number, e seeks from the end, r and w
+// read and write so many bytes, t truncates to that size, c closes.
 void note(std::string& calls, char what, int file, uint64_t value);
 
 extern std::string fileCalls;  // noted while recording
