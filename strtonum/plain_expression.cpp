@@ -22,6 +22,11 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isOperator(char c) { return c == '^' || (c >= '%' && c <= '/' && c != '.'); }
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }
 
+// Whether a text ends here and is not too long: the scanner rejects 2^31 - 1 bytes or more.
+bool endsText(const char* text, const char* end) {
+  return *end == '\0' && end - text < std::numeric_limits<int>::max();
+}
+
 const char* skipBlanks(const char* text) {
   while (isBlank(*text)) ++text;
   return text;
@@ -123,8 +128,7 @@ Value expr(const char* text, int depth) noexcept { return addexpr(text, depth); 
   const int error = errno;
   const Value value = expr(skipBlanksAndLineEnds(text), MAX_DEPTH);
   const char* end = skipBlanksAndLineEnds(value.end);
-  // The scanner rejects texts of 2^31 - 1 bytes or more.
-  if (*end == '\0' && end - text < std::numeric_limits<int>::max()) return {end, value.value};
+  if (endsText(text, end)) return {end, value.value};
   errno = error;
   if (_mm_getcsr() != flags) _mm_setcsr(flags);  // reading is faster than writing
   return NO_VALUE;
@@ -142,7 +146,7 @@ Value evaluatePlain(const char* text) noexcept {
   if (!isDigit(*first)) return *first == '(' ? start(text) : NO_VALUE;
   const Value number = constant(first);
   const char* end = skipBlanksAndLineEnds(number.end);
-  if (*end == '\0') return {end, sign == '-' ? -number.value : number.value};
+  if (endsText(text, end)) return {end, sign == '-' ? -number.value : number.value};
   return isOperator(*end) ? start(text) : NO_VALUE;
 }
 
