@@ -44,6 +44,7 @@ void writeAll(const std::string& name, const void* bytes, uint64_t length, uint6
     const ssize_t count = completed(name, "cannot be written", offset + done, [&] {
       return transfer(begin + done, length - done, static_cast<off_t>(offset + done));
     });
+    if (count == 0) throw Failure(name, "cannot be written: the system takes no more bytes");
     done += static_cast<uint64_t>(count);
   }
 }

@@ -51,7 +51,6 @@ class HeaderWalk {
   }
   // The innermost group. Needs an open group.
   const OpenGroup& group() const { return groups.back(); }
-  const OpenGroup& outermost() const { return groups.front(); }
 
   void moveTo(uint64_t offset) { at = offset; }
   // Goes into the group at the walk's position, to its first child.

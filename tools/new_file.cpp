@@ -140,7 +140,11 @@ void NewFile::publish() {
 
 Output::Output(const std::string& name, bool mayReplace) : path(name) {
   struct stat status {};
-  if (::lstat(name.c_str(), &status) == -1) return;
+  if (::lstat(name.c_str(), &status) == -1) {
+    const std::string marker = markerOf(name);
+    if (::lstat(marker.c_str(), &status) == -1) return;
+    throw Failure(marker, "is in the way: it marks an interrupted edit, so no result can be read");
+  }
   if (!mayReplace) throw Failure(name, "exists: --force replaces it");
   path = realPath(name);
   existing.emplace(name, File::READ);

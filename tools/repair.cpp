@@ -152,9 +152,10 @@ void requireSound(const std::string& file, RawBytes& repaired) {
 
 // Throws Failure unless the plan makes the file sound. From then on `bytes` shows the file with the
 // plan's changes.
-void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& survey) {
+void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& survey,
+                     const Wishes& wishes) {
   const RepairPlan& plan = survey.plan;
-  if (survey.trailing() > MAX_SIZE) {
+  if (survey.trailing() > MAX_SIZE && !wishes.dropTrailing) {
     throw Failure(file, "not repaired: more than 4 GiB belong to no chunk");
   }
   if (plan.claimed) {
@@ -187,7 +188,7 @@ int runRepair(const Arguments& arguments) {
     std::cout << printable(file) << ": sound, nothing to repair\n";
     return 0;
   }
-  requireGoodPlan(file, bytes, survey);
+  requireGoodPlan(file, bytes, survey, wishes);
   const std::string name = inPlace ? file : output.value_or(repairedName(file));
   const auto target = inPlace ? editInPlace(original, ROOM, "repair")
                               : writeOutput(original, name, arguments.has(FORCE.name));

@@ -453,12 +453,6 @@ std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes) {
   return first;
 }
 
-std::optional<Finding> firstDamage(const std::string& file) {
-  const Original original(file, Original::LOOK);
-  RawBytes bytes(original.get());
-  return firstDamage(file, bytes);
-}
-
 std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes) {
   requireRiff(name, bytes);
   std::optional<Finding> first;
@@ -467,12 +461,6 @@ std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes)
   });
   if (survey.mustStayClosed && first) throw Failure(name, findingText(*first));
   return first;
-}
-
-std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after) {
-  auto damage = firstDamage(name, after);
-  if (!damage || firstDamage(name, before)) return std::nullopt;
-  return damage;
 }
 
 }  // namespace tool

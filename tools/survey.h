@@ -40,16 +40,12 @@ Survey surveyFile(const std::string& file, const Report& report);
 
 // The first finding that is no warning; none where the file is sound.
 std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes);
-std::optional<Finding> firstDamage(const std::string& file);
 
 // Throws Failure if the library should not open a file. There are three reasons: it is no RIFF
 // file; the library would read all of it and then refuse it; or it holds too many zeros, which the
 // library takes for empty chunks. Other damage does not prevent opening; the first of it is
 // returned.
 std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes);
-
-// The first damage in `after` if there is none in `before`.
-std::optional<Finding> damageByEdit(const std::string& name, RawBytes& before, RawBytes& after);
 
 }  // namespace tool
 

@@ -125,7 +125,8 @@ class InPlace : public Target {
   // Setting a file to the size that it has frees the blocks that were reserved past its end.
   void giveBackRoom() const {
     const int descriptor = original.get().descriptor();
-    if (::ftruncate(descriptor, static_cast<off_t>(original.get().size())) == -1) return;
+    struct stat now {};
+    if (::fstat(descriptor, &now) == -1 || ::ftruncate(descriptor, now.st_size) == -1) return;
   }
 
   SignalsWait wait;

@@ -10,7 +10,9 @@ namespace {
 bool isHarmless(std::string_view character) {
   if (character.size() == 1) return character[0] >= ' ' && character[0] != 0x7F;
   const bool isControl = character[0] == '\xC2' && character < "\xC2\xA0";
-  const bool isDirection = (character >= "\xE2\x80\xA8" && character <= "\xE2\x80\xAE") ||
+  const bool isDirection = character == "\xD8\x9C" || character == "\xE2\x80\x8E" ||
+                           character == "\xE2\x80\x8F" ||
+                           (character >= "\xE2\x80\xA8" && character <= "\xE2\x80\xAE") ||
                            (character >= "\xE2\x81\xA6" && character <= "\xE2\x81\xA9");
   return !isControl && !isDirection;
 }
