@@ -34,7 +34,7 @@ build_packages=(g++ cmake ninja-build flex libfl-dev bison libboost-dev)
 test_packages=("${build_packages[@]}" libgtest-dev pkg-config)
 # Other programs that read RIFF files. The tests check with them that edited files are valid.
 # Without them these tests are skipped.
-judge_packages=(ffmpeg sox webp)
+judge_packages=(ffmpeg sox webp mediainfo libimage-exiftool-perl sndfile-programs python3-jsonschema)
 # For the Python module. Without pytest its tests are skipped.
 python_packages=(python3-pytest mypy)
 packaging_packages=(build-essential debhelper dh-python doxygen dpkg-dev fakeroot lintian

@@ -7,10 +7,10 @@
 #include <iostream>
 #include <new>
 
-#include "command.h"
-#include "errors.h"
-#include "signals.h"
-#include "terminal.h"
+#include "app/command.h"
+#include "app/errors.h"
+#include "app/signals.h"
+#include "app/terminal.h"
 
 namespace tool {
 namespace {

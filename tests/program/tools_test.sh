@@ -112,6 +112,8 @@ END
   take clip.avi
   expect_equal clip "$(read_tree clip.avi)" "$("$program" tree --json clip.avi | python3 read.py | tail -n +2 |
     awk '{ print $2, $3 ($4 == "None" ? "" : ":" $4), $5 }')"
+  "$program" tree --json na* clip.avi >lines || fail json
+  expect_schema lines
 }
 
 tree_escapes_what_does_not_print() {

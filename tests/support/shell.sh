@@ -20,6 +20,18 @@ expected: $2
   actual: $3"
 }
 
+# expect_schema FILE: each line of the file is JSON as the schema describes it. Skips the test if
+# nothing here can check that.
+expect_schema() {
+  /usr/bin/python3 -c 'import jsonschema' 2>/dev/null || exit 77
+  /usr/bin/python3 - "${BASH_SOURCE[0]%/*}/../../docs/velmor-core.schema.json" "$1" <<'END' || fail "schema: $1"
+import json, jsonschema, sys
+validator = jsonschema.Draft202012Validator(json.load(open(sys.argv[1])))
+for line in open(sys.argv[2], encoding="utf-8"):
+    validator.validate(json.loads(line))
+END
+}
+
 # Copies real files here, to be changed.
 take() {
   local file

@@ -1,0 +1,31 @@
+// The two kinds of error that end a command.
+#ifndef VELMOR_CORE_TOOLS_APP_ERRORS_H
+#define VELMOR_CORE_TOOLS_APP_ERRORS_H
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+
+namespace tool {
+
+// The command line makes no sense: exit status 2. Thrown before anything has been touched.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The command could not be carried out: exit status 1. The message names the file first.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+  Failure(const std::string& file, const std::string& what)
+      : std::runtime_error(file + ": " + what) {}
+};
+
+// The reason why the last system call failed.
+inline std::string systemError() { return std::strerror(errno); }  // NOLINT: one thread
+
+}  // namespace tool
+
+#endif

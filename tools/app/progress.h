@@ -1,0 +1,49 @@
+// Shows at a terminal how much of a long piece of work is done.
+#ifndef VELMOR_CORE_TOOLS_APP_PROGRESS_H
+#define VELMOR_CORE_TOOLS_APP_PROGRESS_H
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <thread>
+
+namespace tool {
+
+// Shows a line such as "copying song.wav: 45%" on standard error, if that is a terminal and the
+// work takes longer than a second; clears it at the end.
+class Progress {
+ public:
+  Progress(const std::string& what, uint64_t total);
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  ~Progress() { clear(); }
+
+  // Sets how much of the total is done. Cheap enough to be called for each block.
+  void at(uint64_t done) {
+    if (watched) show(done);
+  }
+  // Clears the line before other output. The next at() shows it again.
+  void clear();
+
+ private:
+  void show(uint64_t done);
+
+  std::string what;
+  uint64_t total;
+  bool watched;
+  bool shown = false;
+  std::chrono::steady_clock::time_point next;  // when the line is shown next
+};
+
+// The same for a single long call, whose progress is not known: "hashing song.wav: 3 s".
+class Waiting {
+ public:
+  explicit Waiting(const std::string& what);
+
+ private:
+  std::jthread thread;  // none if standard error is no terminal
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,69 @@
+// Removes the unfinished file when a signal ends the program.
+
+#include "app/signals.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstring>
+
+#include "app/errors.h"
+
+namespace tool {
+
+namespace {
+
+// The signals with which others end a program. Signals that report its own faults are not listed.
+constexpr std::array ENDING = {SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1,
+                               SIGUSR2, SIGVTALRM, SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
+
+// The signal handler reads it. It is changed only while signals are blocked.
+std::array<char, PATH_MAX> unfinishedFile;
+
+sigset_t endingSignals() {
+  sigset_t set;
+  ::sigemptyset(&set);
+  for (const int signal : ENDING) ::sigaddset(&set, signal);
+  return set;
+}
+
+// The signal's default action has been restored by then, and runs when the handler returns.
+void removeAndEnd(int signal) {
+  if (unfinishedFile[0] != '\0') ::unlink(unfinishedFile.data());
+  static_cast<void>(::raise(signal));
+}
+
+}  // namespace
+
+void handleSignals() {
+  struct sigaction action {};
+  action.sa_mask = endingSignals();
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  action.sa_handler = removeAndEnd;
+  for (const int signal : ENDING) {
+    struct sigaction inherited {};
+    ::sigaction(signal, nullptr, &inherited);
+    // Signals that were ignored from the start, such as SIGHUP under nohup, stay ignored.
+    if (inherited.sa_handler == SIG_DFL) ::sigaction(signal, &action, nullptr);
+  }
+  action.sa_handler = SIG_IGN;
+  ::sigaction(SIGXFSZ, &action, nullptr);
+}
+
+void setUnfinishedFile(const std::string& path) {
+  if (path.size() >= unfinishedFile.size()) throw Failure(path, std::strerror(ENAMETOOLONG));
+  path.copy(unfinishedFile.data(), path.size());
+  unfinishedFile[path.size()] = '\0';
+}
+
+void clearUnfinishedFile() { unfinishedFile[0] = '\0'; }
+
+SignalsWait::SignalsWait() {
+  const sigset_t set = endingSignals();
+  ::pthread_sigmask(SIG_BLOCK, &set, &before);
+}
+
+SignalsWait::~SignalsWait() { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+
+}  // namespace tool

@@ -1,0 +1,33 @@
+// Removes the unfinished file when a signal ends the program.
+#ifndef VELMOR_CORE_TOOLS_APP_SIGNALS_H
+#define VELMOR_CORE_TOOLS_APP_SIGNALS_H
+
+#include <csignal>
+#include <string>
+
+namespace tool {
+
+// Call once, before anything else. Then a signal that ends the program first removes the unfinished
+// file, if there is one. SIGXFSZ no longer ends the program: a write past the file size limit of
+// the process fails like any other write.
+void handleSignals();
+
+// Names the unfinished file. Hold a SignalsWait while you make the file and while you rename it.
+void setUnfinishedFile(const std::string& path);
+void clearUnfinishedFile();
+
+// While an object of this class exists, signals that would end the program wait, except SIGKILL.
+class SignalsWait {
+ public:
+  SignalsWait();
+  SignalsWait(const SignalsWait&) = delete;
+  SignalsWait& operator=(const SignalsWait&) = delete;
+  ~SignalsWait();
+
+ private:
+  sigset_t before{};
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,86 @@
+// What only terminals get: colour, and a line that shows progress.
+
+#include "app/terminal.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <mutex>
+
+namespace tool {
+
+namespace {
+
+std::string_view variable(const char* name) {
+  const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
+  return value ? value : "";
+}
+
+bool wantsColour() {
+  return outputIsTerminal() && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
+}
+
+std::string_view sequenceOf(Style style) {
+  switch (style) {
+    case Style::TITLE:
+      return "\x1b[1m";
+    case Style::GROUP:
+      return "\x1b[1;34m";
+    case Style::FREE:
+      return "\x1b[2m";
+    case Style::WARNING:
+      return "\x1b[33m";
+  }
+  return "";
+}
+
+// Writes each text to standard error in one piece, so that texts of two threads do not mix.
+class ErrorOutput {
+ public:
+  void show(std::string_view text) {
+    const std::lock_guard lock(mutex);
+    write("\r", text, CLEAR_TO_END);
+    progressIsShown = true;
+  }
+  void print(std::string_view text) {
+    const std::lock_guard lock(mutex);
+    write(progressIsShown ? CLEAR_LINE : "", text, "");
+    progressIsShown = false;
+  }
+
+ private:
+  static constexpr std::string_view CLEAR_TO_END = "\x1b[K";
+  static constexpr std::string_view CLEAR_LINE = "\r\x1b[K";
+
+  static void write(std::string_view before, std::string_view text, std::string_view after) {
+    std::string piece(before);
+    piece.append(text).append(after);
+    std::cerr << piece << std::flush;
+  }
+
+  std::mutex mutex;
+  bool progressIsShown = false;
+};
+
+ErrorOutput& errorOutput() {
+  static ErrorOutput output;
+  return output;
+}
+
+}  // namespace
+
+bool outputIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+bool errorsAreSeen() { return ::isatty(STDERR_FILENO) == 1; }
+
+void showProgressLine(std::string_view text) { errorOutput().show(text); }
+void clearProgressLine() { errorOutput().print(""); }
+void printMessage(std::string_view text) { errorOutput().print(std::string(text).append("\n")); }
+
+std::string styled(Style style, std::string_view text) {
+  static const bool COLOUR = wantsColour();
+  if (!COLOUR) return std::string(text);
+  return std::string(sequenceOf(style)).append(text).append("\x1b[0m");
+}
+
+}  // namespace tool

@@ -1,0 +1,29 @@
+// What only terminals get: colour, and a line that shows progress.
+#ifndef VELMOR_CORE_TOOLS_APP_TERMINAL_H
+#define VELMOR_CORE_TOOLS_APP_TERMINAL_H
+
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+enum class Style { TITLE, GROUP, FREE, WARNING };
+
+// The text in its style if standard output is a terminal with colour and the environment variable
+// NO_COLOR (see no-color.org) is not set; otherwise the text unchanged.
+std::string styled(Style style, std::string_view text);
+
+bool outputIsTerminal();
+bool errorsAreSeen();  // standard error is a terminal
+
+// These write to standard error and may be called by several threads.
+
+// Shows a line. The next line or message replaces it.
+void showProgressLine(std::string_view text);
+void clearProgressLine();
+// Prints a message and a line end in one piece.
+void printMessage(std::string_view text);
+
+}  // namespace tool
+
+#endif

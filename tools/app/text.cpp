@@ -1,0 +1,84 @@
+// Numbers, counts and texts from elsewhere, in a readable form.
+
+#include "app/text.h"
+
+namespace tool {
+
+namespace {
+
+// A character of UTF-8 that may be printed as it is.
+bool isHarmless(std::string_view character) {
+  if (character.size() == 1) return character[0] >= ' ' && character[0] != 0x7F;
+  const bool isControl = character[0] == '\xC2' && character < "\xC2\xA0";
+  const bool isDirection = character == "\xD8\x9C" || character == "\xE2\x80\x8E" ||
+                           character == "\xE2\x80\x8F" ||
+                           (character >= "\xE2\x80\xA8" && character <= "\xE2\x80\xAE") ||
+                           (character >= "\xE2\x81\xA6" && character <= "\xE2\x81\xA9");
+  return !isControl && !isDirection;
+}
+
+}  // namespace
+
+std::string counted(uint64_t number, std::string_view what) {
+  std::string text = std::to_string(number);
+  text.append(" ").append(what);
+  if (number != 1) text += 's';
+  return text;
+}
+
+std::string counted(uint64_t number, std::string_view one, std::string_view many) {
+  return std::to_string(number).append(" ").append(number == 1 ? one : many);
+}
+
+std::string grouped(uint64_t number) {
+  constexpr std::size_t GROUP = 3;
+  std::string text = std::to_string(number);
+  for (std::size_t i = text.size(); i > GROUP;) {
+    i -= GROUP;
+    text.insert(i, 1, ',');
+  }
+  return text;
+}
+
+std::string hexadecimal(uint32_t number) {
+  constexpr std::string_view DIGITS = "0123456789ABCDEF";
+  std::string text = "0x";
+  for (int shift = 28; shift >= 0; shift -= 4) text += DIGITS[number >> shift & 15];
+  return text;
+}
+
+std::string hexDigits(uint8_t byte) {
+  constexpr std::string_view DIGITS = "0123456789abcdef";
+  return {DIGITS[byte >> 4], DIGITS[byte & 15]};
+}
+
+std::size_t characterSize(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  if (first < 0x80) return 1;
+  const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+  if (first < 0xC2 || first > 0xF4 || text.size() < size) return 0;
+  for (std::size_t i = 1; i < size; ++i) {
+    if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) return 0;
+  }
+  const auto second = static_cast<unsigned char>(text[1]);
+  const bool overlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+  const bool outside = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
+  return overlong || outside ? 0 : size;
+}
+
+std::string printable(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const std::size_t size = characterSize(text);
+    const std::string_view character = text.substr(0, size == 0 ? 1 : size);
+    if (size > 0 && isHarmless(character)) {
+      shown += character;
+    } else {
+      for (const char byte : character) shown += "\\x" + hexDigits(static_cast<uint8_t>(byte));
+    }
+    text.remove_prefix(character.size());
+  }
+  return shown;
+}
+
+}  // namespace tool

@@ -1,0 +1,35 @@
+// Chunk ids and group ids as text.
+#ifndef VELMOR_CORE_TOOLS_CHUNKS_CHUNK_ID_H
+#define VELMOR_CORE_TOOLS_CHUNKS_CHUNK_ID_H
+
+#include <velmor_core/riff.h>
+
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+constexpr uint32_t ID_RIFF = VELMOR_CORE_RIFF_ID('R', 'I', 'F', 'F');
+constexpr uint32_t ID_LIST = VELMOR_CORE_RIFF_ID('L', 'I', 'S', 'T');
+constexpr uint32_t ID_JUNK = VELMOR_CORE_RIFF_ID('J', 'U', 'N', 'K');
+constexpr uint32_t ID_INFO = VELMOR_CORE_RIFF_ID('I', 'N', 'F', 'O');
+
+// The ids under which a chunk is read as a group.
+constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }
+
+// Whether all four bytes are printable ASCII characters, as in every id that a format has defined.
+bool isPrintable(uint32_t id);
+
+// An id as it is shown and typed: without the spaces at its end, and with \xHH for every byte that
+// is not printable or is special in a path. parseId() gives the same id again.
+std::string idText(uint32_t id);
+
+// "LIST:INFO" for a group, "data" for any other chunk; of a data chunk the group id is not used.
+std::string nameText(uint32_t id, uint32_t groupId);
+
+// The id that a text stands for; throws UsageError unless it has one to four characters.
+uint32_t parseId(std::string_view text);
+
+}  // namespace tool
+
+#endif

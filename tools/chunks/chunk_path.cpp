@@ -1,0 +1,54 @@
+#include "chunks/chunk_path.h"
+
+#include <charconv>
+
+#include "app/errors.h"
+#include "chunks/chunk_id.h"
+
+namespace tool {
+
+namespace {
+
+PathStep parseStep(std::string_view text) {
+  PathStep step;
+  step.text = text;
+  if (const std::size_t bracket = text.find('['); bracket != std::string_view::npos) {
+    const std::string_view digits = text.substr(bracket + 1);
+    uint64_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error != std::errc() || number == 0 || std::string_view(end, digits.end()) != "]") {
+      throw UsageError("\"" + step.text +
+                       "\": [ ] comes last, after the group id, and holds a number from 1");
+    }
+    step.number = number;
+    text = text.substr(0, bracket);
+  }
+  if (const std::size_t colon = text.find(':'); colon != std::string_view::npos) {
+    step.groupId = parseId(text.substr(colon + 1));
+    text = text.substr(0, colon);
+  }
+  step.id = parseId(text);
+  return step;
+}
+
+}  // namespace
+
+void throwAmbiguous(const PathStep& step, uint64_t fitting) {
+  throw Failure("\"" + step.text + "\" fits " + std::to_string(fitting) +
+                " chunks: name one of them as " + step.text + "[1] to " + step.text + "[" +
+                std::to_string(fitting) + "]");
+}
+
+void throwMissing(const PathStep& step, const std::string& place) {
+  throw Failure("there is no chunk " + step.text + " " + place);
+}
+
+ChunkPath::ChunkPath(std::string_view text) : typed(text) {
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find('/', begin), text.size());
+    steps.push_back(parseStep(text.substr(begin, end - begin)));
+    begin = end + 1;
+  }
+}
+
+}  // namespace tool

@@ -1,0 +1,82 @@
+// Reads headers through a window, and finds the end of a run of zeros.
+#include "chunks/raw_bytes.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace tool {
+
+namespace {
+
+constexpr uint64_t SCAN_BLOCK = 1 << 18;
+
+// The index of the first byte that is not 0, or the size.
+std::size_t leadingZeros(std::span<const std::byte> bytes) {
+  std::size_t index = 0;
+  for (uint64_t word = 0; index + sizeof word <= bytes.size(); index += sizeof word) {
+    std::memcpy(&word, bytes.data() + index, sizeof word);
+    if (word != 0) break;
+  }
+  while (index < bytes.size() && bytes[index] == std::byte{0}) ++index;
+  return index;
+}
+
+}  // namespace
+
+RawChunk RawBytes::chunkAt(uint64_t offset) {
+  const uint8_t* header = bytesAt(offset, GROUP_HEADER_SIZE);
+  RawChunk chunk;
+  chunk.id = littleEndian32(header);
+  chunk.dataSize = littleEndian32(header + 4);
+  chunk.groupId = littleEndian32(header + HEADER_SIZE);
+  chunk.offset = offset;
+  const auto patch = std::ranges::lower_bound(patches, offset, {}, &Patch::offset);
+  if (patch != patches.end() && patch->offset == offset) chunk.dataSize = patch->dataSize;
+  return chunk;
+}
+
+uint8_t RawBytes::byteAt(uint64_t offset) { return *bytesAt(offset, 1); }
+
+void RawBytes::copy(void* to, uint64_t count, uint64_t offset) const {
+  const uint64_t there = offset < stored ? std::min(count, stored - offset) : 0;
+  if (file) {
+    file->readAll(to, there, offset);
+  } else if (there > 0) {
+    std::memcpy(to, memory.data() + offset, there);
+  }
+  if (there < count) std::memset(static_cast<char*>(to) + there, 0, count - there);
+}
+
+uint64_t RawBytes::endOfZeros(uint64_t offset, uint64_t end) {
+  // Most runs are short and lie in the window. Most offsets that are asked for begin no run.
+  if (offset < end) {
+    bytesAt(offset, 1);
+    const uint64_t windowEnd = std::min(windowOffset + windowSize, end);
+    offset += leadingZeros(
+        std::as_bytes(std::span(window)).subspan(offset - windowOffset, windowEnd - offset));
+    if (offset < windowEnd) return offset;
+  }
+  std::vector<std::byte> block;
+  while (offset < end) {
+    if (file) offset = std::min(file->nextData(offset), end);
+    block.resize(std::min(block.empty() ? WINDOW : SCAN_BLOCK, end - offset));
+    copy(block.data(), block.size(), offset);
+    const std::size_t zeros = leadingZeros(block);
+    offset += zeros;
+    if (zeros < block.size()) break;
+  }
+  return offset;
+}
+
+const uint8_t* RawBytes::bytesAt(uint64_t offset, uint64_t count) {
+  if (offset < windowOffset || offset + count > windowOffset + windowSize) {
+    windowSize = offset < length ? std::min<uint64_t>(WINDOW, length - offset) : 0;
+    windowOffset = offset;
+    copy(window.data(), windowSize, offset);
+    std::fill(window.begin() + static_cast<std::ptrdiff_t>(windowSize), window.end(), uint8_t{0});
+  }
+  return &window[offset - windowOffset];
+}
+
+}  // namespace tool

@@ -1,0 +1,79 @@
+// The headers of a file as they are, even if they contradict each other.
+#ifndef VELMOR_CORE_TOOLS_CHUNKS_RAW_BYTES_H
+#define VELMOR_CORE_TOOLS_CHUNKS_RAW_BYTES_H
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "chunks/chunk_id.h"
+#include "chunks/layout.h"
+#include "file/file.h"
+
+namespace tool {
+
+// A chunk as its header states it. It may end anywhere, also past the end of the file.
+struct RawChunk {
+  uint32_t id = 0;
+  uint32_t groupId = 0;  // the four bytes after the header; of groups, the group id
+  uint32_t dataSize = 0;
+  uint64_t offset = 0;  // of the header, from the file's first byte
+
+  uint64_t dataOffset() const { return offset + HEADER_SIZE; }
+  uint64_t dataEnd() const { return dataOffset() + dataSize; }
+  uint64_t end() const { return dataOffset() + padded(dataSize); }
+  bool isGroup() const { return isGroupId(id); }
+};
+
+// The bytes of a file or of memory, which has to outlive this. Keeps the last few KiB that were
+// read, so a header near the previous one needs no system call.
+class RawBytes {
+ public:
+  explicit RawBytes(const File& file) : file(&file), stored(file.size()), length(stored) {}
+  explicit RawBytes(std::span<const char> memory)
+      : memory(memory), stored(memory.size()), length(stored) {}
+
+  uint64_t size() const { return length; }
+
+  // Another size for one chunk.
+  struct Patch {
+    uint64_t offset;  // of the chunk's header
+    uint32_t dataSize;
+  };
+  // From now on, chunkAt() gives these sizes (sorted by offset), and the bytes have another end.
+  // Bytes that are added at the end are 0. copy() and byteAt() still give the stored size fields.
+  void patch(std::vector<Patch> sizes, uint64_t end) {
+    patches = std::move(sizes);
+    length = end;
+    windowSize = 0;
+  }
+
+  // The chunk whose header is at an offset. Bytes past the end of the file read as 0.
+  RawChunk chunkAt(uint64_t offset);
+  uint8_t byteAt(uint64_t offset);
+  // Copies bytes. Those past the end of the file are 0. Throws Failure if the file became shorter.
+  void copy(void* to, uint64_t count, uint64_t offset) const;
+  // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
+  // files are skipped unread.
+  uint64_t endOfZeros(uint64_t offset, uint64_t end);
+
+ private:
+  static constexpr std::size_t WINDOW = 4096;
+
+  // `count` bytes at an offset, GROUP_HEADER_SIZE at most.
+  const uint8_t* bytesAt(uint64_t offset, uint64_t count);
+
+  const File* file = nullptr;  // or null, for memory
+  std::span<const char> memory;
+  uint64_t stored;  // bytes in the file or memory
+  uint64_t length;
+  std::vector<Patch> patches;
+  uint64_t windowOffset = 0;
+  uint64_t windowSize = 0;
+  std::array<uint8_t, WINDOW + GROUP_HEADER_SIZE> window{};  // the rest stays 0
+};
+
+}  // namespace tool
+
+#endif

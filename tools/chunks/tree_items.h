@@ -1,0 +1,82 @@
+// The contents of a file as its headers state them: chunks, and bytes that are no chunk.
+#ifndef VELMOR_CORE_TOOLS_CHUNKS_TREE_ITEMS_H
+#define VELMOR_CORE_TOOLS_CHUNKS_TREE_ITEMS_H
+
+#include <string>
+
+#include "chunks/header_walk.h"
+#include "chunks/raw_bytes.h"
+
+namespace tool {
+
+// A header in a file. It has the interface of a chunk of an object, so that paths can be followed.
+// Skips runs of zeros.
+class RawNode {
+ public:
+  RawNode() = default;
+  static RawNode virtualRoot(RawBytes& bytes) { return {bytes, bytes.size()}; }
+
+  explicit operator bool() const { return bytes != nullptr; }
+  bool isVirtualRoot() const { return isRoot; }
+  bool isGroup() const { return isRoot || raw.isGroup(); }
+  uint32_t id() const { return raw.id; }
+  uint32_t groupId() const { return raw.groupId; }
+  std::string name() const { return nameText(raw.id, raw.groupId); }
+  RawNode firstChild() const;
+  RawNode next() const;
+
+  const RawChunk& chunk() const { return raw; }
+  uint64_t level() const { return depth; }
+  // Where the parent ends, or the file if that is earlier.
+  uint64_t limit() const { return parentLimit; }
+
+ private:
+  RawNode(RawBytes& bytes, uint64_t limit) : bytes(&bytes), parentLimit(limit), isRoot(true) {}
+  // The first header in [offset, limit).
+  RawNode at(uint64_t offset, uint64_t limit, uint64_t level) const;
+
+  RawBytes* bytes = nullptr;
+  RawChunk raw;
+  uint64_t parentLimit = 0;
+  uint64_t depth = 0;
+  bool isRoot = false;
+};
+
+struct TreeItem {
+  enum Kind {
+    CHUNK,
+    ZEROS,  // a run of zeros, which would be chunks without id and data
+    BYTES   // other bytes that are no chunk: too few for a header, or no plausible header
+  };
+  Kind kind = CHUNK;
+  RawChunk chunk;      // for bytes that are no chunk, only the offset is meaningful
+  uint64_t level = 0;  // 0 for top-level chunks
+  uint64_t size = 0;   // number of bytes that are no chunk; 0 for a chunk
+  uint64_t limit = 0;  // where the parent ends, or the file if that is earlier
+};
+
+// Goes through the items of a file in the order of its bytes, groups before the chunks in them.
+// Stores only the open groups.
+class TreeItems {
+ public:
+  // All items from the virtual root on, or a chunk that a path has found and the items in it.
+  TreeItems(RawBytes& bytes, const RawNode& start);
+
+  // Goes on to the next item; false after the last one.
+  bool next();
+  const TreeItem& item() const { return current; }
+
+ private:
+  bool isChunk(const RawChunk& chunk, uint64_t left) const;
+
+  RawBytes& bytes;
+  HeaderWalk walk;
+  uint64_t firstLevel;
+  uint64_t outerLimit;  // where the parent of the first chunk ends
+  bool isFirst = true;
+  TreeItem current;
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,152 @@
+// velmor-core extract
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <vector>
+
+#include "app/command.h"
+#include "app/errors.h"
+#include "app/progress.h"
+#include "app/terminal.h"
+#include "app/text.h"
+#include "chunks/chunk_path.h"
+#include "chunks/file_kind.h"
+#include "chunks/tree_items.h"
+#include "editing/editing.h"
+#include "file/new_file.h"
+#include "file/original.h"
+#include "verdict/survey.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint64_t BLOCK = 1 << 16;
+constexpr std::array OPTIONS = {OUTPUT, FORCE};
+
+using Write = std::function<void(const char* bytes, std::size_t count)>;
+
+// A data chunk's bytes in the file.
+class Data {
+ public:
+  Data(const File& file, const RawChunk& chunk) : file(file), chunk(chunk) {}
+
+  // Passes them to `write` in blocks.
+  void copyTo(const Write& write) const {
+    const uint64_t size = chunk.dataSize;
+    Progress progress("extracting " + idText(chunk.id), size);
+    std::vector<char> block(std::min(size, BLOCK));
+    for (uint64_t done = 0; done < size; done += block.size()) {
+      block.resize(std::min(size - done, BLOCK));
+      file.readAll(block.data(), block.size(), chunk.dataOffset() + done);
+      write(block.data(), block.size());
+      progress.at(done);
+    }
+  }
+
+ private:
+  const File& file;
+  RawChunk chunk;
+};
+
+// Whether a terminal may read some of the bytes as commands. NULs are harmless: texts end in them.
+bool steersTerminal(std::string text) {
+  std::ranges::replace_if(
+      text, [](char byte) { return byte == '\0' || byte == '\n' || byte == '\t'; }, ' ');
+  return printable(text) != text;
+}
+
+void printData(const Data& data, bool mayBeBinary) {
+  if (outputIsTerminal() && !mayBeBinary) {
+    data.copyTo([](const char* bytes, std::size_t count) {
+      if (steersTerminal({bytes, count})) {
+        throw Failure(
+            "the data may confuse the terminal: -o writes it to a file, --force prints it");
+      }
+    });
+  }
+  data.copyTo([](const char* bytes, std::size_t count) {
+    std::cout.write(bytes, static_cast<std::streamsize>(count));
+    if (!std::cout) throw Failure("cannot write the output");
+  });
+}
+
+// Writes directly to a device or a named pipe, which cannot be replaced by a new file.
+void writeThrough(const Data& data, const std::string& output) {
+  Descriptor opened(::open(output.c_str(), O_WRONLY | O_CLOEXEC));
+  if (!opened) throw Failure(output, systemError());
+  const File file(output, std::move(opened));
+  data.copyTo([&](const char* bytes, std::size_t count) { file.write(bytes, count); });
+}
+
+void writeData(const Data& data, const std::string& name, bool mayReplace) {
+  constexpr mode_t PERMISSIONS = 0666;
+  struct stat status {};
+  if (::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    return writeThrough(data, name);
+  }
+  const Output output(name, mayReplace);
+  NewFile file(output.path, output.replaced());
+  data.copyTo([&](const char* bytes, std::size_t count) { file.get().write(bytes, count); });
+  file.complete(PERMISSIONS);
+  file.publish();
+}
+
+// The data chunk that a path names. Only the headers on the way to it are read, so damage elsewhere
+// in the file does not matter.
+RawChunk findData(const Original& original, const ChunkPath& path) {
+  RawBytes bytes(original.get());
+  requireRiff(original.name(), bytes);
+  try {
+    const RawNode found = path.find(RawNode::virtualRoot(bytes));
+    if (found.isGroup()) throw Failure(found.name() + " is a group: extract the chunks in it");
+    if (found.chunk().dataEnd() <= std::min(found.limit(), bytes.size())) return found.chunk();
+    throw Failure(found.name() + " cannot be read to its end");
+  } catch (const Failure& failure) {
+    const auto damage = firstDamage(original.name(), bytes);
+    throw Failure(original.name(), failure.what() + (damage ? ": " + findingText(*damage) : ""));
+  }
+}
+
+int runExtract(const Arguments& arguments) {
+  const std::string& name = arguments[0];
+  const ChunkPath path(arguments[1]);
+  const std::optional<std::string> output = arguments.value(OUTPUT.name);
+  if (output && isSameFile(name, *output)) {
+    throw UsageError("the data cannot be written over the file that it comes from");
+  }
+  const Original original(name, Original::LOOK);
+  const Data data(original.get(), findData(original, path));
+  if (output) {
+    writeData(data, *output, arguments.has(FORCE.name));
+  } else {
+    printData(data, arguments.has(FORCE.name));
+  }
+  return 0;
+}
+
+}  // namespace
+
+const Command EXTRACT = {
+    .name = "extract",
+    .synopsis = "FILE PATH [-o OUTPUT] [--force]",
+    .summary = "Write the data of a chunk to standard output or a file",
+    .help = R"(
+Writes the data as it is stored, without header and pad byte. The NUL at the end of a text is
+written too.
+
+-o OUTPUT   write to this file; it appears under this name only when complete
+--force     replace OUTPUT if it exists; without -o, print bytes that may confuse the terminal
+
+  velmor-core extract song.wav RIFF:WAVE/data -o samples.raw
+)",
+    .minOperands = 2,
+    .maxOperands = 2,
+    .options = OPTIONS,
+    .run = runExtract,
+};
+
+}  // namespace tool

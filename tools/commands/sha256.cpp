@@ -1,0 +1,101 @@
+// velmor-core sha256
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <iostream>
+#include <optional>
+#include <velmor_core/hash.hpp>
+
+#include "app/command.h"
+#include "app/errors.h"
+#include "app/progress.h"
+#include "app/terminal.h"
+#include "app/text.h"
+#include "file/bytes.h"
+#include "file/mapping.h"
+
+namespace tool {
+
+namespace {
+
+using velmor_core::Sha256;
+
+// None unless the descriptor is at the start of a regular file that can be mapped. Files that the
+// system makes up, such as those in /proc, look empty, and are read instead.
+std::optional<Sha256> digestOfMapped(const File& file) {
+  const struct stat status = file.status();
+  if (!S_ISREG(status.st_mode) || status.st_size == 0) return std::nullopt;
+  if (::lseek(file.descriptor(), 0, SEEK_CUR) != 0) return std::nullopt;
+  std::optional<Mapping> mapping;
+  try {
+    mapping.emplace(file, file.size(), 0);
+  } catch (const Failure&) {
+    return std::nullopt;
+  }
+  const std::span<char> bytes = mapping->bytes();
+  ::madvise(bytes.data(), bytes.size(), MADV_SEQUENTIAL);  // read ahead further
+  const Sha256 digest = velmor_core::sha256(bytes);
+  mapping->requireIntact();
+  ::lseek(file.descriptor(), 0, SEEK_END);  // as reading would leave it
+  return digest;
+}
+
+// Large files are mapped, so that they need no memory. Other input is held in memory.
+Sha256 digestOf(const std::string& name) {
+  const File file(name, name == "-" ? Descriptor(::dup(STDIN_FILENO)) : openToRead(name));
+  const Waiting waiting("hashing " + name);
+  if (const auto digest = digestOfMapped(file)) return *digest;
+  Bytes bytes;
+  bytes.readToEnd(file.descriptor(), name);
+  return velmor_core::sha256(bytes.view());
+}
+
+// A backslash at the start of the line means that the name in it is escaped, as in the output of
+// sha256sum.
+void printLine(std::string_view digits, const std::string& name) {
+  std::string shown;
+  for (const char character : name) {
+    if (character == '\\') {
+      shown += "\\\\";
+    } else if (character == '\n') {
+      shown += "\\n";
+    } else if (character == '\r') {
+      shown += "\\r";
+    } else {
+      shown += character;
+    }
+  }
+  if (shown != name) std::cout << '\\';
+  std::cout << digits << "  " << (outputIsTerminal() ? printable(shown) : shown) << '\n';
+}
+
+void hashFile(const std::string& name) {
+  std::string digits;
+  for (const uint8_t byte : digestOf(name)) digits += hexDigits(byte);
+  printLine(digits, name);
+}
+
+int runSha256(const Arguments& arguments) {
+  if (arguments.count() > 0) return forEach(arguments.all(), hashFile);
+  hashFile("-");
+  return 0;
+}
+
+}  // namespace
+
+const Command SHA256 = {
+    .name = "sha256",
+    .synopsis = "[FILE...]",
+    .summary = "Print SHA-256 digests, in the form that \"sha256sum -c\" reads",
+    .help = R"(
+Without a FILE, or if it is "-", standard input is hashed. Files are mapped, so large ones need no
+memory. Input from a pipe is held in memory.
+)",
+    .minOperands = 0,
+    .maxOperands = ANY_NUMBER,
+    .options = {},
+    .run = runSha256,
+};
+
+}  // namespace tool

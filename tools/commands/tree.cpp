@@ -1,0 +1,75 @@
+// velmor-core tree
+
+#include "looking/tree.h"
+
+#include <array>
+#include <optional>
+
+#include "app/command.h"
+#include "app/errors.h"
+#include "chunks/chunk_path.h"
+#include "chunks/file_kind.h"
+#include "file/original.h"
+
+namespace tool {
+
+namespace {
+
+constexpr Option JSON{"--json"};
+constexpr Option PATH{"--path", true};
+constexpr Option ANY{"--any"};
+constexpr std::array OPTIONS = {JSON, PATH, ANY};
+
+int runTree(const Arguments& arguments) {
+  std::optional<ChunkPath> path;
+  if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
+  const auto print = arguments.has(JSON.name) ? printJson : printTree;
+  return forEach(arguments.all(), [&](const std::string& file) {
+    const Original original(file, Original::LOOK);
+    RawBytes bytes(original.get());
+    if (!arguments.has(ANY.name)) requireRiff(file, bytes);
+    try {
+      const RawNode root = RawNode::virtualRoot(bytes);
+      print(file, bytes, path ? path->find(root) : root);
+    } catch (const Failure& failure) {
+      throw Failure(file, failure.what());
+    }
+  });
+}
+
+}  // namespace
+
+const Command TREE = {
+    .name = "tree",
+    .synopsis = "[--json] [--any] [--path PATH] FILE...",
+    .summary = "Show the chunks of files as trees",
+    .help = R"(
+Each line shows one chunk, in four columns: the offset of its header in the file; its id, and for a
+group a colon and the group id; its data size (the size field); its total size (with header and pad
+byte). All sizes are in bytes. The chunks in a group follow it and are indented by their level.
+"pad" marks a chunk with a pad byte, "free" a JUNK chunk, whose space later edits can use. Only
+headers are read, also in large files.
+
+Damaged files are shown too. A remark follows a chunk that is cut short by the end of the file or
+that ends past the end of its group. The line (zeros) shows a run of zeros, the line (no chunk)
+other bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
+
+--path PATH   show only this chunk and the chunks in it; offsets still count from the file's start
+--any         show any file, even one that is no RIFF file, as if it were made of chunks
+--json        print one JSON object for each file, each on a line of its own:
+                {"version":1,"command":"tree","file":"a.wav","size":52,"chunks":[{"offset":0,
+                 "level":0,"id":"RIFF","groupId":"WAVE","dataSize":44,"totalSize":52,"pad":0,"free":false,"missing":0},...
+              The list is in the order of the bytes, a group before its chunks. "level" is 0 for
+              top-level chunks. Ids are written as in a PATH. Only groups have "groupId".
+              "missing" counts the bytes of the chunk that the file lacks. "past" counts the bytes
+              of the chunk past the end of its group, if there are any. A run of 8 zeros in place
+              of a chunk is {"offset":52,"level":0,"zeros":8}; other bytes that belong to no chunk
+              have "bytes" instead of "zeros".
+)",
+    .minOperands = 1,
+    .maxOperands = ANY_NUMBER,
+    .options = OPTIONS,
+    .run = runTree,
+};
+
+}  // namespace tool

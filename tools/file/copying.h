@@ -1,0 +1,24 @@
+// Copies of whole files.
+#ifndef VELMOR_CORE_TOOLS_FILE_COPYING_H
+#define VELMOR_CORE_TOOLS_FILE_COPYING_H
+
+#include "file/file.h"
+
+namespace tool {
+
+// Copies the first `size` bytes of a file to an empty one: by sharing its blocks if the file
+// system can, otherwise within the kernel, otherwise through memory. Holes stay holes.
+void copyBytes(const File& source, const File& copy, uint64_t size);
+
+// Gives a file the owner and group of another. Throws Failure if it may not.
+void copyOwner(const File& source, const File& copy);
+
+// Gives a file the permissions, access control lists and extended attributes of another.
+void copyAttributes(const File& source, const File& copy);
+
+// Sets a new file's permissions, without those in the umask.
+void setPermissions(const File& file, mode_t permissions);
+
+}  // namespace tool
+
+#endif

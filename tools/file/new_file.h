@@ -1,0 +1,61 @@
+// A file that appears under its name only when it is complete.
+#ifndef VELMOR_CORE_TOOLS_FILE_NEW_FILE_H
+#define VELMOR_CORE_TOOLS_FILE_NEW_FILE_H
+
+#include <optional>
+#include <string>
+
+#include "file/file.h"
+
+namespace tool {
+
+// Syncs the folder that a file lies in, so that the file's name survives a power cut.
+void syncFolderOf(const std::string& path);
+
+// Until publish(), the bytes are in a file with a temporary name in the same folder. This file is
+// removed on any failure and when a signal ends the program. Only SIGKILL and a power cut can leave
+// it; the next new file for the same name removes it.
+class NewFile {
+ public:
+  // Makes an empty file that only the user can read, and that gets the name `path` later. If it
+  // replaces a file, it gets that file's owner now, and its permissions and attributes in
+  // complete(); the File of the replaced file has to outlive this one. Throws Failure if the file
+  // cannot be made, or if another program is making one for the same name.
+  NewFile(std::string path, const File* replaced);
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+  ~NewFile();
+
+  // Open for reading and writing. Its name is the temporary one.
+  const File& get() const { return file; }
+  // Completes the file and syncs it to the disk. A file that replaces none gets these permissions
+  // without those in the umask.
+  void complete(mode_t permissions) const;
+  // Renames the file to its name in one step. Throws Failure if a file with this name has been made
+  // since, unless the file replaces one.
+  void publish();
+  bool isPublished() const { return published; }
+
+ private:
+  void remove() const;
+
+  std::string path;
+  const File* replaced;
+  File file;
+  bool published = false;
+};
+
+// The file that the user has named for the result of a command.
+struct Output {
+  // Throws Failure if such a file exists and must not be replaced, or if it exists and a marker of
+  // an edit in place lies beside it.
+  Output(const std::string& name, bool mayReplace);
+
+  std::string path;              // without symbolic links
+  std::optional<File> existing;  // the file to replace
+  const File* replaced() const { return existing ? &*existing : nullptr; }
+};
+
+}  // namespace tool
+
+#endif

@@ -1,0 +1,53 @@
+// The file that a command works on, before any change.
+#ifndef VELMOR_CORE_TOOLS_FILE_ORIGINAL_H
+#define VELMOR_CORE_TOOLS_FILE_ORIGINAL_H
+
+#include <string>
+
+#include "file/file.h"
+
+namespace tool {
+
+class Original {
+ public:
+  enum Purpose {
+    LOOK,  // opened for reading
+    COPY,  // opened for reading; programs that want to edit the file wait
+    EDIT   // opened for reading and writing; programs that want to edit or copy the file wait
+  };
+
+  // Opens an existing regular file. Waits while other programs hold its lock, and then opens the
+  // file that has the name by that time. Throws Failure with the reason, also if an edit in place
+  // was interrupted.
+  Original(const std::string& name, Purpose purpose);
+
+  // The name as it was typed.
+  const std::string& name() const { return file.name(); }
+  // The name with symbolic links resolved.
+  const std::string& path() const { return resolvedPath; }
+  const File& get() const { return file; }
+  const struct stat& status() const { return before; }
+  uint64_t size() const { return static_cast<uint64_t>(before.st_size); }
+
+  // Throws Failure if another program has changed or replaced the file since it was opened.
+  void requireUnchanged() const;
+
+ private:
+  File file;
+  std::string resolvedPath;
+  struct stat before {};
+};
+
+// Whether two states show the same file, not written between them, as far as the status shows.
+bool isUnchanged(const struct stat& before, const struct stat& now);
+
+// Throws Failure if a marker says that the file at `path` (without symbolic links) is being edited
+// in place, or was when a program was killed.
+void requireNoMarker(const File& file, const std::string& path);
+
+// The name of the file that marks an edit in place of `path`.
+std::string markerOf(const std::string& path);
+
+}  // namespace tool
+
+#endif

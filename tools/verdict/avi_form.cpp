@@ -1,0 +1,197 @@
+// AVI: headers, pictures and sound (movi), and indexes whose entries point at chunks of their id.
+//
+// Three indexes exist. "idx1" lies after "movi" and counts offsets from the "movi" id or, from some
+// programs, from the start of the file. OpenDML adds "ix##" chunks within "movi", with offsets from
+// a base in the file, and an "indx" in the headers of a stream, which points at them.
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "app/text.h"
+#include "verdict/form.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint32_t ID_HDRL = VELMOR_CORE_RIFF_ID('h', 'd', 'r', 'l');
+constexpr uint32_t ID_AVIH = VELMOR_CORE_RIFF_ID('a', 'v', 'i', 'h');
+constexpr uint32_t ID_STRL = VELMOR_CORE_RIFF_ID('s', 't', 'r', 'l');
+constexpr uint32_t ID_INDX = VELMOR_CORE_RIFF_ID('i', 'n', 'd', 'x');
+constexpr uint32_t ID_REC = VELMOR_CORE_RIFF_ID('r', 'e', 'c', ' ');
+constexpr uint32_t ID_IX = VELMOR_CORE_RIFF_ID('i', 'x', '\0', '\0');
+
+constexpr uint32_t FLAGS_OFFSET = 12;  // in avih
+constexpr uint32_t FLAG_HAS_INDEX = 0x10;
+
+constexpr uint64_t OPEN_DML_HEADER = 24;
+constexpr uint8_t INDEX_OF_INDEXES = 0;
+constexpr uint8_t INDEX_OF_CHUNKS = 1;
+constexpr uint64_t ENTRIES_AT_ONCE = 256;
+
+// The first two characters of an id; "ix##" and "##ix" name their stream in the other two.
+constexpr uint32_t firstHalf(uint32_t id) { return id & 0xFFFF; }
+
+// Reads the entries of an index in blocks and counts those that point at no chunk of their id.
+class IndexCheck {
+ public:
+  IndexCheck(RawBytes& bytes, uint64_t offset, uint64_t count, uint64_t entrySize)
+      : bytes(bytes), offset(offset), count(count), entrySize(entrySize) {}
+
+  // `hits(entry)` says whether an entry points at its chunk.
+  template <typename Hits>
+  void run(Hits hits) {
+    std::vector<uint8_t> block(std::min(count, ENTRIES_AT_ONCE) * entrySize);
+    for (uint64_t done = 0; done < count;) {
+      const uint64_t some = std::min(count - done, ENTRIES_AT_ONCE);
+      bytes.copy(block.data(), some * entrySize, offset + done * entrySize);
+      for (uint64_t i = 0; i < some; ++i, ++done) {
+        if (hits(&block[i * entrySize])) continue;
+        if (misses == 0) firstMiss = done;
+        ++misses;
+      }
+    }
+  }
+
+  std::string text(const std::string& index) const {
+    return std::to_string(misses) + " of " + counted(count, "entry", "entries") + " of " + index +
+           (misses == 1 ? " points" : " point") +
+           " at no chunk of the same id, the first is entry " + std::to_string(firstMiss + 1);
+  }
+
+  uint64_t misses = 0;
+
+ private:
+  RawBytes& bytes;
+  uint64_t offset;
+  uint64_t count;
+  uint64_t entrySize;
+  uint64_t firstMiss = 0;
+};
+
+class AviForm : public Form {
+ public:
+  using Form::Form;
+
+  void take(const RawChunk& chunk, uint64_t level, uint32_t parent) override {
+    if (level == 1) {
+      takeTop(chunk);
+    } else if (chunk.id == ID_AVIH && parent == ID_HDRL) {
+      takeMainHeader(chunk);
+    } else if (isOpenDml(chunk, parent)) {
+      hasIndex = true;
+      checkOpenDml(chunk);
+    }
+  }
+
+  void finish() override {
+    if (!hasHeaders) fail(riff.offset, "RIFF:AVI has no LIST:hdrl");
+    if (hasHeaders && !hasMainHeader) fail(riff.offset, "RIFF:AVI/LIST:hdrl has no avih chunk");
+    if (movi == 0) fail(riff.offset, "RIFF:AVI has no LIST:movi");
+    if (announcesIndex && !hasIndex && movi != 0) {
+      warn(riff.offset, "RIFF:AVI announces an index (idx1 or indx), but has none");
+    }
+  }
+
+ private:
+  void takeTop(const RawChunk& chunk) {
+    if (chunk.isGroup() && chunk.groupId == ID_HDRL) hasHeaders = true;
+    if (chunk.isGroup() && chunk.groupId == ID_MOVI && movi == 0) {
+      movi = chunk.offset;
+      if (!hasHeaders) fail(chunk.offset, "RIFF:AVI/LIST:movi comes before LIST:hdrl");
+    }
+    if (chunk.id == ID_IDX1) {
+      hasIndex = true;
+      checkIdx1(chunk);
+    }
+  }
+
+  void takeMainHeader(const RawChunk& chunk) {
+    hasMainHeader = true;
+    if (chunk.dataSize < FLAGS_OFFSET + 4 || !isComplete(chunk)) return;
+    std::array<uint8_t, 4> field{};
+    bytes.copy(field.data(), field.size(), chunk.dataOffset() + FLAGS_OFFSET);
+    announcesIndex = (littleEndian32(field.data()) & FLAG_HAS_INDEX) != 0;
+  }
+
+  // An id, flags, an offset and a size of 32 bits each. Entries of size 0 stand for dropped frames
+  // and may point anywhere.
+  void checkIdx1(const RawChunk& chunk) {
+    constexpr uint64_t ENTRY = 16;
+    const uint64_t count = chunk.dataSize / ENTRY;
+    if (count == 0 || movi == 0 || !isComplete(chunk)) return;
+    const auto countMisses = [&](uint64_t base, uint64_t entries) {
+      IndexCheck check(bytes, chunk.dataOffset(), entries, ENTRY);
+      check.run([&](const uint8_t* entry) {
+        return littleEndian32(entry + 12) == 0 ||
+               isAt(littleEndian32(entry), base + littleEndian32(entry + 8));
+      });
+      return check;
+    };
+    const uint64_t fromMovi = movi + HEADER_SIZE;
+    const uint64_t base =
+        countMisses(fromMovi, 1).misses > 0 && countMisses(0, 1).misses == 0 ? 0 : fromMovi;
+    const IndexCheck check = countMisses(base, count);
+    if (check.misses > 0) warn(chunk.offset, check.text("RIFF:AVI/idx1"));
+  }
+
+  static bool isOpenDml(const RawChunk& chunk, uint32_t parent) {
+    if (parent == ID_STRL) return chunk.id == ID_INDX;
+    return (parent == ID_MOVI || parent == ID_REC) && firstHalf(chunk.id) == ID_IX;
+  }
+
+  // The size of an entry in 32-bit words, two bytes for the kind of index, the number of entries,
+  // the id of the chunks, and 12 bytes: the base of the offsets (8 bytes) and 4 reserved bytes, or
+  // 12 reserved bytes in an index of indexes.
+  void checkOpenDml(const RawChunk& chunk) {
+    if (!isComplete(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
+    std::array<uint8_t, OPEN_DML_HEADER> header{};
+    bytes.copy(header.data(), header.size(), chunk.dataOffset());
+    const uint64_t entrySize = littleEndian16(&header[0]) * uint64_t{4};
+    const uint64_t claimed = littleEndian32(&header[4]);
+    const uint32_t id = littleEndian32(&header[8]);
+    const uint64_t base = littleEndian64(&header[12]);
+    const bool isOfIndexes = header[3] == INDEX_OF_INDEXES && entrySize == 16;
+    const bool isOfChunks = header[3] == INDEX_OF_CHUNKS && (entrySize == 8 || entrySize == 12);
+    if (!isOfIndexes && !isOfChunks) return;
+    const uint64_t room = (chunk.dataSize - OPEN_DML_HEADER) / entrySize;
+    if (claimed > room) {
+      warn(chunk.offset, "the index " + idText(chunk.id) + " states " +
+                             counted(claimed, "entry", "entries") + " and has room for " +
+                             std::to_string(room));
+    }
+    IndexCheck check(bytes, chunk.dataOffset() + OPEN_DML_HEADER, std::min(claimed, room),
+                     entrySize);
+    check.run([&](const uint8_t* entry) {
+      if (!isOfIndexes) return isAt(id, base + littleEndian32(entry) - HEADER_SIZE);
+      const uint64_t target = littleEndian64(entry);
+      return target < bytes.size() && firstHalf(bytes.chunkAt(target).id) == ID_IX;
+    });
+    if (check.misses > 0) warn(chunk.offset, check.text(idText(chunk.id)));
+  }
+
+  // Whether a chunk with this id begins at an offset. The index names a LIST:rec by its group id.
+  // Only the header is read, since entries may point anywhere.
+  bool isAt(uint32_t id, uint64_t offset) const {
+    if (offset >= bytes.size()) return false;
+    std::array<uint8_t, GROUP_HEADER_SIZE> header{};
+    bytes.copy(header.data(), header.size(), offset);
+    const uint32_t there = littleEndian32(header.data());
+    const uint32_t groupId = littleEndian32(&header[HEADER_SIZE]);
+    return there == id || (id == ID_REC && isGroupId(there) && groupId == ID_REC);
+  }
+
+  bool hasHeaders = false;
+  bool hasMainHeader = false;
+  bool announcesIndex = false;
+  bool hasIndex = false;
+  uint64_t movi = 0;  // the offset of LIST:movi, 0 until it is met
+};
+
+}  // namespace
+
+std::unique_ptr<Form> makeAviForm(RawBytes& bytes, const Report& report, const RawChunk& riff) {
+  return std::make_unique<AviForm>(bytes, report, riff);
+}
+
+}  // namespace tool

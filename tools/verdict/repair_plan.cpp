@@ -1,0 +1,71 @@
+#include "verdict/repair_plan.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <vector>
+
+namespace tool {
+
+namespace {
+
+// At most this many headers are looked at. This bounds the time for data that is full of ids.
+constexpr uint64_t MAX_HEADERS = 1'000'000;
+
+constexpr std::string_view KNOWN =
+    "LIST RIFF data fmt  fact cue  smpl inst plst bext iXML id3  ID3  PEAK cart axml _PMX "
+    "idx1 JUNK PAD  VP8  VP8L VP8X ALPH ANIM ANMF EXIF XMP  ICCP ";
+
+std::vector<uint32_t> knownIds() {
+  constexpr std::size_t STRIDE = 5;
+  std::vector<uint32_t> ids;
+  for (std::size_t i = 0; i + STRIDE <= KNOWN.size(); i += STRIDE) {
+    ids.push_back(VELMOR_CORE_RIFF_ID(KNOWN[i], KNOWN[i + 1], KNOWN[i + 2], KNOWN[i + 3]));
+  }
+  std::ranges::sort(ids);
+  return ids;
+}
+
+}  // namespace
+
+bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& headersLeft) {
+  uint64_t at = begin;
+  while (at < end && end - at >= HEADER_SIZE && headersLeft > 0) {
+    --headersLeft;
+    const RawChunk chunk = bytes.chunkAt(at);
+    if (chunk.id == 0 || (ids == Ids::PRINTABLE && !isPrintable(chunk.id))) return false;
+    if (chunk.id == ID_RIFF && isPrintable(chunk.groupId) && at > begin) return true;
+    // The last chunk's pad byte may be missing.
+    at = chunk.dataEnd() == end ? end : chunk.end();
+  }
+  return at == end;
+}
+
+std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes) {
+  constexpr uint64_t BLOCK = 1 << 16;
+  const std::vector<uint32_t> known = knownIds();
+  std::array<bool, 256> isFirst{};
+  for (const uint32_t id : known) isFirst[id & 0xFF] = true;
+  uint64_t headersLeft = MAX_HEADERS;
+  std::vector<uint8_t> block(BLOCK + 2);
+  for (uint64_t at = range.begin; at + HEADER_SIZE <= range.end; at += BLOCK) {
+    const uint64_t count = std::min<uint64_t>(block.size(), range.end - at);
+    bytes.copy(block.data(), count, at);
+    for (uint64_t i = 0; i + 4 <= count; i += 2) {
+      if (!isFirst[block[i]] || !std::ranges::binary_search(known, littleEndian32(&block[i]))) {
+        continue;
+      }
+      const bool leads = leadsTo(range.end, at + i, Ids::PRINTABLE, bytes, headersLeft);
+      if (leads || headersLeft == 0) return at + i;
+      // In a file that was cut, no chunks lead to the end. Two known ids in a row are no accident.
+      const uint64_t next = bytes.chunkAt(at + i).end();
+      if (next + HEADER_SIZE <= range.end &&
+          std::ranges::binary_search(known, bytes.chunkAt(next).id)) {
+        return at + i;
+      }
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace tool

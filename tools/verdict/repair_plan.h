@@ -1,0 +1,45 @@
+// The changes that make a file sound.
+#ifndef VELMOR_CORE_TOOLS_VERDICT_REPAIR_PLAN_H
+#define VELMOR_CORE_TOOLS_VERDICT_REPAIR_PLAN_H
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+#include "chunks/raw_bytes.h"
+
+namespace tool {
+
+// Filled by a survey. It makes the file sound if every damage that the survey found is repairable.
+struct RepairPlan {
+  std::deque<RawBytes::Patch> sizes;
+  bool padIsMissing = false;  // after the last byte
+  uint64_t end = 0;           // where the chunks end; bytes from here on belong to none
+  // The data that a chunk gets when its new size reaches to the end of the file.
+  struct Range {
+    uint64_t begin;
+    uint64_t end;
+  };
+  std::optional<Range> claimed;
+
+  bool isEmpty(uint64_t fileSize) const {
+    return sizes.empty() && !padIsMissing && end >= fileSize;
+  }
+};
+
+// Whether the chunks from `begin` on end exactly at `end`. A RIFF after the first chunk also counts
+// as the end, whatever follows it. Ids::PRINTABLE accepts printable ids only, Ids::ANY all ids but
+// the null id. Subtracts 1 from `headersLeft` for each header that it reads, and gives up at 0.
+enum class Ids { PRINTABLE, ANY };
+bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& headersLeft);
+
+// Looks for hidden chunks in a range of data. They would be lost in a chunk that takes the range as
+// its data. A hidden chunk has a well-known id, and either chunks lead from it exactly to the end
+// of the range, or the next chunk has a well-known id, too. Returns the offset of the first hidden
+// chunk, the offset where the search has looked at too many headers and gives up, or nothing. Reads
+// the whole range.
+std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes);
+
+}  // namespace tool
+
+#endif

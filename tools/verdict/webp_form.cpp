@@ -1,0 +1,132 @@
+// WebP: a picture, and an extended header (VP8X) whose flags agree with the chunks.
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "verdict/form.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint32_t ID_VP8 = VELMOR_CORE_RIFF_ID('V', 'P', '8', ' ');
+constexpr uint32_t ID_VP8L = VELMOR_CORE_RIFF_ID('V', 'P', '8', 'L');
+constexpr uint32_t ID_VP8X = VELMOR_CORE_RIFF_ID('V', 'P', '8', 'X');
+constexpr uint32_t ID_ALPH = VELMOR_CORE_RIFF_ID('A', 'L', 'P', 'H');
+constexpr uint32_t ID_ANIM = VELMOR_CORE_RIFF_ID('A', 'N', 'I', 'M');
+constexpr uint32_t ID_ANMF = VELMOR_CORE_RIFF_ID('A', 'N', 'M', 'F');
+constexpr uint32_t ID_ICCP = VELMOR_CORE_RIFF_ID('I', 'C', 'C', 'P');
+constexpr uint32_t ID_EXIF = VELMOR_CORE_RIFF_ID('E', 'X', 'I', 'F');
+constexpr uint32_t ID_XMP = VELMOR_CORE_RIFF_ID('X', 'M', 'P', ' ');
+
+constexpr uint32_t VP8X_SIZE = 10;
+constexpr uint8_t FLAG_ANIMATION = 0x02;
+constexpr uint8_t FLAG_ALPHA = 0x10;
+
+// A signature, two sizes of 14 bits, the alpha bit.
+constexpr std::size_t LOSSLESS_HEADER = 5;
+constexpr uint8_t LOSSLESS_SIGNATURE = 0x2F;
+// A frame tag of 24 bits, whose upper 19 are the size of the first partition; three bytes that
+// never change; two sizes. The first partition follows. Without it, nothing can be decoded.
+constexpr std::size_t LOSSY_HEADER = 10;
+constexpr uint32_t START_CODE = 0x2A019D;
+
+struct Announced {
+  uint8_t flag;
+  uint32_t id;
+};
+constexpr std::array ANNOUNCED = {Announced{0x20, ID_ICCP}, Announced{0x08, ID_EXIF},
+                                  Announced{0x04, ID_XMP}, Announced{FLAG_ANIMATION, ID_ANIM}};
+
+class WebpForm : public Form {
+ public:
+  using Form::Form;
+
+  void take(const RawChunk& chunk, uint64_t level, uint32_t /*parent*/) override {
+    if (level != 1) return;
+    if (first == 0) {
+      takeFirst(chunk);
+    } else if (chunk.id == ID_VP8X) {
+      fail(chunk.offset, "RIFF:WEBP/VP8X is not the first chunk");
+    }
+    if (chunk.id == ID_VP8) takeLossy(chunk);
+    if (chunk.id == ID_VP8L) takeLossless(chunk);
+    hasFrame |= chunk.id == ID_ANMF;
+    hasAlpha |= chunk.id == ID_ALPH;
+    for (std::size_t i = 0; i < ANNOUNCED.size(); ++i) seen[i] |= chunk.id == ANNOUNCED[i].id;
+  }
+
+  void finish() override {
+    const bool isAnimation = isExtended && (flags & FLAG_ANIMATION) != 0;
+    if (isAnimation ? !hasFrame : !hasPicture) {
+      fail(riff.offset, isAnimation ? "RIFF:WEBP is an animation without a frame (ANMF)"
+                                    : "RIFF:WEBP has no picture (VP8 or VP8L)");
+    }
+    if (!isExtended) return;
+    for (std::size_t i = 0; i < ANNOUNCED.size(); ++i) {
+      compareFlag((flags & ANNOUNCED[i].flag) != 0, seen[i], idText(ANNOUNCED[i].id));
+    }
+    if (!isAnimation) compareFlag((flags & FLAG_ALPHA) != 0, hasAlpha, "transparency");
+  }
+
+ private:
+  void takeFirst(const RawChunk& chunk) {
+    first = chunk.id;
+    if (chunk.id == ID_VP8X) {
+      isExtended = chunk.dataSize >= VP8X_SIZE && isComplete(chunk);
+      if (isExtended) flags = bytes.byteAt(chunk.dataOffset());
+      if (chunk.dataSize < VP8X_SIZE) fail(chunk.offset, "RIFF:WEBP/VP8X is too small");
+    } else if (chunk.id != ID_VP8 && chunk.id != ID_VP8L) {
+      fail(chunk.offset,
+           "RIFF:WEBP begins with " + idText(chunk.id) + ", not with VP8, VP8L or VP8X");
+    }
+  }
+
+  void takeLossy(const RawChunk& chunk) {
+    hasPicture = true;
+    std::array<uint8_t, LOSSY_HEADER> header{};
+    const uint64_t there = std::min(chunk.dataEnd(), bytes.size()) - chunk.dataOffset();
+    bytes.copy(header.data(), std::min<uint64_t>(header.size(), there), chunk.dataOffset());
+    if ((littleEndian32(&header[3]) & 0xFF'FFFF) != START_CODE) {
+      fail(chunk.offset, "RIFF:WEBP/VP8 does not begin like a picture");
+    } else if (LOSSY_HEADER + ((littleEndian32(header.data()) & 0xFF'FFFF) >> 5) > there) {
+      fail(chunk.offset, "RIFF:WEBP/VP8 ends before the first part of the picture does");
+    }
+  }
+
+  void takeLossless(const RawChunk& chunk) {
+    hasPicture = true;
+    if (!isComplete(chunk)) {
+      fail(chunk.offset, "RIFF:WEBP/VP8L is cut short, and nothing of it can be decoded");
+    } else if (chunk.dataSize < LOSSLESS_HEADER ||
+               bytes.byteAt(chunk.dataOffset()) != LOSSLESS_SIGNATURE) {
+      fail(chunk.offset, "RIFF:WEBP/VP8L does not begin like a picture");
+    } else {
+      hasAlpha |= (bytes.byteAt(chunk.dataOffset() + LOSSLESS_HEADER - 1) & 0x10) != 0;
+    }
+  }
+
+  void compareFlag(bool announced, bool isThere, std::string_view what) const {
+    if (announced == isThere) return;
+    warn(riff.offset + GROUP_HEADER_SIZE,
+         "RIFF:WEBP/VP8X " +
+             std::string(announced ? "announces " : "does not announce ").append(what) +
+             (announced ? ", but the file has none" : ", but the file has it"));
+  }
+
+  uint32_t first = 0;
+  bool isExtended = false;
+  uint8_t flags = 0;
+  bool hasPicture = false;
+  bool hasFrame = false;
+  bool hasAlpha = false;
+  std::array<bool, ANNOUNCED.size()> seen{};
+};
+
+}  // namespace
+
+std::unique_ptr<Form> makeWebpForm(RawBytes& bytes, const Report& report, const RawChunk& riff) {
+  return std::make_unique<WebpForm>(bytes, report, riff);
+}
+
+}  // namespace tool
