@@ -126,6 +126,11 @@ Several RIFF groups, and other chunks at the top level, are allowed.
 Exit status: 0 all files are sound (perhaps with warnings), 1 one is damaged, 3 one cannot be read.
 "velmor-core repair --help" says what can be repaired.
 )",
+    .examples = R"(
+  velmor-core check song.wav
+  velmor-core check --quiet --jobs 0 *.wav *.avi
+  velmor-core check --json song.wav >findings.json
+)",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
     .options = OPTIONS,
@@ -140,6 +145,9 @@ const Command VERIFY = {
 Prints the same as "velmor-core check --quiet": one line for each file.
 "--jobs N" checks N files at the same time; see "velmor-core --help".
 Exit status: 0 if all files are sound, 1 otherwise, also if a file cannot be read.
+)",
+    .examples = R"(
+  velmor-core verify *.wav
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

@@ -246,6 +246,10 @@ bytes you have to decide: they may be data of the last chunk, left there by an i
 --drop-trailing   drop any bytes after the last chunk
 --jobs N          repair N files at the same time; see "velmor-core --help"
 )",
+    .examples = R"(
+  velmor-core repair cut.wav
+  velmor-core repair --in-place --jobs 4 *.wav
+)",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
     .options = OPTIONS,
