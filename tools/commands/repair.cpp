@@ -125,7 +125,7 @@ struct Wishes {
 // Surveys a file and prints its warnings, which are not repaired. Throws Failure if any damage has
 // no single right repair, unless the options say what to do with it.
 Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes& wishes) {
-  requireRiff(file, bytes);
+  requireEditable(file, bytes);
   constexpr std::size_t SHOWN = 100;
   std::vector<Finding> doubts;
   Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
