@@ -27,15 +27,20 @@ Arguments::Arguments(std::span<const std::string> words, const Command& command)
       if (option->takesValue && i + 1 == words.size()) {
         throw UsageError("option " + word + " needs a value");
       }
-      options[word] = option->takesValue ? words[++i] : std::string();
+      options[word].push_back(option->takesValue ? words[++i] : std::string());
     }
   }
 }
 
 std::optional<std::string> Arguments::value(std::string_view option) const {
+  const std::vector<std::string>& given = values(option);
+  return given.empty() ? std::nullopt : std::optional(given.back());
+}
+
+const std::vector<std::string>& Arguments::values(std::string_view option) const {
+  static const std::vector<std::string> NONE;
   const auto found = options.find(option);
-  if (found == options.end()) return std::nullopt;
-  return found->second;
+  return found == options.end() ? NONE : found->second;
 }
 
 void complain(std::string_view message) {

@@ -29,13 +29,16 @@ class Arguments {
   Arguments(std::span<const std::string> words, const Command& command);
 
   bool has(std::string_view option) const { return options.contains(option); }
+  // The last value that was given; none if the option was not given.
   std::optional<std::string> value(std::string_view option) const;
+  // All values that were given, in this order.
+  const std::vector<std::string>& values(std::string_view option) const;
   std::size_t count() const { return operands.size(); }
   const std::string& operator[](std::size_t index) const { return operands[index]; }
   const std::vector<std::string>& all() const { return operands; }
 
  private:
-  std::map<std::string, std::string, std::less<>> options;
+  std::map<std::string, std::vector<std::string>, std::less<>> options;  // with their values
   std::vector<std::string> operands;
 };
 
