@@ -58,7 +58,7 @@ struct Command {
   std::string_view synopsis;  // what follows the name
   std::string_view summary;   // one line for the overview
   std::string_view help;      // the rest of its help text
-  std::string_view examples;  // command lines that work
+  std::string_view examples = {};  // command lines that work
   std::size_t minOperands;
   std::size_t maxOperands;
   std::span<const Option> options;

@@ -98,7 +98,7 @@ the file meanwhile, the edit fails and the file stays as that program left it.
 )",
     .examples = R"(
   velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
-  velmor-core set song.wav RIFF:WAVE/data @samples.raw -o new.wav
+  velmor-core set song.wav RIFF:WAVE/data @edited.raw -o new.wav
 )",
     .minOperands = 3,
     .maxOperands = 3,

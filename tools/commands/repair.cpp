@@ -19,7 +19,7 @@ namespace tool {
 
 namespace {
 
-constexpr Option OUTPUT{"-o", true};
+constexpr Option OUTPUT{"--output", true, "-o"};
 constexpr Option FORCE{"--force"};
 constexpr Option IN_PLACE{"--in-place"};
 constexpr Option KEEP_TRAILING{"--keep-trailing"};

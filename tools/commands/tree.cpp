@@ -70,7 +70,7 @@ other bytes that belong to no chunk. "velmor-core check" says what is wrong with
 )",
     .examples = R"(
   velmor-core tree song.wav
-  velmor-core tree --path RIFF:WAVE/LIST:INFO *.wav
+  velmor-core tree --path RIFF:WAVE/data *.wav
   velmor-core tree --json clip.avi >clip.json
 )",
     .minOperands = 1,
