@@ -114,7 +114,7 @@ void offerChunks(const std::string& file, std::string_view typed, const Candidat
     const uint64_t count = counts[child.name];
     const uint64_t number = ++numbers[child.name];
     if (count > MANY && !typed.starts_with(path + "[")) {
-      if (number == 1) candidates.offer(path + "[", counted(count, "chunk"));
+      if (number == 1) candidates.offer(path + "[");
       continue;
     }
     std::string step = path;
