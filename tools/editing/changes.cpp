@@ -37,9 +37,11 @@ bool takeBackPadByte(const Chunk& chunk, uint64_t size) {
   return size % 2 == 0 || chunk.resize(static_cast<uint32_t>(size), std::nothrow);
 }
 
+// Whether all bytes of a data chunk or of an empty group are stored, but for a pad byte.
 bool isStored(const Chunk& chunk) {
   std::array<char, 1> last{};
-  return chunk.dataSize() == 0 || chunk.read(last, chunk.dataSize() - 1, std::nothrow);
+  return chunk.isGroup() || chunk.dataSize() == 0 ||
+         chunk.read(last, chunk.dataSize() - 1, std::nothrow);
 }
 
 // The data chunk, or the empty group, that ends where a chunk ends.
