@@ -17,12 +17,17 @@ namespace tool {
 struct Option {
   std::string_view name;  // with its dashes
   bool takesValue = false;
+  std::string_view shortName = {};  // such as "-j"; its value may follow it directly: -j4
 };
+
+// Options that several commands have.
+inline constexpr Option JSON{"--json"};
 
 struct Command;
 
 // The words after a command's name, sorted into options and operands. Options may stand anywhere;
-// after "--" every word is an operand.
+// after "--" every word is an operand. A value follows its option as the next word, or after "=" in
+// the same word.
 class Arguments {
  public:
   // Throws UsageError for an option that the command does not have or that lacks its value.
@@ -38,7 +43,11 @@ class Arguments {
   const std::vector<std::string>& all() const { return operands; }
 
  private:
-  std::map<std::string, std::vector<std::string>, std::less<>> options;  // with their values
+  // Adds the option that words[index] names; returns the index of its last word.
+  std::size_t addOption(std::span<const std::string> words, std::size_t index,
+                        const Command& command);
+
+  std::map<std::string, std::vector<std::string>, std::less<>> options;  // each with its values
   std::vector<std::string> operands;
 };
 
@@ -80,7 +89,7 @@ extern const Command SHA256;
 void complain(std::string_view message);
 
 // Runs work for each operand. Reports an operand that fails, and goes on with the next one. Returns
-// the exit status.
+// the exit status. Commands that work on files use forEachFile() in jobs.h.
 int forEach(const std::vector<std::string>& operands,
             const std::function<void(const std::string& operand)>& work);
 

@@ -58,7 +58,10 @@ std::string missingText(const PathStep& step, const std::string& place) {
   return "there is no chunk " + step.text + " " + place;
 }
 
-ChunkPath::ChunkPath(std::string_view text, Reach reach) : typed(text) {
+ChunkPath::ChunkPath(std::string_view text, Reach reach) {
+  while (text.starts_with('/')) text.remove_prefix(1);
+  while (text.ends_with('/')) text.remove_suffix(1);
+  typed = text;
   for (std::size_t begin = 0; begin <= text.size();) {
     const std::size_t end = std::min(text.find('/', begin), text.size());
     steps.push_back(parseStep(text.substr(begin, end - begin)));

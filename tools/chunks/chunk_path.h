@@ -40,9 +40,10 @@ class ChunkPath {
     MANY
   };
 
-  // Throws UsageError for a text that is no path.
+  // Slashes at the start and the end have no meaning. Throws UsageError for a text that is no path.
   explicit ChunkPath(std::string_view text, Reach reach = ONE);
 
+  // As it was typed, without such slashes.
   const std::string& text() const { return typed; }
   const PathStep& first() const { return steps.front(); }
   const PathStep& last() const { return steps.back(); }

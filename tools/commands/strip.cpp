@@ -8,6 +8,7 @@
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "app/text.h"
 #include "editing/avi_offsets.h"
 #include "editing/editing.h"
@@ -18,7 +19,7 @@ namespace tool {
 namespace {
 
 constexpr Option KEEP{"--keep", true};
-constexpr std::array OPTIONS = {KEEP, DRY_RUN, OUTPUT, FORCE, IN_PLACE};
+constexpr std::array OPTIONS = {KEEP, DRY_RUN, OUTPUT, FORCE, IN_PLACE, JOBS};
 
 // What a player needs of a RIFF group, by the names of the chunks directly in it.
 struct NeededChunks {
@@ -117,9 +118,9 @@ class Stripper {
 
 int runStrip(const Arguments& arguments) {
   const EditWay way(arguments);
-  if (way.output && arguments.count() > 1) throw UsageError("-o goes with one file");
+  if (way.output && arguments.count() > 1) throw UsageError("-o goes with one FILE");
   Stripper stripper(arguments.values(KEEP.name));
-  return forEach(arguments.all(), [&](const std::string& file) {
+  return forEachFile(arguments, [&](const std::string& file) {
     editFile({file, "strip", ROOM_FOR_PAD}, way,
              [&](const Chunk& virtualRoot) { return stripper.check(virtualRoot); });
     const std::string& summary = stripper.summary();
@@ -127,6 +128,7 @@ int runStrip(const Arguments& arguments) {
               << (summary.empty() ? "nothing to drop"
                                   : (way.isDryRun ? "would drop " : "dropped ") + summary)
               << '\n';
+    return 0;
   });
 }
 
@@ -134,7 +136,7 @@ int runStrip(const Arguments& arguments) {
 
 const Command STRIP = {
     .name = "strip",
-    .synopsis = "[--keep NAMES] [--dry-run | -o OUTPUT [--force] | --in-place] FILE...",
+    .synopsis = "[--keep NAMES] [--dry-run | -o OUTPUT [--force] | --in-place] [--jobs N] FILE...",
     .summary = "Drop the chunks that a player does not need: tags, padding and others",
     .help = R"(
 Sound and pictures stay as they are, bit by bit. What stays, by the form of the RIFF group:
@@ -151,6 +153,7 @@ own: if one fails, the others are done all the same.
 --keep NAMES   also keep chunks of these names, which are separated by commas: bext,LIST:INFO. For a
                group of another form, keep these only. May be given several times.
 -o OUTPUT      goes with one FILE
+--jobs N       strip N files at the same time; see "velmor-core --help"
 
 See "velmor-core set --help" for the other options.
 

@@ -3,14 +3,18 @@ _velmor_core() {
   local current=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]-} options=--help
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W "tree extract set add remove recycle check verify repair num
+    mapfile -t COMPREPLY < <(compgen -W "tree extract set add remove recycle edit strip check verify repair num
       uuid sha256 cpu version help --help --version" -- "$current")
     return
   fi
   case $command in
     tree) options+=" --json --any --path" ;;
     extract) options+=" -o --force" ;;
-    set | add | remove | recycle) options+=" --dry-run -o --force --in-place" ;;
+    set) options+=" --dry-run -o --force --in-place --add --top" ;;
+    add) options+=" --dry-run -o --force --in-place --top" ;;
+    remove | recycle) options+=" --dry-run -o --force --in-place" ;;
+    edit) options+=" -e -f --dry-run -o --force --in-place" ;;
+    strip) options+=" --keep --dry-run -o --force --in-place --jobs" ;;
     repair) options+=" -o --force --in-place --keep-trailing --drop-trailing" ;;
     uuid) ((COMP_CWORD == 2)) && options+=" new parse compare" ;;
   esac
