@@ -104,6 +104,7 @@ std::vector<Line> linesOf(const Arguments& arguments) {
   if (file.has_value() == !typed.empty()) throw UsageError("edits come from -e or from -f");
   if (file) return readLines(*file);
   std::vector<Line> lines;
+  lines.reserve(typed.size());
   for (const std::string& text : typed) {
     lines.push_back({text, "edit " + std::to_string(lines.size() + 1)});
   }
