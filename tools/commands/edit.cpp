@@ -63,8 +63,11 @@ the file meanwhile, the edit fails and the file stays as that program left it.
              beside the file during the edit, so the folder must allow new files. If the edit was
              interrupted, the marker stays, and the commands that read chunks refuse the file by
              this name until you remove the marker.
-
-  velmor-core set --add song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+)",
+    .examples = R"(
+  velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+  velmor-core set --add tone.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+  velmor-core set song.wav RIFF:WAVE/data @edited.raw -o new.wav
 )",
     .minOperands = 3,
     .maxOperands = 3,
@@ -86,9 +89,11 @@ the other options.
 --top   add the chunk at the top of the file. If the file has one RIFF group, this option is needed
         for a chunk beside it, because programs look for chunks in the RIFF group. A further RIFF
         group needs no option.
-
-  velmor-core add song.wav RIFF:WAVE/LIST:INFO
-  velmor-core add song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+)",
+    .examples = R"(
+  velmor-core add song.wav RIFF:WAVE/LIST:INFO/ICOP "In the public domain"
+  velmor-core add tone.wav RIFF:WAVE/LIST:INFO
+  velmor-core add tone.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
 )",
     .minOperands = 2,
     .maxOperands = 3,
@@ -108,8 +113,11 @@ may name the same chunk, and none a chunk within another that is removed. If a p
 nothing is changed. See "velmor-core set --help" for the other options.
 
 --force   remove the RIFF group even if no other is left; with -o, also replace OUTPUT if it exists
-
-  velmor-core remove song.wav RIFF/LIST:INFO 'RIFF/JUNK[*]'
+)",
+    .examples = R"(
+  velmor-core remove song.wav RIFF:WAVE/LIST:INFO/ICMT RIFF:WAVE/LIST:INFO/IART
+  velmor-core remove clip.avi 'RIFF:AVI/JUNK[*]'
+  velmor-core remove --dry-run clip.avi RIFF:AVI/LIST:INFO
 )",
     .minOperands = 2,
     .maxOperands = ANY_NUMBER,
@@ -125,6 +133,9 @@ const Command RECYCLE = {
 Free chunks directly before and after a chunk are merged with it, and "add" can reuse the space. The
 data stays in the file until it is overwritten. See "velmor-core remove --help" for several paths
 and --force, and "velmor-core set --help" for the other options.
+)",
+    .examples = R"(
+  velmor-core recycle song.wav RIFF:WAVE/LIST:INFO/ICMT
 )",
     .minOperands = 2,
     .maxOperands = ANY_NUMBER,

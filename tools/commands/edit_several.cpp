@@ -184,8 +184,9 @@ kind, the other kind is an ordinary character. A backslash is an ordinary charac
              for all bytes that change or move.
 
 See "velmor-core set --help" for values and the other options.
-
-  velmor-core edit song.wav -e 'remove RIFF/JUNK[*]' -e 'set --add RIFF:WAVE/LIST:INFO/INAM Song'
+)",
+    .examples = R"(
+  velmor-core edit song.wav -e 'remove RIFF/LIST/ICMT' -e 'set --add RIFF/LIST:INFO/IGNR "Test tone"'
 )",
     .minOperands = 1,
     .maxOperands = 1,

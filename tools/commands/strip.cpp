@@ -156,8 +156,10 @@ own: if one fails, the others are done all the same.
 --jobs N       strip N files at the same time; see "velmor-core --help"
 
 See "velmor-core set --help" for the other options.
-
-  velmor-core strip --keep bext song.wav
+)",
+    .examples = R"(
+  velmor-core strip clip.avi alpha.webp
+  velmor-core strip --keep bext,LIST:INFO song.wav
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
