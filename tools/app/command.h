@@ -74,6 +74,8 @@ extern const Command SET;
 extern const Command ADD;
 extern const Command REMOVE;
 extern const Command RECYCLE;
+extern const Command EDIT;
+extern const Command STRIP;
 extern const Command CHECK;
 extern const Command VERIFY;
 extern const Command REPAIR;
