@@ -16,6 +16,9 @@ std::string counted(uint64_t number, std::string_view one, std::string_view many
 // "4,294,967,295"
 std::string grouped(uint64_t number);
 
+// "29.97": at most three digits after the point.
+std::string decimal(double number);
+
 // "0xFFFFFFFF"
 std::string hexadecimal(uint32_t number);
 
@@ -30,6 +33,9 @@ std::size_t characterSize(std::string_view text);
 // begin a new line. \xHH replaces each byte that is no UTF-8, and each byte of control characters
 // and of characters that change the direction of writing. A second call changes nothing more.
 std::string printable(std::string_view text);
+
+// The text as printable() gives it, with at most `width` characters; "..." replaces the rest.
+std::string shortened(std::string_view text, std::size_t width);
 
 }  // namespace tool
 
