@@ -69,7 +69,7 @@ std::string strhWords(const ChunkData& data) {
   const uint32_t length = data.number32(STRH_LENGTH);
   const std::string_view name = nameOf(type, STREAM_NAMES);
   std::string words = name.empty() ? idText(type) : std::string(name);
-  if (handler != 0 && isPrintable(handler)) words += " " + idText(handler);
+  if (handler != 0 && isPrintable(handler)) words.append(" ").append(idText(handler));
   if (scale == 0 || rate == 0) return words;
   if (type == STREAM_VIDEO) {
     words += ", " + decimal(rate / scale) + " fps, " + counted(length, "frame");
@@ -109,9 +109,9 @@ std::string bitmapWords(const ChunkData& data) {
   const std::string_view name = nameOf(data.number32(BITMAP_COMPRESSION), COMPRESSIONS);
   const auto height = static_cast<int32_t>(data.number32(8));  // negative: from top to bottom
   const auto rows = static_cast<uint64_t>(height < 0 ? -int64_t{height} : height);
-  return (name.empty() ? idText(data.id(BITMAP_COMPRESSION)) : std::string(name)) + ", " +
-         sizeText(data.number32(4), rows) + ", " +
-         counted(data.number16(BITMAP_BITS), "bit", "bit");
+  std::string words = name.empty() ? idText(data.id(BITMAP_COMPRESSION)) : std::string(name);
+  words.append(", ").append(sizeText(data.number32(4), rows)).append(", ");
+  return words.append(counted(data.number16(BITMAP_BITS), "bit", "bit"));
 }
 
 void bitmapFields(FieldList& list) {
