@@ -1,5 +1,6 @@
 #include "chunks/chunk_path.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "app/errors.h"

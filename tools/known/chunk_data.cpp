@@ -1,6 +1,8 @@
 #include "known/chunk_data.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace tool {
 
@@ -11,11 +13,9 @@ uint64_t ChunkData::size() const {
 
 uint64_t ChunkData::number(uint64_t offset, uint64_t count) const {
   if (size() < count || offset > size() - count) return 0;
-  uint64_t number = 0;
-  for (uint64_t i = 0; i < count; ++i) {
-    number |= uint64_t{bytes.byteAt(header.dataOffset() + offset + i)} << 8 * i;
-  }
-  return number;
+  std::array<uint8_t, sizeof(uint64_t)> stored{};
+  for (uint64_t i = 0; i < count; ++i) stored[i] = bytes.byteAt(header.dataOffset() + offset + i);
+  return numberIn(std::span(stored).first(count), bytes.order());
 }
 
 uint32_t ChunkData::id(uint64_t offset) const {

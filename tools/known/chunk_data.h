@@ -26,7 +26,7 @@ class ChunkData {
   uint8_t byte(uint64_t offset) const { return static_cast<uint8_t>(number(offset, 1)); }
   uint16_t number16(uint64_t offset) const { return static_cast<uint16_t>(number(offset, 2)); }
   uint32_t number32(uint64_t offset) const { return static_cast<uint32_t>(number(offset, 4)); }
-  // An unsigned number of 1 to 8 bytes.
+  // An unsigned number of 1 to 8 bytes, in the byte order of the file.
   uint64_t number(uint64_t offset, uint64_t count) const;
   // Four characters.
   uint32_t id(uint64_t offset) const;

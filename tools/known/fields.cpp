@@ -65,7 +65,8 @@ void FieldList::id(std::string_view name, uint64_t offset) {
 void FieldList::guid(std::string_view name, uint64_t offset, std::string words) {
   std::string text = hexText(at(offset, 4), 4) + "-" + hexText(at(offset + 4, 2), 2) + "-" +
                      hexText(at(offset + 6, 2), 2) + "-";
-  for (uint64_t i = 8; i < 16; ++i) text.append(i == 10 ? "-" : "").append(hexText(at(offset + i, 1), 1));
+  for (uint64_t i = 8; i < 16; ++i)
+    text.append(i == 10 ? "-" : "").append(hexText(at(offset + i, 1), 1));
   word(name, offset, 16, text, std::move(words));
 }
 

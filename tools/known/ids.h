@@ -18,7 +18,6 @@ constexpr uint32_t FORM_WEBP = idOf("WEBP");
 // WAVE
 constexpr uint32_t ID_FMT = idOf("fmt ");
 constexpr uint32_t ID_FACT = idOf("fact");
-constexpr uint32_t ID_DATA = idOf("data");
 constexpr uint32_t ID_WAVL = idOf("wavl");
 constexpr uint32_t ID_ADTL = idOf("adtl");
 

@@ -156,8 +156,6 @@ void bextFields(FieldList& list) {
 
 // --- ds64: the sizes of an RF64 file that need 64 bits
 
-constexpr uint64_t DS64_SIZE = 28;
-
 std::string ds64Words(const ChunkData& data) {
   return "data of " + grouped(data.number(8, 8)) + " bytes, " + grouped(data.number(16, 8)) +
          " samples";
@@ -168,7 +166,7 @@ void ds64Fields(FieldList& list) {
   list.number("data-size", 8, 8);
   list.number("samples", 16, 8);
   list.number("sizes", 24, 4);
-  list.table("sizes", DS64_SIZE, 12, list.at(24, 4), [&] {
+  list.table("sizes", WideSizes::FIXED_SIZE, WideSizes::ENTRY_SIZE, list.at(24, 4), [&] {
     list.id("chunk", 0);
     list.number("size", 4, 8);
   });
@@ -251,7 +249,7 @@ constexpr std::array CHUNKS = {
     Known{FORM_WAVE, idOf("smpl"), SMPL_SIZE, smplWords, smplFields},
     Known{FORM_WAVE, idOf("inst"), 7, instWords, instFields},
     Known{FORM_WAVE, idOf("bext"), BEXT_FIXED_SIZE, bextWords, bextFields},
-    Known{FORM_WAVE, idOf("ds64"), DS64_SIZE - 4, ds64Words, ds64Fields},
+    Known{FORM_WAVE, ID_DS64, WideSizes::SMALLEST, ds64Words, ds64Fields},
     Known{FORM_WAVE, idOf("DISP"), 4, dispWords, dispFields},
     Known{FORM_WAVE, idOf("id3 "), ID3_HEADER, id3Words, id3Fields},
     Known{FORM_WAVE, idOf("ID3 "), ID3_HEADER, id3Words, id3Fields},

@@ -41,6 +41,9 @@ constexpr std::array SPEAKER_NAMES = {
 
 constexpr std::array MP3_FLAGS = {Name{1, "padding on"}, Name{2, "padding off"}};
 
+// The tag is the lower half of the GUID's first number.
+uint16_t subformat(uint64_t first) { return static_cast<uint16_t>(first); }
+
 std::string tagText(uint16_t tag) {
   const std::string_view name = nameOf(tag, FORMAT_NAMES);
   return name.empty() ? "format " + hexadecimal(tag) : std::string(name);
@@ -50,7 +53,7 @@ void extensibleFields(FieldList& list) {
   list.number("valid-bits-per-sample", VALID_BITS, 2);
   const uint64_t speakers = list.at(SPEAKERS, 4);
   list.number("speakers", SPEAKERS, 4, speakers, namesOf(speakers, SPEAKER_NAMES, " "));
-  list.guid("subformat", SUBFORMAT, tagText(static_cast<uint16_t>(list.at(SUBFORMAT, 2))));
+  list.guid("subformat", SUBFORMAT, tagText(subformat(list.at(SUBFORMAT, 4))));
 }
 
 }  // namespace
@@ -61,7 +64,7 @@ WaveFormat::WaveFormat(const ChunkData& data)
       rate(data.number32(4)),
       blockAlign(data.number16(12)),
       bits(data.number16(14)) {
-  if (tag == TAG_EXTENSIBLE) tag = data.number16(SUBFORMAT);
+  if (tag == TAG_EXTENSIBLE) tag = subformat(data.number32(SUBFORMAT));
 }
 
 // "PCM, 2 channels, 48 kHz, 24 bit". Compressed samples have no size, or one of no meaning.

@@ -27,13 +27,13 @@ class WaveForm : public Form {
 
   void finish() override {
     if (!hasFormat) {
-      fail(riff.offset, "RIFF:WAVE has no fmt chunk");
+      fail(riff.offset, name + " has no fmt chunk");
     } else if (dataBeforeFormat > 0) {
-      fail(dataBeforeFormat, "RIFF:WAVE/data comes before the fmt chunk");
+      fail(dataBeforeFormat, name + "/data comes before the fmt chunk");
     }
-    if (!hasSamples) fail(riff.offset, "RIFF:WAVE has no data chunk");
+    if (!hasSamples) fail(riff.offset, name + " has no data chunk");
     if (hasFormat && !hasFact && wantsFact()) {
-      warn(riff.offset, "RIFF:WAVE has no fact chunk, which samples that are not PCM should have");
+      warn(riff.offset, name + " has no fact chunk, which samples that are not PCM should have");
     }
   }
 
@@ -42,7 +42,7 @@ class WaveForm : public Form {
     hasFormat = true;
     if (chunk.dataSize < SMALLEST_FMT) {
       fail(chunk.offset,
-           "RIFF:WAVE/fmt holds " + counted(chunk.dataSize, "byte") + ", too few for a format");
+           name + "/fmt holds " + counted(chunk.dataSize, "byte") + ", too few for a format");
       return;
     }
     if (!isComplete(chunk)) return;
@@ -50,16 +50,16 @@ class WaveForm : public Form {
     tag = format.tag;
     hasPlainSamples = format.hasPlainSamples();
     blockAlign = format.blockAlign;
-    if (format.channels == 0) fail(chunk.offset, "RIFF:WAVE/fmt has 0 channels");
-    if (format.rate == 0) fail(chunk.offset, "RIFF:WAVE/fmt has the rate 0");
+    if (format.channels == 0) fail(chunk.offset, name + "/fmt has 0 channels");
+    if (format.rate == 0) fail(chunk.offset, name + "/fmt has the rate 0");
     if (!hasPlainSamples) return;
     if (blockAlign == 0) {
-      fail(chunk.offset, "RIFF:WAVE/fmt has the block alignment 0");
+      fail(chunk.offset, name + "/fmt has the block alignment 0");
     } else if (chunk.dataSize >= PCM_FMT &&
                blockAlign != format.channels * ((format.bits + 7U) / 8)) {
-      warn(chunk.offset,
-           "the block alignment " + std::to_string(blockAlign) + " of RIFF:WAVE/fmt does not fit " +
-               counted(format.channels, "channel") + " of " + counted(format.bits, "bit"));
+      warn(chunk.offset, "the block alignment " + std::to_string(blockAlign) + " of " + name +
+                             "/fmt does not fit " + counted(format.channels, "channel") + " of " +
+                             counted(format.bits, "bit"));
     }
   }
 
@@ -67,14 +67,15 @@ class WaveForm : public Form {
     if (!hasFormat && !hasSamples) dataBeforeFormat = chunk.offset;
     hasSamples = true;
     if (!isComplete(chunk) || !hasPlainSamples || blockAlign == 0) return;
-    if (const uint32_t rest = chunk.dataSize % blockAlign; rest > 0) {
-      warn(chunk.offset, "RIFF:WAVE/data ends " + counted(rest, "byte") +
-                             " into a sample block of " + std::to_string(blockAlign));
+    if (const uint64_t rest = chunk.dataSize % blockAlign; rest > 0) {
+      warn(chunk.offset, name + "/data ends " + counted(rest, "byte") + " into a sample block of " +
+                             std::to_string(blockAlign));
     }
   }
 
   bool wantsFact() const { return tag != 0 && tag != TAG_PCM; }
 
+  const std::string name = riff.name();
   bool hasFormat = false;
   bool hasSamples = false;
   bool hasFact = false;
@@ -91,9 +92,10 @@ std::unique_ptr<Form> makeWaveForm(RawBytes& bytes, const Report& report, const 
 }
 
 std::unique_ptr<Form> makeForm(RawBytes& bytes, const Report& report, const RawChunk& riff) {
+  if (riff.groupId == FORM_WAVE) return makeWaveForm(bytes, report, riff);
+  // The others read little-endian numbers, and are not known to exist in other kinds of files.
+  if (riff.id != ID_RIFF) return nullptr;
   switch (riff.groupId) {
-    case FORM_WAVE:
-      return makeWaveForm(bytes, report, riff);
     case FORM_AVI:
       return makeAviForm(bytes, report, riff);
     case FORM_WEBP:
