@@ -29,11 +29,10 @@ constexpr std::array AVIH_FLAG_NAMES = {
     Name{0x10000, "capture file"},        Name{0x20000, "copyrighted"},
 };
 
+// Without the frame rate, which is exact in "strh" only.
 std::string avihWords(const ChunkData& data) {
-  const uint32_t microseconds = data.number32(0);  // per frame
-  std::string words = sizeText(data.number32(AVIH_WIDTH), data.number32(AVIH_HEIGHT));
-  if (microseconds > 0) words += ", " + decimal(1e6 / microseconds) + " fps";
-  return words + ", " + counted(data.number32(AVIH_FRAMES), "frame") + ", " +
+  return sizeText(data.number32(AVIH_WIDTH), data.number32(AVIH_HEIGHT)) + ", " +
+         counted(data.number32(AVIH_FRAMES), "frame") + ", " +
          counted(data.number32(AVIH_STREAMS), "stream");
 }
 

@@ -1,13 +1,12 @@
 #include "known/known.h"
 
 #include <algorithm>
-#include <array>
 
 namespace tool {
 
 const Known* findKnown(const ChunkData& data) {
   const RawChunk& chunk = data.chunk();
-  if (chunk.isGroup()) return nullptr;
+  if (chunk.isGroup() || chunk.id == ID_JUNK) return nullptr;
   const auto fits = [&](const Known& known) {
     return known.parent == data.parent().groupId && ((chunk.id ^ known.id) & known.idBits) == 0 &&
            (known.stream == 0 || known.stream == streamType(data));

@@ -126,29 +126,41 @@ std::string bextWords(const ChunkData& data) {
   return words;
 }
 
-// A signed number of hundredths.
-std::string levelText(uint64_t stored) { return decimal(static_cast<int16_t>(stored) / 100.0); }
+// The two kinds of UMID have 32 and 64 bytes. Of no UMID, all bytes are 0.
+std::string umidText(const ChunkData& data, const BextField& field) {
+  constexpr uint64_t BASIC_DIGITS = 64;
+  std::string digits;
+  for (uint64_t i = 0; i < field.size; ++i) digits += hexDigits(data.byte(field.offset + i));
+  const std::size_t last = digits.find_last_not_of('0');
+  if (last == std::string::npos) return "";
+  return last < BASIC_DIGITS ? digits.substr(0, BASIC_DIGITS) : digits;
+}
 
+void addLevel(FieldList& list, const BextField& field) {
+  constexpr int16_t NOT_MEASURED = 0x7FFF;
+  const auto stored = static_cast<int16_t>(list.at(field.offset, field.size));
+  list.add(field.name, field.offset, field.size, Field::NUMBER, decimal(stored / 100.0),
+           stored == NOT_MEASURED ? "not measured" : "");
+}
+
+// Older versions have zeros in place of the fields that were added later.
 void bextFields(FieldList& list) {
+  const auto* version = std::ranges::find(BEXT_FIELDS, "bext-version", &BextField::name);
   for (const BextField& field : BEXT_FIELDS) {
-    const uint64_t value = field.size <= 8 ? list.at(field.offset, field.size) : 0;
+    if (field.version > list.at(version->offset, version->size)) continue;
+    const uint64_t size = field.size == 0 ? list.data.size() : field.size;
     switch (field.kind) {
       case BextField::TEXT:
-        list.text(field.name, field.offset, field.size == 0 ? list.data.size() : field.size);
+        list.text(field.name, field.offset, size);
         break;
       case BextField::NUMBER:
-        list.number(field.name, field.offset, field.size);
+        list.number(field.name, field.offset, size);
         break;
-      case BextField::UMID: {
-        std::string digits;
-        for (uint64_t i = 0; i < field.size; ++i) {
-          digits += hexDigits(list.data.byte(field.offset + i));
-        }
-        list.word(field.name, field.offset, field.size, digits);
+      case BextField::UMID:
+        list.word(field.name, field.offset, size, umidText(list.data, field));
         break;
-      }
       case BextField::LEVEL:
-        list.add(field.name, field.offset, field.size, Field::NUMBER, levelText(value));
+        addLevel(list, field);
         break;
     }
   }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <iostream>
+#include <utility>
+#include <vector>
 
 #include "app/terminal.h"
 #include "app/text.h"
@@ -27,29 +29,48 @@ std::string aligned(std::string_view text, std::size_t width) {
 
 std::string fieldValue(const Field& field) {
   std::string value = shortened(field.value, VALUE_WIDTH);
-  if (field.kind == Field::TEXT) value = "\"" + value + "\"";
+  if (field.kind == Field::TEXT || value.empty()) value = "\"" + value + "\"";
   return field.words.empty() ? value : value + " (" + printable(field.words) + ")";
+}
+
+// The fields of an entry of a table share one line: "points[1]  id 1, position 0".
+std::vector<Field> joinedEntries(const std::vector<Field>& fields) {
+  std::vector<Field> lines;
+  for (const Field& field : fields) {
+    const std::size_t end = field.name.find("].");
+    Field line = field;
+    line.value = fieldValue(field);
+    if (end != std::string::npos) {
+      line.value.insert(0, field.name.substr(end + 2) + " ");
+      line.name.resize(end + 1);
+      if (!lines.empty() && lines.back().name == line.name) {
+        lines.back().value += ", " + line.value;
+        lines.back().size = field.offset + field.size - lines.back().offset;
+        continue;
+      }
+    }
+    lines.push_back(std::move(line));
+  }
+  return lines;
 }
 
 // The offsets of fields count from the start of the data, as in the descriptions of formats.
 void printFields(const FieldList& list) {
   if (list.all().empty()) return;
   constexpr std::string_view NAME_HEAD = "field";
-  constexpr std::size_t NUMBER_WIDTH = 8;
+  constexpr std::size_t NUMBER_WIDTH = 9;
+  const std::vector<Field> fields = joinedEntries(list.all());
   std::size_t nameWidth = NAME_HEAD.size();
-  for (const Field& field : list.all()) nameWidth = std::max(nameWidth, field.name.size());
-  const auto line = [&](std::string_view offset, std::string_view size, std::string name,
-                        std::string_view value) {
+  for (const Field& field : fields) nameWidth = std::max(nameWidth, field.name.size());
+  const auto line = [&](std::string_view offset, std::string_view size, std::string name) {
     name.append(nameWidth - name.size(), ' ');
-    return aligned(offset, NUMBER_WIDTH) + aligned(size, NUMBER_WIDTH) + "  " + name + "  " +
-           std::string(value);
+    return aligned(offset, NUMBER_WIDTH) + aligned(size, NUMBER_WIDTH) + "  " + name + "  ";
   };
-  std::cout << styled(Style::FREE, line("in data", "size", std::string(NAME_HEAD), "value"))
+  std::cout << styled(Style::FREE, line("in data", "size", std::string(NAME_HEAD)) + "value")
             << '\n';
-  for (const Field& field : list.all()) {
-    std::cout << line(std::to_string(field.offset), std::to_string(field.size), field.name,
-                      fieldValue(field))
-              << '\n';
+  for (const Field& field : fields) {
+    std::cout << line(std::to_string(field.offset), std::to_string(field.size), field.name)
+              << field.value << '\n';
   }
   for (const std::string& remark : list.remarks()) {
     std::cout << "  " << styled(Style::WARNING, remark) << '\n';
