@@ -80,6 +80,17 @@ std::size_t characterSize(std::string_view text) {
   return overlong || outside ? 0 : size;
 }
 
+std::size_t wholeCharacters(std::string_view text) {
+  constexpr std::size_t LONGEST = 4;
+  for (std::size_t back = 1; back < std::min(text.size() + 1, LONGEST); ++back) {
+    const auto byte = static_cast<unsigned char>(text[text.size() - back]);
+    if (byte < 0x80) break;
+    if (byte >= 0xC0)
+      return characterSize(text.substr(text.size() - back)) == 0 ? text.size() - back : text.size();
+  }
+  return text.size();
+}
+
 std::string shortened(std::string_view text, std::size_t width) {
   constexpr std::string_view ELLIPSIS = "...";
   std::string shown;

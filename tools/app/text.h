@@ -29,6 +29,9 @@ std::string hexDigits(uint8_t byte);
 // text does not begin with one.
 std::size_t characterSize(std::string_view text);
 
+// The length of the part of a text that does not end within a UTF-8 character.
+std::size_t wholeCharacters(std::string_view text);
+
 // Makes a text from elsewhere, such as a file name, safe to print: it cannot control a terminal or
 // begin a new line. \xHH replaces each byte that is no UTF-8, and each byte of control characters
 // and of characters that change the direction of writing. A second call changes nothing more.

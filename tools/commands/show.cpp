@@ -14,7 +14,6 @@ namespace tool {
 
 namespace {
 
-constexpr Option JSON{"--json"};
 constexpr Option ALL{"--all"};
 constexpr Option HEX{"--hex"};
 constexpr std::array OPTIONS = {JSON, ALL, HEX};

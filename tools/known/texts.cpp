@@ -20,7 +20,7 @@ constexpr Known text(uint32_t parent, uint32_t id, uint32_t idBits = 0xFFFF'FFFF
 }
 
 constexpr std::array CHUNKS = {
-    text(idOf("INFO"), 0, 0),  // any id
+    text(ID_INFO, 0, 0),  // any id
     text(FORM_WAVE, ID_IXML), text(FORM_WAVE, ID_AXML), text(FORM_WAVE, ID_PMX),
     text(FORM_AVI, ID_PMX),   text(FORM_AVI, ID_IDIT),  text(ID_HDRL, ID_IDIT),
     text(ID_HDRL, ID_ISMP),   text(ID_STRL, ID_STRN),   text(FORM_WEBP, ID_XMP),

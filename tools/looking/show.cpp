@@ -130,27 +130,15 @@ std::string printableLines(std::string_view text) {
   return shown;
 }
 
-// How many bytes at the end of a block may be the start of a character or of a line end.
-std::size_t unfinished(std::string_view text) {
-  constexpr std::size_t LONGEST = 4;
-  if (text.ends_with('\r')) return 1;
-  for (std::size_t count = 1; count <= std::min(LONGEST, text.size()); ++count) {
-    const auto byte = static_cast<unsigned char>(text[text.size() - count]);
-    if (byte < 0x80) break;
-    if (byte >= 0xC0) return characterSize(text.substr(text.size() - count)) == 0 ? count : 0;
-  }
-  return 0;
-}
-
 // The NULs at the end of a text are not shown.
 void printText(RawBytes& bytes, const ChunkData& data, uint64_t count) {
   std::string text;
   bool endsLine = true;
-  const auto flush = [&](std::size_t keep) {
-    const std::string shown = printableLines(std::string_view(text).substr(0, text.size() - keep));
+  const auto flush = [&](std::size_t length) {
+    const std::string shown = printableLines(std::string_view(text).substr(0, length));
     if (!shown.empty()) endsLine = shown.ends_with('\n');
     std::cout << shown;
-    text.erase(0, text.size() - keep);
+    text.erase(0, length);
   };
   uint64_t nuls = 0;
   forBlocks(bytes, data, count, [&](std::span<const uint8_t> block, uint64_t) {
@@ -162,9 +150,10 @@ void printText(RawBytes& bytes, const ChunkData& data, uint64_t count) {
       text.append(std::exchange(nuls, 0), '\0');
       text += static_cast<char>(byte);
     }
-    flush(unfinished(text));
+    // A character, or a line end of two bytes, may go on in the next block.
+    flush(text.ends_with('\r') ? text.size() - 1 : wholeCharacters(text));
   });
-  flush(0);
+  flush(text.size());
   if (!endsLine) std::cout << '\n';
 }
 
