@@ -138,9 +138,8 @@ pictures_are_described_as_webpinfo_does() {
 
 texts_are_shown_as_texts() {
   take tagged.wav
-  local xml=$'<a>\r\n\t\xe2\x82\xac\e[2J \xff</a>'
-  printf '%s' "$xml" | "$program" add tagged.wav RIFF/iXML @- || fail add
-  expect_equal text $'<a>\n\t\xe2\x82\xac\\x1b[2J \\xff</a>' "$("$program" show tagged.wav RIFF/iXML | tail -n +2)"
+  printf '<a>\r\n\t\xe2\x82\xac\e[2J \xff\0</a>\0\0' | "$program" add tagged.wav RIFF/iXML @- || fail add
+  expect_equal text $'<a>\n\t\xe2\x82\xac\\x1b[2J \\xff\\x00</a>' "$("$program" show tagged.wav RIFF/iXML | tail -n +2)"
   [[ $("$program" show --hex tagged.wav RIFF/iXML | tail -n +2) == *" 3c 61 3e 0d 0a 09 e2 82  ac 1b "*"|<a>"* ]] || fail hex
   # Blocks of 65,536 bytes end within a character.
   { printf x && for ((i = 0; i < 50000; ++i)); do printf '\xe2\x82\xac'; done; } >long

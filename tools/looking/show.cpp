@@ -3,9 +3,9 @@
 #include "looking/show.h"
 
 #include <algorithm>
-#include <array>
 #include <iostream>
-#include <utility>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "app/terminal.h"
@@ -140,14 +140,15 @@ void printText(RawBytes& bytes, const ChunkData& data, uint64_t count) {
     std::cout << shown;
     text.erase(0, length);
   };
-  uint64_t nuls = 0;
+  uint64_t nuls = 0;  // not shown yet; there may be billions of them
   forBlocks(bytes, data, count, [&](std::span<const uint8_t> block, uint64_t) {
     for (const uint8_t byte : block) {
       if (byte == 0) {
         ++nuls;
         continue;
       }
-      text.append(std::exchange(nuls, 0), '\0');
+      if (nuls > 0) flush(text.size());
+      for (; nuls > 0; --nuls) std::cout << "\\x00";
       text += static_cast<char>(byte);
     }
     // A character, or a line end of two bytes, may go on in the next block.
