@@ -69,6 +69,7 @@ struct Command {
 };
 
 extern const Command TREE;
+extern const Command SHOW;
 extern const Command EXTRACT;
 extern const Command SET;
 extern const Command ADD;
