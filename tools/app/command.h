@@ -64,6 +64,7 @@ extern const Command RECYCLE;
 extern const Command CHECK;
 extern const Command VERIFY;
 extern const Command REPAIR;
+extern const Command TAG;
 extern const Command CPU;
 extern const Command VERSION;
 extern const Command NUM;

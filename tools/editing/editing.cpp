@@ -24,11 +24,6 @@ void requireRoom(Chunk group, uint64_t growth) {
   }
 }
 
-void requireGrowingGroup(const Chunk& group, uint64_t growth) {
-  if (!group.isGroup()) throw Failure(group.name() + " is no group: nothing can be added to it");
-  requireRoom(group, growth);
-}
-
 void requireSize(uint64_t size) {
   if (size > MAX_SIZE) throw Failure("a chunk cannot hold a value of more than 4294967294 bytes");
 }
@@ -166,6 +161,11 @@ Change recycleChunk(const Chunk& chunk) {
     Chunk recycled = chunk;
     required("recycle " + chunk.name(), [&] { return recycled.recycle(std::nothrow); });
   };
+}
+
+void requireGrowingGroup(const Chunk& group, uint64_t growth) {
+  if (!group.isGroup()) throw Failure(group.name() + " is no group: nothing can be added to it");
+  requireRoom(group, growth);
 }
 
 uint64_t roomFor(const Value& value) { return value.size() + 2 * HEADER_SIZE; }

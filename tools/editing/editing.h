@@ -37,6 +37,9 @@ Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId);
 Change removeChunk(const Chunk& chunk);
 Change recycleChunk(const Chunk& chunk);
 
+// Throws Failure unless the sizes of the group and of its ancestors can count so many more bytes.
+void requireGrowingGroup(const Chunk& group, uint64_t growth);
+
 // How much an edit can lengthen a file: header, data, and the pad byte that the file may lack at
 // its end.
 uint64_t roomFor(const Value& value);
