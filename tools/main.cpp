@@ -25,6 +25,11 @@ chunk id. For a group, a colon and the group id may follow. Ids shorter than fou
 padded with spaces ("fmt" is "fmt "). If several chunks fit a step, a number selects one of them,
 counted from 1: RIFF/LIST[2]/data. In an id, \xHH stands for the byte with that hexadecimal value.
 
+Commands for FILE... work on N files at the same time with --jobs N (or -j N); N is 1 without the
+option, and 0 stands for the number of processors. What a command prints about a file stays
+together, in the order of the files. If one file fails, the others are still worked on, and the exit
+status is the highest one.
+
 A command that changes a file leaves the complete old file or the complete new one. This holds also
 after a signal, a full disk, an I/O error, a power cut or an edit by another program. The edit is
 made in a copy, which replaces the file when it is complete and on the disk. Only --in-place cannot

@@ -43,6 +43,10 @@ class ErrorOutput {
     write("\r", text, CLEAR_TO_END);
     progressIsShown = true;
   }
+  void forget() {
+    const std::lock_guard lock(mutex);
+    progressIsShown = false;
+  }
   void print(std::string_view text) {
     const std::lock_guard lock(mutex);
     write(progressIsShown ? CLEAR_LINE : "", text, "");
@@ -70,11 +74,15 @@ ErrorOutput& errorOutput() {
 
 }  // namespace
 
-bool outputIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+bool outputIsTerminal() {
+  static const bool IS_TERMINAL = ::isatty(STDOUT_FILENO) == 1;
+  return IS_TERMINAL;
+}
 bool errorsAreSeen() { return ::isatty(STDERR_FILENO) == 1; }
 
 void showProgressLine(std::string_view text) { errorOutput().show(text); }
 void clearProgressLine() { errorOutput().print(""); }
+void forgetProgressLine() { errorOutput().forget(); }
 void printMessage(std::string_view text) { errorOutput().print(std::string(text).append("\n")); }
 
 std::string styled(Style style, std::string_view text) {

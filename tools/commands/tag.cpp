@@ -6,6 +6,7 @@
 #include "app/command.h"
 #include "app/encoding.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "chunks/file_kind.h"
 #include "editing/tag_edit.h"
 #include "file/original.h"
@@ -17,9 +18,8 @@ namespace tool {
 
 namespace {
 
-constexpr Option JSON{"--json"};
 constexpr Option ENCODING{"--encoding", true};
-constexpr std::array OPTIONS = {JSON, ENCODING, DRY_RUN, OUTPUT, FORCE, IN_PLACE};
+constexpr std::array OPTIONS = {JSON, ENCODING, JOBS, DRY_RUN, OUTPUT, FORCE, IN_PLACE};
 
 // --- the operands
 
@@ -103,6 +103,9 @@ class Operands {
 
 // --- the two ways to run
 
+// Setting tags mostly waits for the disk, which writes several files in the time of one.
+constexpr std::size_t USUAL_JOBS = 8;
+
 int listTags(const Operands& operands, const Arguments& arguments, const Encoding& encoding) {
   for (const Option& option : EDIT_OPTIONS) {
     if (arguments.has(option.name)) {
@@ -110,7 +113,7 @@ int listTags(const Operands& operands, const Arguments& arguments, const Encodin
     }
   }
   const auto print = arguments.has(JSON.name) ? printTagsJson : printTags;
-  return forEach(operands.files, [&](const std::string& file) {
+  return forEachFile(arguments, operands.files, [&](const std::string& file) {
     const Original original(file, Original::LOOK);
     RawBytes bytes(original.get());
     requireRiff(file, bytes);
@@ -119,6 +122,7 @@ int listTags(const Operands& operands, const Arguments& arguments, const Encodin
     } catch (const Failure& failure) {
       throw Failure(file, failure.what());
     }
+    return 0;
   });
 }
 
@@ -126,10 +130,12 @@ int editTags(const Operands& operands, const Arguments& arguments) {
   if (arguments.has(JSON.name)) throw UsageError("--json lists tags, and does not set them");
   const EditWay way(arguments);
   if (way.output && operands.files.size() > 1) throw UsageError("-o takes the result of one file");
-  return forEach(operands.files, [&](const std::string& file) {
+  const auto edit = [&](const std::string& file) {
     editFile({file, "tag", operands.assignments.room()}, way,
              [&](const Chunk& root) { return setTags(root, operands.assignments); });
-  });
+    return 0;
+  };
+  return forEachFile(arguments, operands.files, edit, 1, USUAL_JOBS);
 }
 
 int runTag(const Arguments& arguments) {
