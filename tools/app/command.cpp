@@ -65,14 +65,14 @@ std::size_t Arguments::addOption(std::span<const std::string> words, std::size_t
 }
 
 std::optional<std::string> Arguments::value(std::string_view option) const {
-  const auto found = options.find(option);
-  if (found == options.end()) return std::nullopt;
-  return found->second.back();
+  const std::vector<std::string>& given = values(option);
+  return given.empty() ? std::nullopt : std::optional(given.back());
 }
 
-std::vector<std::string> Arguments::values(std::string_view option) const {
+const std::vector<std::string>& Arguments::values(std::string_view option) const {
+  static const std::vector<std::string> NONE;
   const auto found = options.find(option);
-  return found == options.end() ? std::vector<std::string>() : found->second;
+  return found == options.end() ? NONE : found->second;
 }
 
 void complain(std::string_view message) {

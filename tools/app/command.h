@@ -34,10 +34,10 @@ class Arguments {
   Arguments(std::span<const std::string> words, const Command& command);
 
   bool has(std::string_view option) const { return options.contains(option); }
-  // The value that was given last; none without the option.
+  // The last value that was given; none if the option was not given.
   std::optional<std::string> value(std::string_view option) const;
-  // All values of an option that may be given several times, in their order.
-  std::vector<std::string> values(std::string_view option) const;
+  // All values that were given, in this order.
+  const std::vector<std::string>& values(std::string_view option) const;
   std::size_t count() const { return operands.size(); }
   const std::string& operator[](std::size_t index) const { return operands[index]; }
   const std::vector<std::string>& all() const { return operands; }

@@ -62,7 +62,6 @@ int runReported(const FileWork& work, const std::string& file, int failed) {
 
 // The same for a worker, which no exception may leave.
 int runGuarded(const FileWork& work, const std::string& file, int failed) {
-  constexpr int WRONG_USE = 2;
   try {
     return runReported(work, file, failed);
   } catch (const UsageError& error) {
@@ -138,7 +137,10 @@ bool outputsAreOne() {
 class Jobs {
  public:
   Jobs(std::span<const std::string> files, const FileWork& work, int failed)
-      : left(files), work(work), failed(failed), progress("working on the files", files.size()) {
+      : left(files),
+        work(work),
+        failed(failed),
+        progress("working", files.size(), Progress::FILES) {
     std::cout.flush();
     outputIsTerminal();  // is remembered for the workers
     ::signal(SIGCHLD, SIG_DFL);

@@ -18,8 +18,9 @@ bool errorsAreSeen();     // standard error is a terminal
 
 // These write to standard error and may be called by several threads.
 
-// Shows a line. The next line or message replaces it.
-void showProgressLine(std::string_view text);
+// Shows a line, what is done and how far it is. The next line or message replaces it. `what` is
+// shortened if the terminal is too narrow.
+void showProgressLine(std::string_view what, std::string_view state);
 void clearProgressLine();
 // For a new worker: the line on the terminal is not its own.
 void forgetProgressLine();

@@ -43,7 +43,7 @@ class Data {
       block.resize(std::min(size - done, BLOCK));
       file.readAll(block.data(), block.size(), chunk.dataOffset() + done);
       write(block.data(), block.size());
-      progress.at(done);
+      progress.at(done + block.size());
     }
   }
 
@@ -51,6 +51,18 @@ class Data {
   const File& file;
   RawChunk chunk;
 };
+
+// The length of the part of a text that does not end within a UTF-8 character.
+std::size_t wholeCharacters(std::string_view text) {
+  constexpr std::size_t LONGEST = 4;
+  for (std::size_t back = 1; back < std::min(text.size() + 1, LONGEST); ++back) {
+    const auto byte = static_cast<unsigned char>(text[text.size() - back]);
+    if (byte < 0x80) break;
+    if (byte >= 0xC0)
+      return characterSize(text.substr(text.size() - back)) == 0 ? text.size() - back : text.size();
+  }
+  return text.size();
+}
 
 // Whether a terminal may read some of the bytes as commands. NULs are harmless: texts end in them.
 bool steersTerminal(std::string text) {
@@ -61,12 +73,19 @@ bool steersTerminal(std::string text) {
 
 void printData(const Data& data, bool mayBeBinary) {
   if (outputIsTerminal() && !mayBeBinary) {
-    data.copyTo([](const char* bytes, std::size_t count) {
-      if (steersTerminal({bytes, count})) {
+    std::string text;  // what has not been looked at yet
+    const auto require = [&text](std::size_t length) {
+      if (steersTerminal(text.substr(0, length))) {
         throw Failure(
             "the data may confuse the terminal: -o writes it to a file, --force prints it");
       }
+      text.erase(0, length);
+    };
+    data.copyTo([&](const char* bytes, std::size_t count) {
+      text.append(bytes, count);
+      require(wholeCharacters(text));
     });
+    require(text.size());
   }
   data.copyTo([](const char* bytes, std::size_t count) {
     std::cout.write(bytes, static_cast<std::streamsize>(count));

@@ -129,7 +129,7 @@ struct Wishes {
 // Surveys a file and prints its warnings, which are not repaired. Throws Failure if any damage has
 // no single right repair, unless the options say what to do with it.
 Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes& wishes) {
-  requireRiff(file, bytes);
+  requireEditable(file, bytes);
   constexpr std::size_t SHOWN = 100;
   std::vector<Finding> doubts;
   Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
@@ -142,6 +142,9 @@ Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes&
     std::erase_if(doubts, [&](const Finding& doubt) { return doubt.offset == survey.plan.end; });
   }
   for (const Finding& doubt : doubts) complain(file + ": " + findingText(doubt));
+  if (doubtful > doubts.size()) {
+    complain(file + ": " + counted(doubtful - doubts.size(), "more finding"));
+  }
   if (doubtful == 0) return survey;
   const bool canDecide = survey.trailingIsDoubtful && doubtful == 1;
   throw Failure(file, std::string("not repaired: the damage above has no single right repair") +
@@ -240,7 +243,7 @@ bytes you have to decide: they may be data of the last chunk, left there by an i
 
 -o OUTPUT         write to this file, even if there is nothing to repair; for one FILE only. Without
                   -o, the copy of song.wav is song.repaired.wav
---force           replace OUTPUT if it exists
+--force           replace OUTPUT or the repaired copy if it exists
 --in-place        write to the file itself; see "velmor-core set --help"
 --keep-trailing   keep any bytes after the last chunk, in a chunk "tail"
 --drop-trailing   drop any bytes after the last chunk

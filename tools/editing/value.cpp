@@ -2,6 +2,8 @@
 
 #include "editing/value.h"
 
+#include <unistd.h>
+
 #include <array>
 
 #include "app/errors.h"

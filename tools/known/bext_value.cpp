@@ -11,7 +11,6 @@
 
 #include "app/errors.h"
 #include "app/text.h"
-#include "chunks/layout.h"
 
 namespace tool {
 
@@ -28,7 +27,7 @@ constexpr std::string_view LINE_END = "\r\n";
 
 // The number that a whole text stands for.
 template <typename Number>
-std::optional<Number> numberIn(std::string_view text) {
+std::optional<Number> parsed(std::string_view text) {
   Number number{};
   const char* const end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
@@ -54,7 +53,7 @@ std::string levelText(int16_t level) {
 }
 
 int16_t levelIn(const BextField& field, std::string_view text) {
-  const auto number = numberIn<double>(text);
+  const auto number = parsed<double>(text);
   if (!number || !std::isfinite(*number)) refuse(field, text, "is no number, such as -23.5");
   const double level = std::round(*number * HUNDRED);
   if (level < INT16_MIN || level >= UNSET_LEVEL) {
@@ -103,7 +102,7 @@ bool looksLike(std::string_view text, std::string_view pattern) {
 }
 
 int partOf(std::string_view text, std::size_t begin, std::size_t size) {
-  return numberIn<int>(text.substr(begin, size)).value_or(-1);
+  return parsed<int>(text.substr(begin, size)).value_or(-1);
 }
 
 bool isDate(std::string_view text) {
@@ -153,20 +152,16 @@ const BextField* findBextField(std::string_view name) {
   return found == BEXT_FIELDS.end() ? nullptr : found;
 }
 
-uint64_t bextNumber(std::string_view bytes) {
-  uint64_t number = 0;
-  for (std::size_t i = bytes.size(); i > 0; --i) {
-    number = number << 8 | static_cast<uint8_t>(bytes[i - 1]);
-  }
-  return number;
+uint64_t bextNumber(std::string_view bytes, ByteOrder order) {
+  return numberIn({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()}, order);  // NOLINT
 }
 
-std::string bextText(const BextField& field, std::string_view bytes) {
+std::string bextText(const BextField& field, std::string_view bytes, ByteOrder order) {
   switch (field.kind) {
     case BextField::NUMBER:
-      return std::to_string(bextNumber(bytes));
+      return std::to_string(bextNumber(bytes, order));
     case BextField::LEVEL:
-      return levelText(static_cast<int16_t>(bextNumber(bytes)));
+      return levelText(static_cast<int16_t>(bextNumber(bytes, order)));
     case BextField::UMID:
       return umidText(bytes);
     case BextField::TEXT:
@@ -189,7 +184,7 @@ std::string bextBytes(const BextField& field, std::string_view text) {
     bytes.resize(field.size);
     return bytes;
   }
-  const auto number = numberIn<uint64_t>(text);
+  const auto number = parsed<uint64_t>(text);
   if (!number) refuse(field, text, "is no whole number of samples");
   return littleEndian(*number, field.size);
 }

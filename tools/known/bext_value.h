@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "chunks/layout.h"
 #include "known/bext.h"
 
 namespace tool {
@@ -13,11 +14,10 @@ namespace tool {
 const BextField* findBextField(std::string_view name);
 
 // The number in the bytes of a field.
-uint64_t bextNumber(std::string_view bytes);
+uint64_t bextNumber(std::string_view bytes, ByteOrder order = ByteOrder::LITTLE);
 
-// The value of a field in its bytes, which may be cut short; empty if the field is not set. Texts
-// keep their encoding.
-std::string bextText(const BextField& field, std::string_view bytes);
+// The value of a field; empty if the field is not set. Texts keep their encoding.
+std::string bextText(const BextField& field, std::string_view bytes, ByteOrder order);
 
 // The bytes of a field, as many as it has, for a text; an empty text makes a field that is not set.
 // Texts keep their encoding. Lines of the coding history end in CR LF. Throws UsageError if the

@@ -63,13 +63,13 @@ class Tags {
   template <typename Visit>
   void visitBext(const RawChunk& chunk, Visit visit) {
     const BextField& versionField = *findBextField("bext-version");
-    const uint64_t version =
-        bextNumber(read("bext", chunk.dataOffset() + versionField.offset, versionField.size));
+    const uint64_t version = bextNumber(
+        read("bext", chunk.dataOffset() + versionField.offset, versionField.size), bytes.order());
     for (const BextField& field : BEXT_FIELDS) {
       if (field.version > version || field.offset + field.size > chunk.dataSize) continue;
       const uint64_t size = field.size > 0 ? field.size : chunk.dataSize - field.offset;
       const std::string text =
-          bextText(field, read("bext", chunk.dataOffset() + field.offset, size));
+          bextText(field, read("bext", chunk.dataOffset() + field.offset, size), bytes.order());
       const bool isNumber = field.kind == BextField::NUMBER || field.kind == BextField::LEVEL;
       if (!text.empty()) visit(Tag{std::string(field.name), "bext", text, isNumber});
     }
