@@ -64,6 +64,7 @@ edits_survive_every_fault() {
   survives add RIFF/LIST/IGNR Rock
   survives remove RIFF/LIST/ICMT
   survives recycle RIFF/LIST/IART
+  survives tag title=New comment= genre=Rock originator=Me loudness=-23
 }
 
 edits_in_place_are_complete_or_marked() {

@@ -1,5 +1,7 @@
 // velmor-core tag
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 
@@ -23,11 +25,20 @@ constexpr std::array OPTIONS = {JSON, ENCODING, JOBS, DRY_RUN, OUTPUT, FORCE, IN
 
 // --- the operands
 
+// Common names may be typed in capitals, as in tags of other formats.
+std::string lowered(std::string_view name) {
+  std::string text(name);
+  for (char& each : text) {
+    if (each >= 'A' && each <= 'Z') each = static_cast<char>(each - 'A' + 'a');
+  }
+  return text;
+}
+
 // The ids that a name stands for: those of a common name, or the id itself.
 std::vector<uint32_t> infoIdsOf(std::string_view name) {
   std::vector<uint32_t> ids;
   for (const InfoName& known : INFO_NAMES) {
-    if (known.name == name) ids.push_back(known.id);
+    if (known.name == lowered(name)) ids.push_back(known.id);
   }
   constexpr std::size_t ID_SIZE = 4;
   const bool isId =
@@ -58,7 +69,7 @@ class Operands {
     if (equals == std::string::npos) return false;
     const std::string name = word.substr(0, equals);
     const std::string text = word.substr(equals + 1);
-    if (const BextField* field = findBextField(name)) {
+    if (const BextField* field = findBextField(lowered(name))) {
       addBext(*field, text);
     } else if (const std::vector<uint32_t> ids = infoIdsOf(name); !ids.empty()) {
       addInfo(name, ids, text);
@@ -191,13 +202,16 @@ A file without bext chunk gets one, in free space if it fits there, and after it
 The version of the chunk becomes 1 with a UMID and 2 with a loudness, and is never lowered. It is
 listed as bext-version. All values are checked before a file is changed.
 
-A word that contains "=" after a name or an id is no file: write ./title=x.wav for a file with such
-a name.
+Names may be typed in capitals. A word that contains "=" after a name or an id is no file: write
+./title=x.wav for a file with such a name. RF64, BW64 and RIFX files are listed, but not changed.
 
 --encoding NAME   the texts in the files have this encoding instead of UTF-8, such as ISO-8859-1 or
                   WINDOWS-1252, both when they are listed and when they are set. Texts on the
                   command line and in the list are always UTF-8. When a text in a file cannot be
                   converted, \xHH shows its other bytes.
+--jobs N, -j N    work on N files at the same time, with 0 on as many as there are processors. When
+                  tags are set, the default is 8, since the disk then writes several files in the
+                  time of one.
 --json            list the tags of each file as one JSON object on a line of its own:
                     {"version":1,"command":"tag","file":"a.wav","tags":[
                      {"name":"title","chunk":"INAM","value":"Concert pitch"},...

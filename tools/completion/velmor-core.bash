@@ -3,7 +3,7 @@ _velmor_core() {
   local current=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]-} options=--help
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W "tree extract set add remove recycle check verify repair num
+    mapfile -t COMPREPLY < <(compgen -W "tree extract set add remove recycle check verify repair tag num
       uuid sha256 cpu version help --help --version" -- "$current")
     return
   fi
@@ -12,6 +12,7 @@ _velmor_core() {
     extract) options+=" -o --force" ;;
     set | add | remove | recycle) options+=" --dry-run -o --force --in-place" ;;
     repair) options+=" -o --force --in-place --keep-trailing --drop-trailing" ;;
+    tag) options+=" --json --encoding --dry-run -o --force --in-place --jobs" ;;
     uuid) ((COMP_CWORD == 2)) && options+=" new parse compare" ;;
   esac
   if [[ $current == -* || $command == uuid ]]; then

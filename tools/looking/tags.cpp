@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "app/command.h"
 #include "app/json.h"
@@ -62,9 +63,10 @@ class Tags {
   // Fields that are not set, and fields that the chunk's version does not have, are left out.
   template <typename Visit>
   void visitBext(const RawChunk& chunk, Visit visit) {
-    const BextField& versionField = *findBextField("bext-version");
-    const uint64_t version = bextNumber(
-        read("bext", chunk.dataOffset() + versionField.offset, versionField.size), bytes.order());
+    const BextField& last = *findBextField("bext-version");
+    const uint64_t version = chunk.dataSize < last.offset + last.size
+                                 ? 0
+                                 : bytes.number16(chunk.dataOffset() + last.offset);
     for (const BextField& field : BEXT_FIELDS) {
       if (field.version > version || field.offset + field.size > chunk.dataSize) continue;
       const uint64_t size = field.size > 0 ? field.size : chunk.dataSize - field.offset;
@@ -75,11 +77,11 @@ class Tags {
     }
   }
 
-  std::string read(const std::string& chunk, uint64_t offset, uint64_t size) const {
+  std::string read(const std::string& chunk, uint64_t offset, uint64_t size) {
     const uint64_t stored = offset < bytes.size() ? bytes.size() - offset : 0;
     std::string text(std::min({size, stored, MAX_TEXT}), '\0');
     bytes.copy(text.data(), text.size(), offset);
-    if (std::min(size, stored) > MAX_TEXT) {
+    if (std::min(size, stored) > MAX_TEXT && !std::exchange(isCut, true)) {
       complain(std::string(file) + ": of " + chunk + ", only the first MiB is shown");
     }
     return text;
@@ -87,6 +89,7 @@ class Tags {
 
   std::string_view file;
   RawBytes& bytes;
+  bool isCut = false;
 };
 
 }  // namespace
