@@ -218,9 +218,6 @@ Names may be typed in capitals. A word that contains "=" after a name or an id i
                   Numbers of bext are JSON numbers. U+FFFD replaces bytes that cannot be converted.
 
 See "velmor-core set --help" for the other options.
-
-  velmor-core tag song.wav
-  velmor-core tag song.wav title="Concert pitch" artist="A Fork" comment=
 )";
 
 }  // namespace
@@ -232,6 +229,11 @@ const Command TAG = {
         "FILE... [NAME=TEXT...]",
     .summary = "List, set and remove the tags of WAVE and AVI files",
     .help = HELP,
+    .examples = R"(
+  velmor-core tag song.wav clip.avi
+  velmor-core tag song.wav title="Concert pitch" artist="A Fork" comment=
+  velmor-core tag tone.wav originator="A Fork" origination-date=2025-12-31 loudness=-23
+)",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
     .options = OPTIONS,
