@@ -66,6 +66,7 @@ edits_survive_every_fault() {
   survives recycle RIFF/LIST/IART
   survives edit -e "remove RIFF/LIST/ICMT RIFF/LIST/IART" -e "set --add RIFF/LIST:new/note 'A longer text'"
   survives strip
+  survives tag title=New comment= genre=Rock originator=Me loudness=-23
 }
 
 edits_in_place_are_complete_or_marked() {

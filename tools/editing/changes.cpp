@@ -22,11 +22,6 @@ void requireRoom(Chunk group, uint64_t growth) {
   }
 }
 
-void requireGrowingGroup(const Chunk& group, uint64_t growth) {
-  if (!group.isGroup()) throw Failure(group.name() + " is no group: nothing can be added to it");
-  requireRoom(group, growth);
-}
-
 void requireSize(uint64_t size) {
   if (size > MAX_SIZE) throw Failure("a chunk cannot hold a value of more than 4294967294 bytes");
 }
@@ -51,6 +46,11 @@ Chunk lastInside(Chunk chunk) {
 }
 
 }  // namespace
+
+void requireGrowingGroup(const Chunk& group, uint64_t growth) {
+  if (!group.isGroup()) throw Failure(group.name() + " is no group: nothing can be added to it");
+  requireRoom(group, growth);
+}
 
 Change setValue(const Chunk& chunk, const Value& value) {
   if (chunk.isGroup()) throw Failure(chunk.name() + " is a group: set the chunks in it");
