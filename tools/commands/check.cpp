@@ -6,6 +6,7 @@
 #include "app/command.h"
 #include "app/errors.h"
 #include "app/text.h"
+#include "chunks/input.h"
 #include "verdict/survey.h"
 
 namespace tool {
@@ -20,9 +21,10 @@ void printSound(const std::string& file, const Survey& survey) {
   std::cout << '\n';
 }
 
-Status checkFile(const std::string& file) {
+Status checkFile(const std::string& operand) {
+  const std::string file = inputName(operand);
   uint64_t shown = 0;
-  const Survey survey = surveyFile(file, [&](const Finding& finding) {
+  const Survey survey = surveyFile(operand, [&](const Finding& finding) {
     ++shown;
     complain(file + ": " + (finding.isWarning() ? "warning: " : "") + findingText(finding));
   });
@@ -47,9 +49,10 @@ int runCheck(const Arguments& arguments) {
   return status;
 }
 
-void verifyFile(const std::string& file) {
+void verifyFile(const std::string& operand) {
+  const std::string file = inputName(operand);
   std::optional<Finding> first;
-  const Survey survey = surveyFile(file, [&](const Finding& finding) {
+  const Survey survey = surveyFile(operand, [&](const Finding& finding) {
     if (!first && !finding.isWarning()) first = finding;
   });
   if (first) throw Failure(file, findingText(*first));

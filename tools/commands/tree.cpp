@@ -9,7 +9,7 @@
 #include "app/errors.h"
 #include "chunks/chunk_path.h"
 #include "chunks/file_kind.h"
-#include "file/original.h"
+#include "chunks/input.h"
 
 namespace tool {
 
@@ -24,9 +24,10 @@ int runTree(const Arguments& arguments) {
   std::optional<ChunkPath> path;
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const auto print = arguments.has(JSON.name) ? printJson : printTree;
-  return forEach(arguments.all(), [&](const std::string& file) {
-    const Original original(file, Original::LOOK);
-    RawBytes bytes(original.get());
+  return forEach(arguments.all(), [&](const std::string& operand) {
+    const Input input(operand);
+    const std::string file = inputName(operand);
+    RawBytes bytes = input.bytes();
     if (!arguments.has(ANY.name)) requireRiff(file, bytes);
     try {
       const RawNode root = RawNode::virtualRoot(bytes);

@@ -119,7 +119,7 @@ class AviForm : public Form {
   void checkIdx1(const RawChunk& chunk) {
     constexpr uint64_t ENTRY = 16;
     const uint64_t count = chunk.dataSize / ENTRY;
-    if (count == 0 || movi == 0 || !isComplete(chunk)) return;
+    if (count == 0 || movi == 0 || !isReadable(chunk)) return;
     const auto countMisses = [&](uint64_t base, uint64_t entries) {
       IndexCheck check(bytes, chunk.dataOffset(), entries, ENTRY);
       check.run([&](const uint8_t* entry) {
@@ -144,7 +144,7 @@ class AviForm : public Form {
   // the id of the chunks, and 12 bytes: the base of the offsets (8 bytes) and 4 reserved bytes, or
   // 12 reserved bytes in an index of indexes.
   void checkOpenDml(const RawChunk& chunk) {
-    if (!isComplete(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
+    if (!isReadable(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
     std::array<uint8_t, OPEN_DML_HEADER> header{};
     bytes.copy(header.data(), header.size(), chunk.dataOffset());
     const uint64_t entrySize = littleEndian16(&header[0]) * uint64_t{4};
@@ -170,10 +170,14 @@ class AviForm : public Form {
     if (check.misses > 0) warn(chunk.offset, check.text(idText(chunk.id)));
   }
 
+  bool isReadable(const RawChunk& chunk) const {
+    return isComplete(chunk) && bytes.has(chunk.dataOffset(), chunk.dataSize);
+  }
+
   // Whether a chunk with this id begins at an offset. The index names a LIST:rec by its group id.
   // Only the header is read, since entries may point anywhere.
   bool isAt(uint32_t id, uint64_t offset) const {
-    if (offset >= bytes.size()) return false;
+    if (offset >= bytes.size() || !bytes.has(offset, GROUP_HEADER_SIZE)) return false;
     std::array<uint8_t, GROUP_HEADER_SIZE> header{};
     bytes.copy(header.data(), header.size(), offset);
     const uint32_t there = littleEndian32(header.data());
