@@ -89,6 +89,7 @@ class Keeper {
       if (place.isHeader || isUsedPad(place.offset)) keepChunk(place.offset);
     }
     passTo(END);
+    kept.keepLast(stream.tail());
     return std::move(kept);
   }
 
@@ -144,16 +145,8 @@ class Keeper {
     forNext(end, [this](std::string_view bytes) { kept.add(bytes); });
   }
 
-  // Skips bytes. The last ones of the stream are kept.
   void passTo(uint64_t end) {
-    uint64_t skipped = 0;
-    forNext(end, [&](std::string_view bytes) {
-      kept.skip(bytes.size());
-      skipped += bytes.size();
-    });
-    if (kept.size() == end) return;
-    const std::string_view tail = stream.tail();
-    kept.addSkipped(tail.substr(tail.size() - std::min(tail.size(), skipped)));
+    forNext(end, [this](std::string_view bytes) { kept.skip(bytes.size()); });
   }
 
   // Takes the next bytes up to an offset, or to the end of the stream.

@@ -57,9 +57,16 @@ void KeptBytes::add(std::string_view kept) {
 
 void KeptBytes::addZeros(uint64_t count) { extend(count, true); }
 
-void KeptBytes::addSkipped(std::string_view last) {
-  length -= last.size();
-  add(last);
+void KeptBytes::keepLast(std::string_view last) {
+  const uint64_t begin = length - last.size();
+  while (!extents.empty() && extents.back().offset >= begin) extents.pop_back();
+  if (!extents.empty()) {
+    Extent& before = extents.back();
+    before.size = std::min(before.size, begin - before.offset);
+  }
+  if (last.empty()) return;
+  extents.push_back({begin, last.size(), bytes.size()});
+  bytes.append(last);
 }
 
 void KeptBytes::extend(uint64_t count, bool isZeros) {

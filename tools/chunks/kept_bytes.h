@@ -25,8 +25,8 @@ class KeptBytes {
   void add(std::string_view kept);
   void addZeros(uint64_t count);
   void skip(uint64_t count) { length += count; }
-  // Keeps the last bytes, which were skipped.
-  void addSkipped(std::string_view last);
+  // Keeps the last bytes, whether they were kept before or not. Call it at the end.
+  void keepLast(std::string_view last);
 
  private:
   // Consecutive bytes that were kept. Of zeros, only the number is kept.

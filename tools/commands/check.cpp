@@ -1,10 +1,11 @@
 // velmor-core check and verify
 
-#include <algorithm>
+#include <array>
 #include <iostream>
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "app/text.h"
 #include "chunks/input.h"
 #include "verdict/survey.h"
@@ -12,6 +13,8 @@
 namespace tool {
 
 namespace {
+
+constexpr std::array OPTIONS = {JOBS};
 
 enum Status { CLEAN = 0, DAMAGED = 1, UNREADABLE = 3 };
 
@@ -36,20 +39,9 @@ Status checkFile(const std::string& operand) {
   return CLEAN;
 }
 
-int runCheck(const Arguments& arguments) {
-  Status status = CLEAN;
-  for (const std::string& file : arguments.all()) {
-    try {
-      status = std::max(status, checkFile(file));
-    } catch (const Failure& failure) {
-      complain(failure.what());
-      status = UNREADABLE;
-    }
-  }
-  return status;
-}
+int runCheck(const Arguments& arguments) { return forEachFile(arguments, checkFile, UNREADABLE); }
 
-void verifyFile(const std::string& operand) {
+int verifyFile(const std::string& operand) {
   const std::string file = inputName(operand);
   std::optional<Finding> first;
   const Survey survey = surveyFile(operand, [&](const Finding& finding) {
@@ -57,15 +49,16 @@ void verifyFile(const std::string& operand) {
   });
   if (first) throw Failure(file, findingText(*first));
   std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk") << '\n';
+  return 0;
 }
 
-int runVerify(const Arguments& arguments) { return forEach(arguments.all(), verifyFile); }
+int runVerify(const Arguments& arguments) { return forEachFile(arguments, verifyFile); }
 
 }  // namespace
 
 const Command CHECK = {
     .name = "check",
-    .synopsis = "FILE...",
+    .synopsis = "[--jobs N] FILE...",
     .summary = "Report everything that is wrong with files, and where",
     .help = R"(
 Reads the headers of each file and reports what is wrong. It also reads files that the editing
@@ -91,26 +84,35 @@ These findings are warnings, since other programs read such files without troubl
 The data of chunks is not decoded: a file with damaged audio or pictures may still be "sound" here.
 Several RIFF groups, and other chunks at the top level, are allowed.
 
+RF64, BW64 and RIFX files are checked too; 64-bit sizes come from the chunk ds64.
+
+FILE "-" is standard input. A pipe is read once, and only headers, small data and indexes are kept
+in memory. An index of more than 64 MiB is not checked then. Entries of an index that point into
+data where a size is wrong are reported as wrong, too.
+
+--jobs N   check N files at the same time; see "velmor-core --help"
+
 Exit status: 0 all files are sound (perhaps with warnings), 1 one is damaged, 3 one cannot be read.
 "velmor-core repair --help" says what can be repaired.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
-    .options = {},
+    .options = OPTIONS,
     .run = runCheck,
 };
 
 const Command VERIFY = {
     .name = "verify",
-    .synopsis = "FILE...",
+    .synopsis = "[--jobs N] FILE...",
     .summary = "Report the first damage in files: the short form of check",
     .help = R"(
 Checks each file as "velmor-core check" does, but reports only its first finding that is no warning.
+"--jobs N" checks N files at the same time; see "velmor-core --help".
 Exit status: 0 if all files are sound, 1 otherwise.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
-    .options = {},
+    .options = OPTIONS,
     .run = runVerify,
 };
 

@@ -7,6 +7,7 @@
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "chunks/chunk_path.h"
 #include "chunks/file_kind.h"
 #include "chunks/input.h"
@@ -15,26 +16,26 @@ namespace tool {
 
 namespace {
 
-constexpr Option JSON{"--json"};
 constexpr Option PATH{"--path", true};
 constexpr Option ANY{"--any"};
-constexpr std::array OPTIONS = {JSON, PATH, ANY};
+constexpr std::array OPTIONS = {JSON, PATH, ANY, JOBS};
 
 int runTree(const Arguments& arguments) {
   std::optional<ChunkPath> path;
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const auto print = arguments.has(JSON.name) ? printJson : printTree;
-  return forEach(arguments.all(), [&](const std::string& operand) {
+  return forEachFile(arguments, [&](const std::string& operand) {
     const Input input(operand);
     const std::string file = inputName(operand);
     RawBytes bytes = input.bytes();
     if (!arguments.has(ANY.name)) requireRiff(file, bytes);
     try {
       const RawNode root = RawNode::virtualRoot(bytes);
-      print(file, bytes, path ? path->find(root) : root);
+      print(arguments.has(JSON.name) ? operand : file, bytes, path ? path->find(root) : root);
     } catch (const Failure& failure) {
       throw Failure(file, failure.what());
     }
+    return 0;
   });
 }
 
@@ -42,20 +43,25 @@ int runTree(const Arguments& arguments) {
 
 const Command TREE = {
     .name = "tree",
-    .synopsis = "[--json] [--any] [--path PATH] FILE...",
+    .synopsis = "[--json] [--any] [--path PATH] [--jobs N] FILE...",
     .summary = "Show the chunks of files as trees",
     .help = R"(
 Each line shows one chunk, in four columns: the offset of its header in the file; its id, and for a
 group a colon and the group id; its data size (the size field); its total size (with header and pad
 byte). All sizes are in bytes. The chunks in a group follow it and are indented by their level.
 "pad" marks a chunk with a pad byte, "free" a JUNK chunk, whose space later edits can use. Only
-headers are read, also in large files.
+headers are read, also in large files. FILE "-" is standard input; of a pipe, only headers and small
+data are kept in memory, and the tree appears at its end.
+
+RF64 and BW64 files are shown with the 64-bit sizes of their chunk ds64, RIFX files with their
+big-endian sizes. They can be read, but not edited.
 
 Damaged files are shown too. A remark follows a chunk that is cut short by the end of the file or
 that ends past the end of its group. The line (zeros) shows a run of zeros, the line (no chunk)
 other bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
 
 --path PATH   show only this chunk and the chunks in it; offsets still count from the file's start
+--jobs N      read N files at the same time; see "velmor-core --help"
 --any         show any file, even one that is no RIFF file, as if it were made of chunks
 --json        print one JSON object for each file, each on a line of its own:
                 {"version":1,"command":"tree","file":"a.wav","size":52,"chunks":[{"offset":0,
