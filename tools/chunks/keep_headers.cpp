@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <queue>
+#include <tuple>
 #include <vector>
 
 #include "app/errors.h"
@@ -99,7 +100,10 @@ class Keeper {
   struct Place {
     uint64_t offset;
     bool isHeader;  // or else the pad byte of a chunk; the next header is here if that is missing
-    auto operator<=>(const Place&) const = default;
+    bool operator==(const Place&) const = default;
+    bool operator>(const Place& other) const {
+      return std::tie(offset, isHeader) > std::tie(other.offset, other.isHeader);
+    }
   };
 
   bool isUsedPad(uint64_t offset) const { return kept.endOfZeros(offset, offset + 1) == offset; }
