@@ -20,7 +20,7 @@ make_wide() {
 # piped FILE: what tree and check say of a file and of a pipe with its bytes is the same.
 piped() {
   local words want got
-  for words in "tree --any" "tree --any --json" check; do
+  for words in "tree --any" "tree --any --json" check "check --json"; do
     want=$("$program" $words "$1" 2>&1; echo $?)
     got=$(cat "$1" | "$program" $words - 2>&1; echo $?)
     expect_equal "$words of $1" "$want" "$(sed "s/standard input/$1/; s/\"file\":\"-\"/\"file\":\"$1\"/" <<<"$got")"
