@@ -68,8 +68,8 @@ bool holdsAny(const Chunk& list, const std::vector<InfoAssignment>& assignments)
 std::vector<NewListPointer> rebuildLists(const Chunk& group,
                                          const std::vector<InfoAssignment>& assignments) {
   std::vector<bool> missing(assignments.size());
-  std::ranges::transform(assignments, missing.begin(),
-                         [](const InfoAssignment& each) { return !each.text.empty(); });
+  std::transform(assignments.begin(), assignments.end(), missing.begin(),
+                 [](const InfoAssignment& each) { return !each.text.empty(); });
   std::vector<NewListPointer> changed;
   Chunk first;
   forEachTagChunk(group, [&](const Chunk& list) {
