@@ -13,11 +13,6 @@ constexpr uint32_t ID_RIFF = VELMOR_CORE_RIFF_ID('R', 'I', 'F', 'F');
 constexpr uint32_t ID_LIST = VELMOR_CORE_RIFF_ID('L', 'I', 'S', 'T');
 constexpr uint32_t ID_JUNK = VELMOR_CORE_RIFF_ID('J', 'U', 'N', 'K');
 constexpr uint32_t ID_INFO = VELMOR_CORE_RIFF_ID('I', 'N', 'F', 'O');
-constexpr uint32_t ID_MOVI = VELMOR_CORE_RIFF_ID('m', 'o', 'v', 'i');
-
-// The group ids of the forms that the program knows best.
-constexpr uint32_t FORM_WAVE = VELMOR_CORE_RIFF_ID('W', 'A', 'V', 'E');
-constexpr uint32_t FORM_AVI = VELMOR_CORE_RIFF_ID('A', 'V', 'I', ' ');
 
 // The ids under which a chunk is read as a group.
 constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }

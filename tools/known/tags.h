@@ -8,10 +8,9 @@
 
 #include "app/errors.h"
 #include "chunks/chunk_id.h"
+#include "known/ids.h"
 
 namespace tool {
-
-constexpr uint32_t ID_BEXT = VELMOR_CORE_RIFF_ID('b', 'e', 'x', 't');
 
 // A Node is a chunk of an object or a header in a file, as ChunkPath::find() describes it.
 
