@@ -1,5 +1,5 @@
-// Parses changed texts of UUIDs, and any short texts. Boost's parser has to accept the same texts and
-// give the same bytes.
+// Parses changed texts of UUIDs, and any short texts. Boost's parser has to accept the same texts
+// and give the same bytes.
 
 #include <velmor_core/uuid.h>
 
