@@ -43,7 +43,7 @@ class Data {
       block.resize(std::min(size - done, BLOCK));
       file.readAll(block.data(), block.size(), chunk.dataOffset() + done);
       write(block.data(), block.size());
-      progress.at(done);
+      progress.at(done + block.size());
     }
   }
 
@@ -61,12 +61,19 @@ bool steersTerminal(std::string text) {
 
 void printData(const Data& data, bool mayBeBinary) {
   if (outputIsTerminal() && !mayBeBinary) {
-    data.copyTo([](const char* bytes, std::size_t count) {
-      if (steersTerminal({bytes, count})) {
+    std::string text;  // what has not been looked at yet
+    const auto require = [&text](std::size_t length) {
+      if (steersTerminal(text.substr(0, length))) {
         throw Failure(
             "the data may confuse the terminal: -o writes it to a file, --force prints it");
       }
+      text.erase(0, length);
+    };
+    data.copyTo([&](const char* bytes, std::size_t count) {
+      text.append(bytes, count);
+      require(wholeCharacters(text));
     });
+    require(text.size());
   }
   data.copyTo([](const char* bytes, std::size_t count) {
     std::cout.write(bytes, static_cast<std::streamsize>(count));
@@ -140,8 +147,10 @@ written too.
 
 -o OUTPUT   write to this file; it appears under this name only when complete
 --force     replace OUTPUT if it exists; without -o, print bytes that may confuse the terminal
-
+)",
+    .examples = R"(
   velmor-core extract song.wav RIFF:WAVE/data -o samples.raw
+  velmor-core extract song.wav RIFF:WAVE/LIST:INFO/INAM
 )",
     .minOperands = 2,
     .maxOperands = 2,

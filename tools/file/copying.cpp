@@ -100,6 +100,9 @@ bool isKeptBySystem(const std::string& name) {
 void copyAttribute(const File& source, const File& copy, const std::string& name) {
   std::vector<char> value(65536);  // the largest value that Linux allows
   const ssize_t size = ::fgetxattr(source.descriptor(), name.c_str(), value.data(), value.size());
+  if (size == -1 && !isKeptBySystem(name)) {
+    throw Failure(source.name(), "cannot read the attribute " + name + ": " + systemError());
+  }
   if (size >= 0 && ::fsetxattr(copy.descriptor(), name.c_str(), value.data(),
                                static_cast<std::size_t>(size), 0) == 0) {
     return;

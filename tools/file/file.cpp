@@ -3,6 +3,7 @@
 #include "file/file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <array>
@@ -117,6 +118,10 @@ void File::resize(uint64_t length) const {
 
 void File::sync() const {
   completed(fileName, "cannot be written", 0, [this] { return ::fsync(descriptor()); });
+}
+
+bool isLockedByAnother(const Descriptor& file, int lock) {
+  return ::flock(file.get(), lock | LOCK_NB) == -1 && errno == EWOULDBLOCK;
 }
 
 struct stat statusOf(const std::string& name) {

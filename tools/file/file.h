@@ -45,6 +45,7 @@ class File {
       : fileName(std::move(name)), file(std::move(descriptor)) {}
 
   const std::string& name() const { return fileName; }
+  const Descriptor& owner() const { return file; }
   int descriptor() const { return file.get(); }
   uint64_t size() const { return static_cast<uint64_t>(status().st_size); }
   struct stat status() const;
@@ -67,6 +68,10 @@ class File {
   std::string fileName;
   Descriptor file;
 };
+
+// Whether another program holds a lock on the file that excludes this one (LOCK_SH or LOCK_EX);
+// otherwise the file is locked now. Without locks in the file system this returns false.
+bool isLockedByAnother(const Descriptor& file, int lock);
 
 // The status of the file that a name leads to; throws Failure if there is none.
 struct stat statusOf(const std::string& name);

@@ -32,12 +32,6 @@ std::string temporaryName(const std::string& path) {
   return path.substr(0, start) + path.substr(start, NAME_MAX - ENDING.size()).append(ENDING);
 }
 
-// The program that makes a file holds its lock. Without locks in the file system this returns
-// false.
-bool isLockedByAnother(const Descriptor& file) {
-  return ::flock(file.get(), LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK;
-}
-
 bool isNamed(const Descriptor& file, const std::string& path) {
   struct stat open {};
   struct stat named {};
@@ -49,8 +43,10 @@ bool isNamed(const Descriptor& file, const std::string& path) {
 void removeLeftover(const std::string& path) {
   const Descriptor file(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (!file && errno == ENOENT) return;
+  if (!file && errno == ELOOP) throw Failure(path, "is in the way: it is a symbolic link");
   if (!file) throw Failure(path, "is in the way: " + systemError());
-  if (isLockedByAnother(file)) throw Failure(path, "is being written by another program");
+  // The program that makes a file holds its lock.
+  if (isLockedByAnother(file, LOCK_EX)) throw Failure(path, "is being written by another program");
   if (isNamed(file, path) && ::unlink(path.c_str()) == -1) {
     throw Failure(path, "is in the way: " + systemError());
   }
@@ -64,7 +60,7 @@ File make(const std::string& path) {
     if (!file && errno != EEXIST) throw Failure(path, "cannot be made: " + systemError());
     if (!file) {
       removeLeftover(path);
-    } else if (!isLockedByAnother(file) && isNamed(file, path)) {
+    } else if (!isLockedByAnother(file, LOCK_EX) && isNamed(file, path)) {
       // Another program may have removed it as a leftover before it was locked.
       setUnfinishedFile(path);
       return {path, std::move(file)};
@@ -130,7 +126,8 @@ void NewFile::publish() {
     if (!replaced) {
       renameToFreeName(file.name(), path);
     } else if (::rename(file.name().c_str(), path.c_str()) == -1) {
-      throw Failure(path, "cannot be replaced: " + systemError());
+      throw Failure(path, errno == EBUSY ? "is a mount point: only --in-place can change it"
+                                         : "cannot be replaced: " + systemError());
     }
     published = true;
     clearUnfinishedFile();
@@ -149,6 +146,10 @@ Output::Output(const std::string& name, bool mayReplace) : path(name) {
   path = realPath(name);
   existing.emplace(name, File::READ);
   requireNoMarker(*existing, path);  // a marker would stay, and the result could not be read
+  // To wait could last forever: the other program may wait for a file that this one has locked.
+  if (isLockedByAnother(existing->owner(), LOCK_EX)) {
+    throw Failure(name, "is being read or written by another program");
+  }
 }
 
 }  // namespace tool

@@ -47,8 +47,9 @@ class NewFile {
 
 // The file that the user has named for the result of a command.
 struct Output {
-  // Throws Failure if such a file exists and must not be replaced, or if it exists and a marker of
-  // an edit in place lies beside it.
+  // Throws Failure if such a file exists and must not be replaced, if another program is editing
+  // it, or if a marker of an edit in place lies beside it. Editors of the file wait until this is
+  // destroyed.
   Output(const std::string& name, bool mayReplace);
 
   std::string path;              // without symbolic links

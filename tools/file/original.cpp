@@ -16,15 +16,12 @@ namespace tool {
 
 namespace {
 
-bool isLockedByAnother(int descriptor, int lock) {
-  return ::flock(descriptor, lock | LOCK_NB) == -1 && errno == EWOULDBLOCK;
-}
-
 // Does not wait if the file system has no locks.
 void waitForTurn(const File& file, int lock) {
-  if (!isLockedByAnother(file.descriptor(), lock)) return;
+  if (!isLockedByAnother(file.owner(), lock)) return;
   const Waiting waiting("waiting for another edit of " + file.name());
-  while (::flock(file.descriptor(), lock) == -1 && errno == EINTR) {
+  while (::flock(file.descriptor(), lock) == -1) {
+    if (errno != EINTR) throw Failure(file.name(), "cannot be locked: " + systemError());
   }
 }
 
@@ -47,23 +44,6 @@ std::string editNamedIn(const std::string& marker) {
   const ssize_t count = file ? ::read(file.get(), text.data(), text.size()) : 0;
   const std::string_view all(text.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
   return std::string(all.substr(0, all.find('\n')));
-}
-
-// File systems count time in ticks of up to 10 ms. Two changes in one tick have the same time, so
-// the second would not be noticed.
-struct stat settledStatus(const File& file) {
-  constexpr int64_t TICK = 10'000'000;  // ns
-  constexpr int64_t SECOND = 1'000'000'000;
-  for (;;) {
-    const struct stat status = file.status();
-    struct timespec now {};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    const int64_t age = (now.tv_sec - status.st_ctim.tv_sec) * SECOND +  //
-                        (now.tv_nsec - status.st_ctim.tv_nsec);
-    if (age < 0 || age > TICK) return status;
-    const struct timespec pause = {0, TICK + 1 - age};
-    ::nanosleep(&pause, nullptr);
-  }
 }
 
 bool isSameTime(const struct timespec& a, const struct timespec& b) {
@@ -89,12 +69,27 @@ void requireNoMarker(const File& file, const std::string& path) {
   struct stat status {};
   if (::lstat(marker.c_str(), &status) == -1) return;
   // A program that edits in place holds the lock. If this program can lock the file, none does.
-  if (isLockedByAnother(file.descriptor(), LOCK_SH)) {
+  if (isLockedByAnother(file.owner(), LOCK_SH)) {
     throw Failure(file.name(), "is being edited in place by another program");
   }
   throw Failure(file.name(), "an edit in place was interrupted here (" + editNamedIn(marker) +
                                  "): use a copy of the file, or remove " + marker +
                                  " to take the file as it is");
+}
+
+struct stat settledStatus(const File& file) {
+  constexpr int64_t TICK = 10'000'000;  // ns
+  constexpr int64_t SECOND = 1'000'000'000;
+  for (;;) {
+    const struct stat status = file.status();
+    struct timespec now {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const int64_t age = (now.tv_sec - status.st_ctim.tv_sec) * SECOND +  //
+                        (now.tv_nsec - status.st_ctim.tv_nsec);
+    if (age < 0 || age > TICK) return status;
+    const struct timespec pause = {0, TICK + 1 - age};
+    ::nanosleep(&pause, nullptr);
+  }
 }
 
 bool isUnchanged(const struct stat& before, const struct stat& now) {

@@ -56,7 +56,7 @@ class InPlace : public Target {
       : original(original), what(std::move(what)), marker(markerOf(original.path())) {
     original.requireUnchanged();
     reserve(room);
-    reserved = original.get().status();
+    reserved = settledStatus(original.get());
   }
   ~InPlace() override {
     if (!begun) giveBackRoom();

@@ -36,15 +36,16 @@ constexpr uint64_t MAX_REPORTED = 1000;
 // first MAX_REPORTED doubtful findings and as many others; the rest is only counted. `name` is the
 // file's, for progress. Throws Failure if the file cannot be read.
 Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report);
+// The same for a file, or for standard input if the name is "-".
 Survey surveyFile(const std::string& file, const Report& report);
 
 // The first finding that is no warning; none where the file is sound.
 std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes);
 
 // Throws Failure if the library should not open a file. There are three reasons: it is no RIFF
-// file; the library would read all of it and then refuse it; or it holds too many zeros, which the
-// library takes for empty chunks. Other damage does not prevent opening; the first of it is
-// returned.
+// file, or one of another kind, such as RF64; the library would read all of it and then refuse it;
+// or it holds too many zeros, which the library takes for empty chunks. Other damage does not
+// prevent opening; the first of it is returned.
 std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes);
 
 }  // namespace tool
