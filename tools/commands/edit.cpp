@@ -4,6 +4,7 @@
 #include "app/errors.h"
 #include "chunks/chunk_path.h"
 #include "editing/editing.h"
+#include "editing/room_beside.h"
 
 namespace tool {
 
@@ -19,8 +20,10 @@ int editOne(std::string_view command, const Arguments& arguments, uint64_t room,
 int runSet(const Arguments& arguments) {
   const ChunkPath path(arguments[1]);
   const Value value(arguments[2]);
-  return editOne(SET.name, arguments, roomFor(value),
-                 [&](const Chunk& root) { return setValue(path.find(root), value); });
+  return editOne(SET.name, arguments, roomFor(value), [&](const Chunk& root) {
+    return useRoomBeside(path.find(root),
+                         [&](const Chunk& chunk) { return setValue(chunk, value); });
+  });
 }
 
 // Whether the last step names a group to add; throws UsageError for what makes no sense.
@@ -43,12 +46,15 @@ int runAdd(const Arguments& arguments) {
   const PathStep& step = path.last();
   if (namesGroup(step, arguments.count() == 3)) {
     return editOne(ADD.name, arguments, ROOM_FOR_GROUP, [&](const Chunk& root) {
-      return addGroup(path.findParent(root), step.id, *step.groupId);
+      return useRoomBeside(path.findParent(root), [&](const Chunk& group) {
+        return addGroup(group, step.id, *step.groupId);
+      });
     });
   }
   const Value value(arguments[2]);
   return editOne(ADD.name, arguments, roomFor(value), [&](const Chunk& root) {
-    return addValue(path.findParent(root), step.id, value);
+    return useRoomBeside(path.findParent(root),
+                         [&](const Chunk& group) { return addValue(group, step.id, value); });
   });
 }
 

@@ -4,11 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
 #include "app/errors.h"
 #include "app/progress.h"
 #include "app/text.h"
 #include "chunks/layout.h"
+#include "editing/avi_index.h"
+#include "editing/webp_header.h"
 #include "looking/tree.h"
 
 namespace tool {
@@ -46,6 +49,20 @@ Original::Purpose purposeOf(const EditWay& way) {
   return way.output ? Original::COPY : Original::EDIT;
 }
 
+// The change of an edit, and after it what the form needs.
+Change keepingForm(const Chunk& root, const std::string& name, const Edit& edit) {
+  const Change change = edit(root);
+  const auto indexes = std::make_shared<AviIndexes>(root, name);
+  const auto header = std::make_shared<WebpHeader>(root, name);
+  return [=] {
+    change();
+    indexes->correct();
+    header->correct();
+  };
+}
+
+constexpr uint64_t ROOM_FOR_FORM = WebpHeader::ROOM;
+
 // The user may want a file that other programs reject, so this does not refuse the edit.
 void warnOfDamage(const Opened& before, RawBytes after) {
   const std::string& name = before.original().name();
@@ -56,7 +73,8 @@ void warnOfDamage(const Opened& before, RawBytes after) {
 }
 
 void showResult(const Opened& opened, const Edit& edit) {
-  opened.explain([&] { edit(virtualRoot(opened.object()))(); });
+  opened.explain(
+      [&] { keepingForm(virtualRoot(opened.object()), opened.original().name(), edit)(); });
   RawBytes edited(opened.bytes());
   warnOfDamage(opened, edited);
   printTree(opened.original().name() + ", as it would be", edited, RawNode::virtualRoot(edited));
@@ -64,7 +82,7 @@ void showResult(const Opened& opened, const Edit& edit) {
 
 std::unique_ptr<Target> openTarget(const Original& original, const EditJob& job,
                                    const EditWay& way) {
-  if (way.inPlace) return editInPlace(original, job.room, job.what);
+  if (way.inPlace) return editInPlace(original, job.room + ROOM_FOR_FORM, job.what);
   if (way.output) return writeOutput(original, *way.output, way.mayReplaceOutput);
   return replaceOriginal(original);
 }
@@ -76,7 +94,7 @@ void changeTarget(const Opened& opened, Target& target, const Edit& edit) {
     object = required("read the chunks", [&] {
       return Object::openFile(target.path(), velmor_core::Mode::ReadWrite, std::nothrow);
     });
-    change = edit(virtualRoot(object));
+    change = keepingForm(virtualRoot(object), opened.original().name(), edit);
   });
   target.begin();
   {
@@ -104,7 +122,7 @@ EditWay::EditWay(const Arguments& arguments)
 }
 
 void editFile(const EditJob& job, const EditWay& way, const Edit& edit) {
-  const Opened opened(job.file, purposeOf(way), job.room);
+  const Opened opened(job.file, purposeOf(way), job.room + ROOM_FOR_FORM);
   if (way.isDryRun) {
     showResult(opened, edit);
     return;

@@ -1,36 +1,20 @@
 // AVI: headers, pictures and sound (movi), and indexes whose entries point at chunks of their id.
-//
-// Three indexes exist. "idx1" lies after "movi" and counts offsets from the "movi" id or, from some
-// programs, from the start of the file. OpenDML adds "ix##" chunks within "movi", with offsets from
-// a base in the file, and an "indx" in the headers of a stream, which points at them.
 #include <algorithm>
 #include <array>
 #include <vector>
 
 #include "app/text.h"
+#include "known/avi_indexes.h"
 #include "verdict/form.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint32_t ID_HDRL = VELMOR_CORE_RIFF_ID('h', 'd', 'r', 'l');
-constexpr uint32_t ID_AVIH = VELMOR_CORE_RIFF_ID('a', 'v', 'i', 'h');
-constexpr uint32_t ID_STRL = VELMOR_CORE_RIFF_ID('s', 't', 'r', 'l');
-constexpr uint32_t ID_INDX = VELMOR_CORE_RIFF_ID('i', 'n', 'd', 'x');
-constexpr uint32_t ID_REC = VELMOR_CORE_RIFF_ID('r', 'e', 'c', ' ');
-constexpr uint32_t ID_IX = VELMOR_CORE_RIFF_ID('i', 'x', '\0', '\0');
-
 constexpr uint32_t FLAGS_OFFSET = 12;  // in avih
 constexpr uint32_t FLAG_HAS_INDEX = 0x10;
 
-constexpr uint64_t OPEN_DML_HEADER = 24;
-constexpr uint8_t INDEX_OF_INDEXES = 0;
-constexpr uint8_t INDEX_OF_CHUNKS = 1;
 constexpr uint64_t ENTRIES_AT_ONCE = 256;
-
-// The first two characters of an id; "ix##" and "##ix" name their stream in the other two.
-constexpr uint32_t firstHalf(uint32_t id) { return id & 0xFFFF; }
 
 // Reads the entries of an index in blocks and counts those that point at no chunk of their id.
 class IndexCheck {
@@ -78,7 +62,7 @@ class AviForm : public Form {
       takeTop(chunk);
     } else if (chunk.id == ID_AVIH && parent == ID_HDRL) {
       takeMainHeader(chunk);
-    } else if (isOpenDml(chunk, parent)) {
+    } else if (isOpenDmlIndex(chunk.id, parent)) {
       hasIndex = true;
       checkOpenDml(chunk);
     }
@@ -114,17 +98,14 @@ class AviForm : public Form {
     announcesIndex = (littleEndian32(field.data()) & FLAG_HAS_INDEX) != 0;
   }
 
-  // An id, flags, an offset and a size of 32 bits each. Entries of size 0 stand for dropped frames
-  // and may point anywhere.
   void checkIdx1(const RawChunk& chunk) {
-    constexpr uint64_t ENTRY = 16;
-    const uint64_t count = chunk.dataSize / ENTRY;
+    const uint64_t count = chunk.dataSize / IDX1_ENTRY;
     if (count == 0 || movi == 0 || !isComplete(chunk)) return;
     const auto countMisses = [&](uint64_t base, uint64_t entries) {
-      IndexCheck check(bytes, chunk.dataOffset(), entries, ENTRY);
+      IndexCheck check(bytes, chunk.dataOffset(), entries, IDX1_ENTRY);
       check.run([&](const uint8_t* entry) {
-        return littleEndian32(entry + 12) == 0 ||
-               isAt(littleEndian32(entry), base + littleEndian32(entry + 8));
+        return littleEndian32(entry + IDX1_SIZE) == 0 ||
+               isAt(littleEndian32(entry), base + littleEndian32(entry + IDX1_OFFSET));
       });
       return check;
     };
@@ -135,39 +116,30 @@ class AviForm : public Form {
     if (check.misses > 0) warn(chunk.offset, check.text("RIFF:AVI/idx1"));
   }
 
-  static bool isOpenDml(const RawChunk& chunk, uint32_t parent) {
-    if (parent == ID_STRL) return chunk.id == ID_INDX;
-    return (parent == ID_MOVI || parent == ID_REC) && firstHalf(chunk.id) == ID_IX;
-  }
-
-  // The size of an entry in 32-bit words, two bytes for the kind of index, the number of entries,
-  // the id of the chunks, and 12 bytes: the base of the offsets (8 bytes) and 4 reserved bytes, or
-  // 12 reserved bytes in an index of indexes.
   void checkOpenDml(const RawChunk& chunk) {
-    if (!isComplete(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
-    std::array<uint8_t, OPEN_DML_HEADER> header{};
-    bytes.copy(header.data(), header.size(), chunk.dataOffset());
-    const uint64_t entrySize = littleEndian16(&header[0]) * uint64_t{4};
-    const uint64_t claimed = littleEndian32(&header[4]);
-    const uint32_t id = littleEndian32(&header[8]);
-    const uint64_t base = littleEndian64(&header[12]);
-    const bool isOfIndexes = header[3] == INDEX_OF_INDEXES && entrySize == 16;
-    const bool isOfChunks = header[3] == INDEX_OF_CHUNKS && (entrySize == 8 || entrySize == 12);
-    if (!isOfIndexes && !isOfChunks) return;
-    const uint64_t room = (chunk.dataSize - OPEN_DML_HEADER) / entrySize;
-    if (claimed > room) {
+    if (!isComplete(chunk) || chunk.dataSize < OpenDmlHeader::SIZE) return;
+    std::array<uint8_t, OpenDmlHeader::SIZE> bytesOfHeader{};
+    bytes.copy(bytesOfHeader.data(), bytesOfHeader.size(), chunk.dataOffset());
+    const auto header = OpenDmlHeader::parse(bytesOfHeader.data());
+    if (!header) return;
+    const uint64_t room = (chunk.dataSize - OpenDmlHeader::SIZE) / header->entrySize;
+    if (header->claimed > room) {
       warn(chunk.offset, "the index " + idText(chunk.id) + " states " +
-                             counted(claimed, "entry", "entries") + " and has room for " +
+                             counted(header->claimed, "entry", "entries") + " and has room for " +
                              std::to_string(room));
     }
-    IndexCheck check(bytes, chunk.dataOffset() + OPEN_DML_HEADER, std::min(claimed, room),
-                     entrySize);
+    IndexCheck check(bytes, chunk.dataOffset() + OpenDmlHeader::SIZE,
+                     std::min(header->claimed, room), header->entrySize);
     check.run([&](const uint8_t* entry) {
-      if (!isOfIndexes) return isAt(id, base + littleEndian32(entry) - HEADER_SIZE);
-      const uint64_t target = littleEndian64(entry);
-      return target < bytes.size() && firstHalf(bytes.chunkAt(target).id) == ID_IX;
+      if (header->isOfIndexes) return isIndexAt(littleEndian64(entry));
+      if ((littleEndian32(entry + 4) & ~NO_KEY_FRAME) == 0) return true;  // a dropped frame
+      return isAt(header->id, header->base + littleEndian32(entry) - HEADER_SIZE);
     });
     if (check.misses > 0) warn(chunk.offset, check.text(idText(chunk.id)));
+  }
+
+  bool isIndexAt(uint64_t offset) const {
+    return offset < bytes.size() && (bytes.chunkAt(offset).id & FIRST_HALF) == ID_IX;
   }
 
   // Whether a chunk with this id begins at an offset. The index names a LIST:rec by its group id.

@@ -9,10 +9,6 @@ namespace tool {
 
 namespace {
 
-constexpr uint32_t ID_FMT = VELMOR_CORE_RIFF_ID('f', 'm', 't', ' ');
-constexpr uint32_t ID_FACT = VELMOR_CORE_RIFF_ID('f', 'a', 'c', 't');
-constexpr uint32_t ID_WAVL = VELMOR_CORE_RIFF_ID('w', 'a', 'v', 'l');
-
 constexpr uint16_t TAG_PCM = 1;
 constexpr uint16_t TAG_FLOAT = 3;
 constexpr uint16_t TAG_A_LAW = 6;

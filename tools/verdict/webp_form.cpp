@@ -3,40 +3,12 @@
 #include <array>
 #include <string_view>
 
+#include "known/webp_picture.h"
 #include "verdict/form.h"
 
 namespace tool {
 
 namespace {
-
-constexpr uint32_t ID_VP8 = VELMOR_CORE_RIFF_ID('V', 'P', '8', ' ');
-constexpr uint32_t ID_VP8L = VELMOR_CORE_RIFF_ID('V', 'P', '8', 'L');
-constexpr uint32_t ID_VP8X = VELMOR_CORE_RIFF_ID('V', 'P', '8', 'X');
-constexpr uint32_t ID_ALPH = VELMOR_CORE_RIFF_ID('A', 'L', 'P', 'H');
-constexpr uint32_t ID_ANIM = VELMOR_CORE_RIFF_ID('A', 'N', 'I', 'M');
-constexpr uint32_t ID_ANMF = VELMOR_CORE_RIFF_ID('A', 'N', 'M', 'F');
-constexpr uint32_t ID_ICCP = VELMOR_CORE_RIFF_ID('I', 'C', 'C', 'P');
-constexpr uint32_t ID_EXIF = VELMOR_CORE_RIFF_ID('E', 'X', 'I', 'F');
-constexpr uint32_t ID_XMP = VELMOR_CORE_RIFF_ID('X', 'M', 'P', ' ');
-
-constexpr uint32_t VP8X_SIZE = 10;
-constexpr uint8_t FLAG_ANIMATION = 0x02;
-constexpr uint8_t FLAG_ALPHA = 0x10;
-
-// A signature, two sizes of 14 bits, the alpha bit.
-constexpr std::size_t LOSSLESS_HEADER = 5;
-constexpr uint8_t LOSSLESS_SIGNATURE = 0x2F;
-// A frame tag of 24 bits, whose upper 19 are the size of the first partition; three bytes that
-// never change; two sizes. The first partition follows. Without it, nothing can be decoded.
-constexpr std::size_t LOSSY_HEADER = 10;
-constexpr uint32_t START_CODE = 0x2A019D;
-
-struct Announced {
-  uint8_t flag;
-  uint32_t id;
-};
-constexpr std::array ANNOUNCED = {Announced{0x20, ID_ICCP}, Announced{0x08, ID_EXIF},
-                                  Announced{0x04, ID_XMP}, Announced{FLAG_ANIMATION, ID_ANIM}};
 
 class WebpForm : public Form {
  public:
@@ -53,20 +25,20 @@ class WebpForm : public Form {
     if (chunk.id == ID_VP8L) takeLossless(chunk);
     hasFrame |= chunk.id == ID_ANMF;
     hasAlpha |= chunk.id == ID_ALPH;
-    for (std::size_t i = 0; i < ANNOUNCED.size(); ++i) seen[i] |= chunk.id == ANNOUNCED[i].id;
+    for (std::size_t i = 0; i < VP8X_FLAGS.size(); ++i) seen[i] |= chunk.id == VP8X_FLAGS[i].id;
   }
 
   void finish() override {
-    const bool isAnimation = isExtended && (flags & FLAG_ANIMATION) != 0;
+    const bool isAnimation = isExtended && (flags & VP8X_ANIMATION) != 0;
     if (isAnimation ? !hasFrame : !hasPicture) {
       fail(riff.offset, isAnimation ? "RIFF:WEBP is an animation without a frame (ANMF)"
                                     : "RIFF:WEBP has no picture (VP8 or VP8L)");
     }
     if (!isExtended) return;
-    for (std::size_t i = 0; i < ANNOUNCED.size(); ++i) {
-      compareFlag((flags & ANNOUNCED[i].flag) != 0, seen[i], idText(ANNOUNCED[i].id));
+    for (std::size_t i = 0; i < VP8X_FLAGS.size(); ++i) {
+      compareFlag((flags & VP8X_FLAGS[i].flag) != 0, seen[i], idText(VP8X_FLAGS[i].id));
     }
-    if (!isAnimation) compareFlag((flags & FLAG_ALPHA) != 0, hasAlpha, "transparency");
+    if (!isAnimation) compareFlag((flags & VP8X_ALPHA) != 0, hasAlpha, "transparency");
   }
 
  private:
@@ -87,7 +59,7 @@ class WebpForm : public Form {
     std::array<uint8_t, LOSSY_HEADER> header{};
     const uint64_t there = std::min(chunk.dataEnd(), bytes.size()) - chunk.dataOffset();
     bytes.copy(header.data(), std::min<uint64_t>(header.size(), there), chunk.dataOffset());
-    if ((littleEndian32(&header[3]) & 0xFF'FFFF) != START_CODE) {
+    if ((littleEndian32(&header[3]) & 0xFF'FFFF) != LOSSY_START_CODE) {
       fail(chunk.offset, "RIFF:WEBP/VP8 does not begin like a picture");
     } else if (LOSSY_HEADER + ((littleEndian32(header.data()) & 0xFF'FFFF) >> 5) > there) {
       fail(chunk.offset, "RIFF:WEBP/VP8 ends before the first part of the picture does");
@@ -120,7 +92,7 @@ class WebpForm : public Form {
   bool hasPicture = false;
   bool hasFrame = false;
   bool hasAlpha = false;
-  std::array<bool, ANNOUNCED.size()> seen{};
+  std::array<bool, VP8X_FLAGS.size()> seen{};
 };
 
 }  // namespace

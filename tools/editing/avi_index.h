@@ -1,0 +1,82 @@
+// Keeps the indexes of an AVI right when an edit moves, changes or removes chunks.
+#ifndef VELMOR_CORE_TOOLS_EDITING_AVI_INDEX_H
+#define VELMOR_CORE_TOOLS_EDITING_AVI_INDEX_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "editing/store.h"
+#include "known/avi_indexes.h"
+
+namespace tool {
+
+// Made before the edit, from the object that the edit will change. Afterwards, correct() makes each
+// entry point at the chunk that it pointed at before.
+//
+// These stay as they are: entries that pointed at no chunk of their id; indexes whose data the edit
+// itself has changed. Indexes are never resized: if an edit removes a chunk, its entry gets the
+// size 0, which stands for a dropped frame.
+class AviIndexes {
+ public:
+  // Does nothing with a file of another form. `name` is the file's, for warnings.
+  AviIndexes(const Chunk& root, std::string name);
+
+  // Throws Failure if the object cannot be read or written.
+  void correct();
+
+ private:
+  struct Place {
+    velmor_core_riff_chunk_t* chunk;  // of places before the edit, never used as a handle: it may
+                                      // have been removed
+    uint64_t offset;
+    uint32_t id;  // the group id of a group, as indexes name LIST:rec
+    uint32_t dataSize;
+    bool operator==(const Place&) const = default;
+  };
+  struct Index {
+    Chunk chunk;
+    uint64_t movi;    // the offset of the first LIST:movi in the same RIFF; 0 if it comes later
+    std::size_t sum;  // of the data
+  };
+  struct Layout {
+    explicit Layout(const Chunk& root);
+    std::vector<Place> places;
+    std::vector<Index> indexes;
+  };
+  struct Moved {
+    bool isGone;
+    uint64_t offset;
+    uint32_t oldSize;
+    uint32_t newSize;
+  };
+
+  const Place* placeBefore(uint64_t offset);
+  // Where the chunk is now that was at an offset before. Nothing if there was none.
+  std::optional<Moved> follow(const Place* place);
+  std::optional<Moved> follow(uint64_t offset, uint32_t id);
+  std::optional<Moved> followIndex(uint64_t offset);
+
+  void correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi);
+  void correctOpenDml(const Chunk& index);
+  // The base moves with the first chunk. Usually all chunks move together, and that is all.
+  bool correctFrame(uint8_t* entry, const OpenDmlHeader& header, std::optional<uint64_t>& newBase);
+  bool correctSuper(uint8_t* entry);
+  bool setDropped(uint8_t* size, uint32_t keptBits = 0);
+  void warn() const;
+
+  Chunk root;
+  std::string name;
+  bool isAvi;
+  std::optional<Layout> before;
+  std::vector<Place> now;      // after the edit, sorted by chunk
+  std::size_t lastBefore = 0;  // entries of an index usually follow the order of the file, so
+  std::size_t lastNow = 0;     // searches start where the last one ended
+  uint64_t dropped = 0;        // entries whose chunk was removed
+  uint64_t outOfReach = 0;     // entries whose field is too small for the new offset
+};
+
+}  // namespace tool
+
+#endif

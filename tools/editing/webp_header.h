@@ -1,0 +1,51 @@
+// Keeps the extended header (VP8X) of a WebP file right when an edit adds or removes chunks.
+#ifndef VELMOR_CORE_TOOLS_EDITING_WEBP_HEADER_H
+#define VELMOR_CORE_TOOLS_EDITING_WEBP_HEADER_H
+
+#include <string>
+
+#include "editing/store.h"
+#include "known/webp_picture.h"
+
+namespace tool {
+
+// Made before the edit, from the object that the edit will change. If the edit changes what VP8X
+// describes, correct() makes flags and canvas agree with the chunks, adds a VP8X that is missing,
+// and puts the chunks before the picture that have to be there. Other edits leave VP8X as it is,
+// even if it was wrong.
+class WebpHeader {
+ public:
+  // `name` is the file's, for warnings.
+  WebpHeader(const Chunk& root, std::string name);
+
+  // Handles of chunks in the group may end. Throws Failure if the object cannot be read or written.
+  void correct() const;
+
+  // By how many bytes a correction can lengthen a file.
+  static constexpr uint64_t ROOM = HEADER_SIZE + VP8X_SIZE;
+
+ private:
+  // What VP8X has to describe.
+  struct Contents {
+    explicit Contents(const Chunk& group);
+    bool operator==(const Contents&) const = default;
+
+    uint8_t flags = 0;  // those of VP8X_FLAGS, and VP8X_ALPHA of a still picture
+    bool isExtended = false;
+    bool hasFrames = false;
+    PictureHeader picture;  // of an animation, all 0
+
+    bool isStill() const { return !hasFrames && picture.width > 0; }
+  };
+
+  void addHeader(const Chunk& group, const Contents& contents) const;
+  void correctHeader(const Chunk& header, const Contents& contents) const;
+
+  Chunk root;
+  std::string name;
+  Contents before;
+};
+
+}  // namespace tool
+
+#endif
