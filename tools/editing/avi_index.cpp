@@ -228,12 +228,12 @@ void AviIndexes::correctOpenDml(const Chunk& index) {
   const auto header = OpenDmlHeader::parse(bytes.data());
   if (!header) return;
   const uint64_t room = (index.dataSize() - OpenDmlHeader::SIZE) / header->entrySize;
-  const Entries entries(index, OpenDmlHeader::SIZE, std::min(header->claimed, room),
-                        header->entrySize);
+  const uint64_t count = std::min(header->claimed, room);
   if (header->isOfIndexes) {
-    entries.forEach([&](uint8_t* entry) { return correctSuper(entry); });
+    correctIndexOfIndexes(index, count);
     return;
   }
+  const Entries entries(index, OpenDmlHeader::SIZE, count, header->entrySize);
   std::optional<uint64_t> newBase;
   entries.forEach([&](uint8_t* entry) { return correctFrame(entry, *header, newBase); });
   if (!newBase || *newBase == header->base) return;
@@ -270,14 +270,28 @@ bool AviIndexes::correctFrame(uint8_t* entry, const OpenDmlHeader& header,
   return true;
 }
 
-bool AviIndexes::correctSuper(uint8_t* entry) {
-  const uint64_t offset = littleEndian64(entry);
-  const auto moved = followIndex(offset);
-  if (!moved) return false;
-  if (moved->isGone) return setDropped(entry + 8);
-  if (moved->offset == offset) return false;
-  store64(entry, moved->offset);
-  return true;
+void AviIndexes::correctIndexOfIndexes(const Chunk& index, uint64_t count) {
+  constexpr uint64_t SIZE = OpenDmlHeader::ENTRY_OF_INDEXES;
+  constexpr uint64_t MAX_COUNT = 1 << 20;  // far more than a file can need
+  if (count > MAX_COUNT) return;
+  std::vector<uint8_t> entries(count * SIZE);
+  required("read " + index.name(),
+           [&] { return index.read(entries, OpenDmlHeader::SIZE, std::nothrow); });
+  const std::vector<uint8_t> old = entries;
+  auto end = entries.begin();
+  for (auto entry = entries.begin(); entry != entries.end(); entry += SIZE) {
+    const auto moved = followIndex(littleEndian64(&*entry));
+    if (moved && moved->isGone) continue;
+    if (moved) store64(&*entry, moved->offset);
+    end = std::copy_n(entry, SIZE, end);
+  }
+  std::fill(end, entries.end(), uint8_t{0});
+  if (entries == old) return;
+  const auto kept = littleEndianBytes(static_cast<uint32_t>((end - entries.begin()) / SIZE));
+  required("correct " + index.name(), [&] {
+    return index.write(entries, OpenDmlHeader::SIZE, std::nothrow) &&
+           index.write(kept, OpenDmlHeader::COUNT, std::nothrow);
+  });
 }
 
 bool AviIndexes::setDropped(uint8_t* size, uint32_t keptBits) {
@@ -289,8 +303,9 @@ bool AviIndexes::setDropped(uint8_t* size, uint32_t keptBits) {
 
 void AviIndexes::warn() const {
   if (dropped > 0) {
-    complain(name + ": warning: the index pointed at chunks that this edit takes away; " +
-             counted(dropped, "entry", "entries") + " got the size 0, as for dropped frames");
+    complain(name + ": warning: this edit removes frames that the index lists; " +
+             counted(dropped, "entry has", "entries have") +
+             " the size 0 now, as for dropped frames");
   }
   if (outOfReach > 0) {
     complain(name + ": warning: " + counted(outOfReach, "entry", "entries") +

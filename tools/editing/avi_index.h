@@ -62,7 +62,8 @@ class AviIndexes {
   void correctOpenDml(const Chunk& index);
   // The base moves with the first chunk. Usually all chunks move together, and that is all.
   bool correctFrame(uint8_t* entry, const OpenDmlHeader& header, std::optional<uint64_t>& newBase);
-  bool correctSuper(uint8_t* entry);
+  // Removes the entries of indexes that are gone.
+  void correctIndexOfIndexes(const Chunk& index, uint64_t count);
   bool setDropped(uint8_t* size, uint32_t keptBits = 0);
   void warn() const;
 

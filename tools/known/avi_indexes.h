@@ -31,6 +31,7 @@ constexpr bool isOpenDmlIndex(uint32_t id, uint32_t parentGroupId) {
 //   of indexes  offset in the file (64 bits); size of that index; duration (32 bits each)
 struct OpenDmlHeader {
   static constexpr uint64_t SIZE = 24;
+  static constexpr uint64_t COUNT = 4;  // where the number of entries is stored
   static constexpr uint64_t BASE = 12;  // where the base is stored
   static constexpr uint64_t ENTRY_OF_INDEXES = 16;
   static constexpr uint64_t ENTRY_OF_FIELDS = 12;
@@ -46,9 +47,9 @@ struct OpenDmlHeader {
   static constexpr std::optional<OpenDmlHeader> parse(const uint8_t* bytes) {
     constexpr uint8_t OF_INDEXES = 0;
     constexpr uint8_t OF_CHUNKS = 1;
-    const OpenDmlHeader header = {littleEndian16(bytes) * uint64_t{4}, littleEndian32(bytes + 4),
-                                  littleEndian32(bytes + 8), littleEndian64(bytes + BASE),
-                                  bytes[3] == OF_INDEXES};
+    const OpenDmlHeader header = {littleEndian16(bytes) * uint64_t{4},
+                                  littleEndian32(bytes + COUNT), littleEndian32(bytes + 8),
+                                  littleEndian64(bytes + BASE), bytes[3] == OF_INDEXES};
     const uint64_t size = header.entrySize;
     if (header.isOfIndexes && size == ENTRY_OF_INDEXES) return header;
     if (bytes[3] == OF_CHUNKS && (size == ENTRY_OF_FRAMES || size == ENTRY_OF_FIELDS)) {
