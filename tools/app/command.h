@@ -17,25 +17,37 @@ namespace tool {
 struct Option {
   std::string_view name;  // with its dashes
   bool takesValue = false;
+  std::string_view shortName = {};  // such as "-j"; its value may follow it directly: -j4
 };
+
+// Options that several commands have.
+inline constexpr Option JSON{"--json"};
 
 struct Command;
 
 // The words after a command's name, sorted into options and operands. Options may stand anywhere;
-// after "--" every word is an operand.
+// after "--" every word is an operand. A value follows its option as the next word, or after "=" in
+// the same word.
 class Arguments {
  public:
   // Throws UsageError for an option that the command does not have or that lacks its value.
   Arguments(std::span<const std::string> words, const Command& command);
 
   bool has(std::string_view option) const { return options.contains(option); }
+  // The last value that was given; none if the option was not given.
   std::optional<std::string> value(std::string_view option) const;
+  // All values that were given, in this order.
+  const std::vector<std::string>& values(std::string_view option) const;
   std::size_t count() const { return operands.size(); }
   const std::string& operator[](std::size_t index) const { return operands[index]; }
   const std::vector<std::string>& all() const { return operands; }
 
  private:
-  std::map<std::string, std::string, std::less<>> options;
+  // Adds the option that words[index] names; returns the index of its last word.
+  std::size_t addOption(std::span<const std::string> words, std::size_t index,
+                        const Command& command);
+
+  std::map<std::string, std::vector<std::string>, std::less<>> options;  // each with its values
   std::vector<std::string> operands;
 };
 
@@ -75,7 +87,7 @@ extern const Command SHA256;
 void complain(std::string_view message);
 
 // Runs work for each operand. Reports an operand that fails, and goes on with the next one. Returns
-// the exit status.
+// the exit status. Commands that work on files use forEachFile() in jobs.h.
 int forEach(const std::vector<std::string>& operands,
             const std::function<void(const std::string& operand)>& work);
 

@@ -1,16 +1,19 @@
 // velmor-core check and verify
 
-#include <algorithm>
+#include <array>
 #include <iostream>
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "app/text.h"
 #include "verdict/survey.h"
 
 namespace tool {
 
 namespace {
+
+constexpr std::array OPTIONS = {JOBS};
 
 enum Status { CLEAN = 0, DAMAGED = 1, UNREADABLE = 3 };
 
@@ -34,35 +37,25 @@ Status checkFile(const std::string& file) {
   return CLEAN;
 }
 
-int runCheck(const Arguments& arguments) {
-  Status status = CLEAN;
-  for (const std::string& file : arguments.all()) {
-    try {
-      status = std::max(status, checkFile(file));
-    } catch (const Failure& failure) {
-      complain(failure.what());
-      status = UNREADABLE;
-    }
-  }
-  return status;
-}
+int runCheck(const Arguments& arguments) { return forEachFile(arguments, checkFile, UNREADABLE); }
 
-void verifyFile(const std::string& file) {
+int verifyFile(const std::string& file) {
   std::optional<Finding> first;
   const Survey survey = surveyFile(file, [&](const Finding& finding) {
     if (!first && !finding.isWarning()) first = finding;
   });
   if (first) throw Failure(file, findingText(*first));
   std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk") << '\n';
+  return 0;
 }
 
-int runVerify(const Arguments& arguments) { return forEach(arguments.all(), verifyFile); }
+int runVerify(const Arguments& arguments) { return forEachFile(arguments, verifyFile); }
 
 }  // namespace
 
 const Command CHECK = {
     .name = "check",
-    .synopsis = "FILE...",
+    .synopsis = "[--jobs N] FILE...",
     .summary = "Report everything that is wrong with files, and where",
     .help = R"(
 Reads the headers of each file and reports what is wrong. It also reads files that the editing
@@ -88,26 +81,29 @@ These findings are warnings, since other programs read such files without troubl
 The data of chunks is not decoded: a file with damaged audio or pictures may still be "sound" here.
 Several RIFF groups, and other chunks at the top level, are allowed.
 
+--jobs N   check N files at the same time; see "velmor-core --help"
+
 Exit status: 0 all files are sound (perhaps with warnings), 1 one is damaged, 3 one cannot be read.
 "velmor-core repair --help" says what can be repaired.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
-    .options = {},
+    .options = OPTIONS,
     .run = runCheck,
 };
 
 const Command VERIFY = {
     .name = "verify",
-    .synopsis = "FILE...",
+    .synopsis = "[--jobs N] FILE...",
     .summary = "Report the first damage in files: the short form of check",
     .help = R"(
 Checks each file as "velmor-core check" does, but reports only its first finding that is no warning.
+"--jobs N" checks N files at the same time; see "velmor-core --help".
 Exit status: 0 if all files are sound, 1 otherwise.
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
-    .options = {},
+    .options = OPTIONS,
     .run = runVerify,
 };
 

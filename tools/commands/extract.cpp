@@ -43,7 +43,7 @@ class Data {
       block.resize(std::min(size - done, BLOCK));
       file.readAll(block.data(), block.size(), chunk.dataOffset() + done);
       write(block.data(), block.size());
-      progress.at(done);
+      progress.at(done + block.size());
     }
   }
 

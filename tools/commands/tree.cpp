@@ -7,6 +7,7 @@
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "chunks/chunk_path.h"
 #include "chunks/file_kind.h"
 #include "file/original.h"
@@ -15,16 +16,15 @@ namespace tool {
 
 namespace {
 
-constexpr Option JSON{"--json"};
 constexpr Option PATH{"--path", true};
 constexpr Option ANY{"--any"};
-constexpr std::array OPTIONS = {JSON, PATH, ANY};
+constexpr std::array OPTIONS = {JSON, PATH, ANY, JOBS};
 
 int runTree(const Arguments& arguments) {
   std::optional<ChunkPath> path;
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const auto print = arguments.has(JSON.name) ? printJson : printTree;
-  return forEach(arguments.all(), [&](const std::string& file) {
+  return forEachFile(arguments, [&](const std::string& file) {
     const Original original(file, Original::LOOK);
     RawBytes bytes(original.get());
     if (!arguments.has(ANY.name)) requireRiff(file, bytes);
@@ -34,6 +34,7 @@ int runTree(const Arguments& arguments) {
     } catch (const Failure& failure) {
       throw Failure(file, failure.what());
     }
+    return 0;
   });
 }
 
@@ -41,7 +42,7 @@ int runTree(const Arguments& arguments) {
 
 const Command TREE = {
     .name = "tree",
-    .synopsis = "[--json] [--any] [--path PATH] FILE...",
+    .synopsis = "[--json] [--any] [--path PATH] [--jobs N] FILE...",
     .summary = "Show the chunks of files as trees",
     .help = R"(
 Each line shows one chunk, in four columns: the offset of its header in the file; its id, and for a
@@ -55,6 +56,7 @@ that ends past the end of its group. The line (zeros) shows a run of zeros, the 
 other bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
 
 --path PATH   show only this chunk and the chunks in it; offsets still count from the file's start
+--jobs N      read N files at the same time; see "velmor-core --help"
 --any         show any file, even one that is no RIFF file, as if it were made of chunks
 --json        print one JSON object for each file, each on a line of its own:
                 {"version":1,"command":"tree","file":"a.wav","size":52,"chunks":[{"offset":0,

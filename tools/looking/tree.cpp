@@ -31,7 +31,7 @@ std::string indentedName(const TreeItem& item) {
     text.append("(").append(std::to_string(item.level)).append(") ");
   }
   if (item.kind != TreeItem::CHUNK) return text.append(kindName(item.kind));
-  return text + nameText(item.chunk.id, item.chunk.groupId);
+  return text + item.chunk.name();
 }
 
 uint64_t totalSize(const TreeItem& item) {
@@ -56,7 +56,7 @@ struct Layout {
       largestTotal = std::max(largestTotal, totalSize(item));
       lastOffset = item.chunk.offset;
       if (item.kind != TreeItem::CHUNK) continue;
-      largestSize = std::max<uint64_t>(largestSize, item.chunk.dataSize);
+      largestSize = std::max(largestSize, item.chunk.dataSize);
       ++chunks;
     }
     offsetWidth = std::max(offsetWidth, std::to_string(lastOffset).size());
