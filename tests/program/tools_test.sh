@@ -26,7 +26,7 @@ read_tree() {
 # The output of "tree" for a file, in the form of read_tree.
 shown_tree() {
   local line
-  "$program" tree "$1" | tail -n +3 | while IFS= read -r line; do
+  "$program" tree --raw "$1" | tail -n +3 | while IFS= read -r line; do
     [[ $line =~ ^\ +[0-9]+\ \ (\ *)(.*[^ ])\ +([0-9,]+)\ +[0-9,]+(\ \ .*)?$ ]] || fail "odd line: $line"
     echo "$((${#BASH_REMATCH[1]} / 2)) ${BASH_REMATCH[2]} ${BASH_REMATCH[3]//,/}"
   done
@@ -82,11 +82,11 @@ tree_is_pleasant_to_read() {
   expect_equal tree "tagged.wav  (8,024 bytes, 7 chunks)
   offset  chunk        data size  total
        0  RIFF:WAVE        8,116  8,124
-      12    fmt               16     24
+      12    fmt               16     24  PCM, 1 channel, 8 kHz, 16 bit
       36    LIST:INFO         72     80
-      48      IART             7     16  pad
+      48      IART             7     16  \"A Fork\"  pad
       64      JUNK            22     30  free
-      94      INAM            14     22
+      94      INAM            14     22  \"Concert pitch\"
      116    data           8,000  8,008  cut short by 100 bytes" "$("$program" tree tagged.wav)"
   expect_equal part "$("$program" tree tagged.wav | sed -n '2p;5,8p')" \
     "$("$program" tree --path RIFF/LIST tagged.wav | tail -n +2)"

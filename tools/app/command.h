@@ -68,6 +68,7 @@ struct Command {
 };
 
 extern const Command TREE;
+extern const Command SHOW;
 extern const Command EXTRACT;
 extern const Command SET;
 extern const Command ADD;

@@ -13,6 +13,8 @@
 #include "app/command.h"
 #include "app/text.h"
 #include "chunks/layout.h"
+#include "known/avi.h"
+#include "known/ids.h"
 
 namespace tool {
 
@@ -223,35 +225,42 @@ void AviIndexes::correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newM
 }
 
 void AviIndexes::correctOpenDml(const Chunk& index) {
-  std::array<uint8_t, OpenDmlHeader::SIZE> bytes{};
+  std::array<uint8_t, OPEN_DML_HEADER> bytes{};
   if (!index.read(bytes, 0, std::nothrow)) return;
-  const auto header = OpenDmlHeader::parse(bytes.data());
-  if (!header) return;
-  const uint64_t room = (index.dataSize() - OpenDmlHeader::SIZE) / header->entrySize;
-  const uint64_t count = std::min(header->claimed, room);
-  if (header->isOfIndexes) {
-    correctIndexOfIndexes(index, count);
-    return;
+  const uint64_t entrySize = littleEndian16(bytes.data()) * uint64_t{4};
+  const uint8_t kind = bytes[OPEN_DML_KIND];
+  if (entrySize == 0) return;
+  const uint64_t room = (index.dataSize() - OPEN_DML_HEADER) / entrySize;
+  const OpenDml header = {
+      entrySize, std::min<uint64_t>(littleEndian32(&bytes[OPEN_DML_COUNT]), room),
+      littleEndian32(&bytes[OPEN_DML_ID]), littleEndian64(&bytes[OPEN_DML_BASE])};
+  if (kind == INDEX_OF_INDEXES && entrySize == INDEX_ENTRY) {
+    correctIndexOfIndexes(index, header.count);
+  } else if (kind == INDEX_OF_CHUNKS && (entrySize == FRAME_ENTRY || entrySize == FIELD_ENTRY)) {
+    correctIndexOfChunks(index, header);
   }
-  const Entries entries(index, OpenDmlHeader::SIZE, count, header->entrySize);
+}
+
+void AviIndexes::correctIndexOfChunks(const Chunk& index, const OpenDml& header) {
+  const Entries entries(index, OPEN_DML_HEADER, header.count, header.entrySize);
   std::optional<uint64_t> newBase;
-  entries.forEach([&](uint8_t* entry) { return correctFrame(entry, *header, newBase); });
-  if (!newBase || *newBase == header->base) return;
+  entries.forEach([&](uint8_t* entry) { return correctFrame(entry, header, newBase); });
+  if (!newBase || *newBase == header.base) return;
   std::array<uint8_t, 8> field{};
   store64(field.data(), *newBase);
   required("correct " + index.name(),
-           [&] { return index.write(field, OpenDmlHeader::BASE, std::nothrow); });
+           [&] { return index.write(field, OPEN_DML_BASE, std::nothrow); });
 }
 
-bool AviIndexes::correctFrame(uint8_t* entry, const OpenDmlHeader& header,
+bool AviIndexes::correctFrame(uint8_t* entry, const OpenDml& header,
                               std::optional<uint64_t>& newBase) {
   const uint32_t offset = littleEndian32(entry);
-  const uint32_t size = littleEndian32(entry + 4);
+  const uint32_t size = littleEndian32(entry + FRAME_SIZE);
   const uint32_t flag = size & NO_KEY_FRAME;
   const uint64_t target = header.base + offset - HEADER_SIZE;
   const auto moved = follow(target, header.id);
   if (!moved) return false;
-  if (moved->isGone) return setDropped(entry + 4, flag);
+  if (moved->isGone) return setDropped(entry + FRAME_SIZE, flag);
   if (!newBase) newBase = header.base == 0 ? 0 : header.base + moved->offset - target;
   const uint64_t newOffset = moved->offset + HEADER_SIZE - *newBase;
   if (!fits32(newOffset)) {
@@ -263,34 +272,33 @@ bool AviIndexes::correctFrame(uint8_t* entry, const OpenDmlHeader& header,
   if (newOffset == offset && newSize == size) return false;
   const auto shift = static_cast<uint32_t>(newOffset) - offset;
   store32(entry, offset + shift);
-  store32(entry + 4, newSize);
-  if (header.entrySize == OpenDmlHeader::ENTRY_OF_FIELDS) {
-    store32(entry + 8, littleEndian32(entry + 8) + shift);
+  store32(entry + FRAME_SIZE, newSize);
+  if (header.entrySize == FIELD_ENTRY) {
+    store32(entry + FRAME_FIELD, littleEndian32(entry + FRAME_FIELD) + shift);
   }
   return true;
 }
 
 void AviIndexes::correctIndexOfIndexes(const Chunk& index, uint64_t count) {
-  constexpr uint64_t SIZE = OpenDmlHeader::ENTRY_OF_INDEXES;
   constexpr uint64_t MAX_COUNT = 1 << 20;  // far more than a file can need
   if (count > MAX_COUNT) return;
-  std::vector<uint8_t> entries(count * SIZE);
+  std::vector<uint8_t> entries(count * INDEX_ENTRY);
   required("read " + index.name(),
-           [&] { return index.read(entries, OpenDmlHeader::SIZE, std::nothrow); });
+           [&] { return index.read(entries, OPEN_DML_HEADER, std::nothrow); });
   const std::vector<uint8_t> old = entries;
   auto end = entries.begin();
-  for (auto entry = entries.begin(); entry != entries.end(); entry += SIZE) {
+  for (auto entry = entries.begin(); entry != entries.end(); entry += INDEX_ENTRY) {
     const auto moved = followIndex(littleEndian64(&*entry));
     if (moved && moved->isGone) continue;
     if (moved) store64(&*entry, moved->offset);
-    end = std::copy_n(entry, SIZE, end);
+    end = std::copy_n(entry, INDEX_ENTRY, end);
   }
   std::fill(end, entries.end(), uint8_t{0});
   if (entries == old) return;
-  const auto kept = littleEndianBytes(static_cast<uint32_t>((end - entries.begin()) / SIZE));
+  const auto kept = littleEndianBytes(static_cast<uint32_t>((end - entries.begin()) / INDEX_ENTRY));
   required("correct " + index.name(), [&] {
-    return index.write(entries, OpenDmlHeader::SIZE, std::nothrow) &&
-           index.write(kept, OpenDmlHeader::COUNT, std::nothrow);
+    return index.write(entries, OPEN_DML_HEADER, std::nothrow) &&
+           index.write(kept, OPEN_DML_COUNT, std::nothrow);
   });
 }
 

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "editing/store.h"
-#include "known/avi_indexes.h"
 
 namespace tool {
 
@@ -58,10 +57,18 @@ class AviIndexes {
   std::optional<Moved> follow(uint64_t offset, uint32_t id);
   std::optional<Moved> followIndex(uint64_t offset);
 
+  struct OpenDml {
+    uint64_t entrySize;
+    uint64_t count;
+    uint32_t id;    // of the chunks that it points at
+    uint64_t base;  // of the offsets
+  };
+
   void correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi);
   void correctOpenDml(const Chunk& index);
+  void correctIndexOfChunks(const Chunk& index, const OpenDml& header);
   // The base moves with the first chunk. Usually all chunks move together, and that is all.
-  bool correctFrame(uint8_t* entry, const OpenDmlHeader& header, std::optional<uint64_t>& newBase);
+  bool correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
   // Removes the entries of indexes that are gone.
   void correctIndexOfIndexes(const Chunk& index, uint64_t count);
   bool setDropped(uint8_t* size, uint32_t keptBits = 0);

@@ -2,9 +2,12 @@
 #include "editing/webp_header.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <vector>
 
 #include "app/command.h"
+#include "known/ids.h"
 
 namespace tool {
 
@@ -16,13 +19,12 @@ Chunk webpIn(const Chunk& root) {
   return first && first.groupId() == FORM_WEBP ? first : Chunk();
 }
 
-std::optional<PictureHeader> pictureIn(const Chunk& chunk) {
-  std::array<uint8_t, LOSSY_HEADER> bytes{};
-  const std::span start =
-      std::span(bytes).first(std::min<std::size_t>(LOSSY_HEADER, chunk.dataSize()));
-  if (!chunk.read(start, 0, std::nothrow)) return std::nullopt;
-  return PictureHeader::parse(chunk.id(), start);
-}
+struct Announced {
+  uint8_t flag;
+  uint32_t id;
+};
+constexpr std::array ANNOUNCED = {Announced{FLAG_ICC, ID_ICCP}, Announced{FLAG_EXIF, ID_EXIF},
+                                  Announced{FLAG_XMP, ID_XMP}, Announced{FLAG_ANIMATION, ID_ANIM}};
 
 // The place of a chunk in the file. The format fixes the order of VP8X, ICCP, ANIM, ALPH and the
 // picture. All other chunks may be anywhere after VP8X.
@@ -71,17 +73,32 @@ void rebuild(const Chunk& group, Chunk added = {}) {
 
 }  // namespace
 
+WebpHeader::Picture WebpHeader::pictureIn(const Chunk& chunk) {
+  std::array<uint8_t, LOSSY_HEADER> bytes{};  // the rest stays 0
+  const auto size = std::min<std::size_t>(bytes.size(), chunk.dataSize());
+  if (!chunk.read(std::span(bytes).first(size), 0, std::nothrow)) return {};
+  if (chunk.id() == ID_VP8 && (littleEndian32(&bytes[LOSSY_START]) & 0xFF'FFFF) == START_CODE) {
+    return {littleEndian16(&bytes[6]) & SIZE_MASK, littleEndian16(&bytes[8]) & SIZE_MASK, false};
+  }
+  if (chunk.id() == ID_VP8L && bytes[0] == LOSSLESS_SIGNATURE) {
+    const uint32_t bits = littleEndian32(&bytes[LOSSLESS_BITS]);
+    return {(bits & SIZE_MASK) + 1, (bits >> SIZE_BITS & SIZE_MASK) + 1,
+            (bits & LOSSLESS_ALPHA) != 0};
+  }
+  return {};
+}
+
 WebpHeader::Contents::Contents(const Chunk& group) {
   for (Chunk chunk = group.firstChild(); chunk; chunk = chunk.next()) {
     const uint32_t id = chunk.id();
-    for (const Vp8xFlag& known : VP8X_FLAGS) flags |= id == known.id ? known.flag : uint8_t{0};
+    for (const Announced& known : ANNOUNCED) flags |= id == known.id ? known.flag : uint8_t{0};
     isExtended |= id == ID_VP8X;
     hasFrames |= id == ID_ANMF;
-    if (id == ID_VP8 || id == ID_VP8L) picture = pictureIn(chunk).value_or(PictureHeader());
-    if (id == ID_ALPH) flags |= VP8X_ALPHA;
+    if (id == ID_VP8 || id == ID_VP8L) picture = pictureIn(chunk);
+    if (id == ID_ALPH) flags |= FLAG_ALPHA;
   }
   if (hasFrames) picture = {};
-  if (picture.hasAlpha) flags |= VP8X_ALPHA;
+  if (picture.hasAlpha) flags |= FLAG_ALPHA;
 }
 
 WebpHeader::WebpHeader(const Chunk& root, std::string name)
@@ -94,7 +111,7 @@ void WebpHeader::correct() const {
   if (now == before) return;
   // A simple file needs no header. VP8L has its own alpha bit.
   const bool needsHeader =
-      (now.flags & ~VP8X_ALPHA) != 0 || (now.flags != 0 && !now.picture.hasAlpha);
+      (now.flags & ~FLAG_ALPHA) != 0 || (now.flags != 0 && !now.picture.hasAlpha);
   if (now.isExtended) {
     correctHeader(Chunk(group.find(velmor_core::Id(ID_VP8X))), now);
     if (isOutOfOrder(group)) rebuild(group);
@@ -107,14 +124,14 @@ void WebpHeader::correctHeader(const Chunk& header, const Contents& contents) co
   std::array<uint8_t, VP8X_SIZE> bytes{};
   if (header.dataSize() < VP8X_SIZE || !header.read(bytes, 0, std::nothrow)) return;
   // Of an animation, only the frames show whether it has alpha, so that flag stays.
-  uint8_t described = contents.isStill() ? VP8X_ALPHA : 0;
-  for (const Vp8xFlag& known : VP8X_FLAGS) described |= known.flag;
+  uint8_t described = contents.isStill() ? FLAG_ALPHA : 0;
+  for (const Announced& known : ANNOUNCED) described |= known.flag;
   bytes[0] = static_cast<uint8_t>((bytes[0] & ~described) | (contents.flags & described));
   if (contents.isStill()) {
     const auto width = littleEndianBytes(contents.picture.width - 1);
     const auto height = littleEndianBytes(contents.picture.height - 1);
-    std::copy_n(width.begin(), 3, &bytes[4]);
-    std::copy_n(height.begin(), 3, &bytes[7]);
+    std::copy_n(width.begin(), 3, &bytes[VP8X_WIDTH]);
+    std::copy_n(height.begin(), 3, &bytes[VP8X_HEIGHT]);
   }
   required("correct VP8X", [&] { return header.write(bytes, 0, std::nothrow); });
 }

@@ -2,10 +2,12 @@
 #ifndef VELMOR_CORE_TOOLS_EDITING_WEBP_HEADER_H
 #define VELMOR_CORE_TOOLS_EDITING_WEBP_HEADER_H
 
+#include <cstdint>
 #include <string>
 
+#include "chunks/layout.h"
 #include "editing/store.h"
-#include "known/webp_picture.h"
+#include "known/webp.h"
 
 namespace tool {
 
@@ -25,17 +27,25 @@ class WebpHeader {
   static constexpr uint64_t ROOM = HEADER_SIZE + VP8X_SIZE;
 
  private:
+  struct Picture {
+    uint32_t width = 0;  // in pixels
+    uint32_t height = 0;
+    bool hasAlpha = false;  // by the alpha bit of VP8L
+    bool operator==(const Picture&) const = default;
+  };
+  static Picture pictureIn(const Chunk& chunk);
+
   // What VP8X has to describe.
   struct Contents {
     explicit Contents(const Chunk& group);
     bool operator==(const Contents&) const = default;
 
-    uint8_t flags = 0;  // those of VP8X_FLAGS, and VP8X_ALPHA of a still picture
+    uint8_t flags = 0;  // as in VP8X; FLAG_ALPHA only of a still picture
     bool isExtended = false;
     bool hasFrames = false;
-    PictureHeader picture;  // of an animation, all 0
+    Picture picture;  // all 0 if it cannot be read, and of an animation
 
-    bool isStill() const { return !hasFrames && picture.width > 0; }
+    bool isStill() const { return picture.width > 0 && picture.height > 0; }
   };
 
   void addHeader(const Chunk& group, const Contents& contents) const;

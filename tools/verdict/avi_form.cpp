@@ -1,18 +1,20 @@
 // AVI: headers, pictures and sound (movi), and indexes whose entries point at chunks of their id.
+//
+// Three indexes exist. "idx1" lies after "movi" and counts offsets from the "movi" id or, from some
+// programs, from the start of the file. OpenDML adds "ix##" chunks within "movi", with offsets from
+// a base in the file, and an "indx" in the headers of a stream, which points at them.
 #include <algorithm>
 #include <array>
 #include <vector>
 
 #include "app/text.h"
-#include "known/avi_indexes.h"
+#include "known/avi.h"
+#include "known/chunk_data.h"
 #include "verdict/form.h"
 
 namespace tool {
 
 namespace {
-
-constexpr uint32_t FLAGS_OFFSET = 12;  // in avih
-constexpr uint32_t FLAG_HAS_INDEX = 0x10;
 
 constexpr uint64_t ENTRIES_AT_ONCE = 256;
 
@@ -92,12 +94,12 @@ class AviForm : public Form {
 
   void takeMainHeader(const RawChunk& chunk) {
     hasMainHeader = true;
-    if (chunk.dataSize < FLAGS_OFFSET + 4 || !isComplete(chunk)) return;
-    std::array<uint8_t, 4> field{};
-    bytes.copy(field.data(), field.size(), chunk.dataOffset() + FLAGS_OFFSET);
-    announcesIndex = (littleEndian32(field.data()) & FLAG_HAS_INDEX) != 0;
+    if (!isComplete(chunk)) return;
+    const uint32_t flags = ChunkData(bytes, chunk).number32(AVIH_FLAGS);
+    announcesIndex = (flags & AVIH_HAS_INDEX) != 0;
   }
 
+  // Entries of size 0 stand for dropped frames and may point anywhere.
   void checkIdx1(const RawChunk& chunk) {
     const uint64_t count = chunk.dataSize / IDX1_ENTRY;
     if (count == 0 || movi == 0 || !isComplete(chunk)) return;
@@ -117,29 +119,34 @@ class AviForm : public Form {
   }
 
   void checkOpenDml(const RawChunk& chunk) {
-    if (!isComplete(chunk) || chunk.dataSize < OpenDmlHeader::SIZE) return;
-    std::array<uint8_t, OpenDmlHeader::SIZE> bytesOfHeader{};
-    bytes.copy(bytesOfHeader.data(), bytesOfHeader.size(), chunk.dataOffset());
-    const auto header = OpenDmlHeader::parse(bytesOfHeader.data());
-    if (!header) return;
-    const uint64_t room = (chunk.dataSize - OpenDmlHeader::SIZE) / header->entrySize;
-    if (header->claimed > room) {
+    if (!isComplete(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
+    const ChunkData data(bytes, chunk);
+    const uint64_t entrySize = data.number16(0) * uint64_t{4};
+    const uint8_t kind = data.byte(OPEN_DML_KIND);
+    const uint64_t claimed = data.number32(OPEN_DML_COUNT);
+    const uint32_t id = data.id(OPEN_DML_ID);
+    const uint64_t base = data.number(OPEN_DML_BASE, 8);
+    const bool isOfIndexes = kind == INDEX_OF_INDEXES && entrySize == INDEX_ENTRY;
+    const bool isOfChunks =
+        kind == INDEX_OF_CHUNKS && (entrySize == FRAME_ENTRY || entrySize == FIELD_ENTRY);
+    if (!isOfIndexes && !isOfChunks) return;
+    const uint64_t room = (chunk.dataSize - OPEN_DML_HEADER) / entrySize;
+    if (claimed > room) {
       warn(chunk.offset, "the index " + idText(chunk.id) + " states " +
-                             counted(header->claimed, "entry", "entries") + " and has room for " +
+                             counted(claimed, "entry", "entries") + " and has room for " +
                              std::to_string(room));
     }
-    IndexCheck check(bytes, chunk.dataOffset() + OpenDmlHeader::SIZE,
-                     std::min(header->claimed, room), header->entrySize);
+    IndexCheck check(bytes, chunk.dataOffset() + OPEN_DML_HEADER, std::min(claimed, room),
+                     entrySize);
     check.run([&](const uint8_t* entry) {
-      if (header->isOfIndexes) return isIndexAt(littleEndian64(entry));
-      if ((littleEndian32(entry + 4) & ~NO_KEY_FRAME) == 0) return true;  // a dropped frame
-      return isAt(header->id, header->base + littleEndian32(entry) - HEADER_SIZE);
+      if (isOfChunks) {
+        const bool isDropped = (littleEndian32(entry + FRAME_SIZE) & ~NO_KEY_FRAME) == 0;
+        return isDropped || isAt(id, base + littleEndian32(entry) - HEADER_SIZE);
+      }
+      const uint64_t target = littleEndian64(entry);
+      return target < bytes.size() && (bytes.chunkAt(target).id & FIRST_HALF) == ID_IX;
     });
     if (check.misses > 0) warn(chunk.offset, check.text(idText(chunk.id)));
-  }
-
-  bool isIndexAt(uint64_t offset) const {
-    return offset < bytes.size() && (bytes.chunkAt(offset).id & FIRST_HALF) == ID_IX;
   }
 
   // Whether a chunk with this id begins at an offset. The index names a LIST:rec by its group id.

@@ -3,12 +3,20 @@
 #include <array>
 #include <string_view>
 
-#include "known/webp_picture.h"
+#include "known/chunk_data.h"
+#include "known/webp.h"
 #include "verdict/form.h"
 
 namespace tool {
 
 namespace {
+
+struct Announced {
+  uint8_t flag;
+  uint32_t id;
+};
+constexpr std::array ANNOUNCED = {Announced{FLAG_ICC, ID_ICCP}, Announced{FLAG_EXIF, ID_EXIF},
+                                  Announced{FLAG_XMP, ID_XMP}, Announced{FLAG_ANIMATION, ID_ANIM}};
 
 class WebpForm : public Form {
  public:
@@ -25,20 +33,20 @@ class WebpForm : public Form {
     if (chunk.id == ID_VP8L) takeLossless(chunk);
     hasFrame |= chunk.id == ID_ANMF;
     hasAlpha |= chunk.id == ID_ALPH;
-    for (std::size_t i = 0; i < VP8X_FLAGS.size(); ++i) seen[i] |= chunk.id == VP8X_FLAGS[i].id;
+    for (std::size_t i = 0; i < ANNOUNCED.size(); ++i) seen[i] |= chunk.id == ANNOUNCED[i].id;
   }
 
   void finish() override {
-    const bool isAnimation = isExtended && (flags & VP8X_ANIMATION) != 0;
+    const bool isAnimation = isExtended && (flags & FLAG_ANIMATION) != 0;
     if (isAnimation ? !hasFrame : !hasPicture) {
       fail(riff.offset, isAnimation ? "RIFF:WEBP is an animation without a frame (ANMF)"
                                     : "RIFF:WEBP has no picture (VP8 or VP8L)");
     }
     if (!isExtended) return;
-    for (std::size_t i = 0; i < VP8X_FLAGS.size(); ++i) {
-      compareFlag((flags & VP8X_FLAGS[i].flag) != 0, seen[i], idText(VP8X_FLAGS[i].id));
+    for (std::size_t i = 0; i < ANNOUNCED.size(); ++i) {
+      compareFlag((flags & ANNOUNCED[i].flag) != 0, seen[i], idText(ANNOUNCED[i].id));
     }
-    if (!isAnimation) compareFlag((flags & VP8X_ALPHA) != 0, hasAlpha, "transparency");
+    if (!isAnimation) compareFlag((flags & FLAG_ALPHA) != 0, hasAlpha, "transparency");
   }
 
  private:
@@ -56,25 +64,23 @@ class WebpForm : public Form {
 
   void takeLossy(const RawChunk& chunk) {
     hasPicture = true;
-    std::array<uint8_t, LOSSY_HEADER> header{};
-    const uint64_t there = std::min(chunk.dataEnd(), bytes.size()) - chunk.dataOffset();
-    bytes.copy(header.data(), std::min<uint64_t>(header.size(), there), chunk.dataOffset());
-    if ((littleEndian32(&header[3]) & 0xFF'FFFF) != LOSSY_START_CODE) {
+    const ChunkData data(bytes, chunk);
+    if (data.number(LOSSY_START, 3) != START_CODE) {
       fail(chunk.offset, "RIFF:WEBP/VP8 does not begin like a picture");
-    } else if (LOSSY_HEADER + ((littleEndian32(header.data()) & 0xFF'FFFF) >> 5) > there) {
+    } else if (LOSSY_HEADER + (data.number(0, 3) >> PARTITION_SHIFT) > data.size()) {
       fail(chunk.offset, "RIFF:WEBP/VP8 ends before the first part of the picture does");
     }
   }
 
   void takeLossless(const RawChunk& chunk) {
     hasPicture = true;
+    const ChunkData data(bytes, chunk);
     if (!isComplete(chunk)) {
       fail(chunk.offset, "RIFF:WEBP/VP8L is cut short, and nothing of it can be decoded");
-    } else if (chunk.dataSize < LOSSLESS_HEADER ||
-               bytes.byteAt(chunk.dataOffset()) != LOSSLESS_SIGNATURE) {
+    } else if (chunk.dataSize < LOSSLESS_HEADER || data.byte(0) != LOSSLESS_SIGNATURE) {
       fail(chunk.offset, "RIFF:WEBP/VP8L does not begin like a picture");
     } else {
-      hasAlpha |= (bytes.byteAt(chunk.dataOffset() + LOSSLESS_HEADER - 1) & 0x10) != 0;
+      hasAlpha |= (data.number32(LOSSLESS_BITS) & LOSSLESS_ALPHA) != 0;
     }
   }
 
@@ -92,7 +98,7 @@ class WebpForm : public Form {
   bool hasPicture = false;
   bool hasFrame = false;
   bool hasAlpha = false;
-  std::array<bool, VP8X_FLAGS.size()> seen{};
+  std::array<bool, ANNOUNCED.size()> seen{};
 };
 
 }  // namespace
