@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <span>
 #include <string_view>
 
 #include "app/command.h"
@@ -82,28 +83,52 @@ class Entries {
   Entries(const Chunk& index, uint64_t begin, uint64_t count, uint64_t size)
       : index(index), begin(begin), count(count), size(size) {}
 
-  // Calls visit(entry), which returns whether it has changed the entry.
+  // Calls visit(entry) for each entry, which may change it. Entries that are gone are removed, and
+  // those after them move up. Zeros follow the last one. Returns how many are left.
   template <typename Visit>
-  void forEach(Visit visit) const {
+  uint64_t correct(Visit visit) const {
     const uint64_t atOnce = BLOCK / size;
     std::vector<uint8_t> block(std::min(atOnce, count) * size);
+    uint64_t kept = 0;
     for (uint64_t done = 0; done < count; done += atOnce) {
       block.resize(std::min(atOnce, count - done) * size);
-      const auto offset = static_cast<uint32_t>(begin + done * size);
-      required("read " + index.name(), [&] { return index.read(block, offset, std::nothrow); });
-      bool isChanged = false;
-      for (uint64_t at = 0; at < block.size(); at += size) isChanged |= visit(&block[at]);
-      if (!isChanged) continue;
-      required("correct " + index.name(), [&] { return index.write(block, offset, std::nothrow); });
+      required("read " + index.name(),
+               [&] { return index.read(block, offsetOf(done), std::nothrow); });
+      bool isChanged = kept != done;
+      uint8_t* end = block.data();
+      for (uint64_t at = 0; at < block.size(); at += size) {
+        uint8_t* entry = &block[at];
+        const EntryChange change = visit(entry);
+        isChanged |= change != EntryChange::NONE;
+        if (change == EntryChange::GONE) continue;
+        if (end != entry) std::copy_n(entry, size, end);
+        end += size;
+      }
+      const auto bytes = std::span(block.data(), end);
+      if (isChanged) write(bytes, kept);
+      kept += bytes.size() / size;
     }
+    for (uint64_t at = kept; at < count; at += atOnce) {
+      write(std::vector<uint8_t>(std::min(atOnce, count - at) * size), at);
+    }
+    return kept;
   }
 
  private:
+  uint32_t offsetOf(uint64_t entry) const { return static_cast<uint32_t>(begin + entry * size); }
+  void write(std::span<const uint8_t> bytes, uint64_t entry) const {
+    required("correct " + index.name(),
+             [&] { return index.write(bytes, offsetOf(entry), std::nothrow); });
+  }
+
   Chunk index;
   uint64_t begin;  // in bytes from the start of the data
   uint64_t count;
   uint64_t size;
 };
+
+// Whether a chunk of a top-level group is the last one of the file.
+bool isLastInFile(const Chunk& chunk) { return !chunk.next() && !chunk.parent().next(); }
 
 }  // namespace
 
@@ -189,17 +214,13 @@ std::optional<AviIndexes::Moved> AviIndexes::follow(uint64_t offset, uint32_t id
   return follow(place && place->id == id ? place : nullptr);
 }
 
-std::optional<AviIndexes::Moved> AviIndexes::followIndex(uint64_t offset) {
-  const Place* place = placeBefore(offset);
-  return follow(place && (place->id & FIRST_HALF) == ID_IX ? place : nullptr);
-}
-
 void AviIndexes::correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi) {
-  const Entries entries(index, 0, index.dataSize() / IDX1_ENTRY, IDX1_ENTRY);
+  const uint64_t count = index.dataSize() / IDX1_ENTRY;
+  const Entries entries(index, 0, count, IDX1_ENTRY);
   // The first entry of a frame that was not dropped shows where the offsets start.
   bool isFirst = true;
   bool isAbsolute = false;
-  entries.forEach([&](uint8_t* entry) {
+  const uint64_t kept = entries.correct([&](uint8_t* entry) {
     const uint32_t id = littleEndian32(entry);
     const uint32_t offset = littleEndian32(entry + IDX1_OFFSET);
     const uint32_t size = littleEndian32(entry + IDX1_SIZE);
@@ -209,19 +230,26 @@ void AviIndexes::correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newM
       isAbsolute = !follow(fromMovi + offset, id) && follow(offset, id);
     }
     const auto moved = follow(offset + (isAbsolute ? 0 : fromMovi), id);
-    if (!moved) return false;
-    if (moved->isGone) return setDropped(entry + IDX1_SIZE);
+    if (!moved) return EntryChange::NONE;
+    if (moved->isGone) {
+      ++removed;
+      return EntryChange::GONE;
+    }
     const uint64_t newOffset = moved->offset - (isAbsolute ? 0 : newMovi + HEADER_SIZE);
     const uint32_t newSize = size == moved->oldSize ? moved->newSize : size;
     if (!fits32(newOffset)) {
       ++outOfReach;
-      return false;
+      return EntryChange::NONE;
     }
-    if (newOffset == offset && newSize == size) return false;
+    if (newOffset == offset && newSize == size) return EntryChange::NONE;
     store32(entry + IDX1_OFFSET, static_cast<uint32_t>(newOffset));
     store32(entry + IDX1_SIZE, newSize);
-    return true;
+    return EntryChange::CHANGED;
   });
+  if (kept < count && isLastInFile(index)) {
+    required("shorten " + index.name(),
+             [&] { return index.resize(static_cast<uint32_t>(kept * IDX1_ENTRY), std::nothrow); });
+  }
 }
 
 void AviIndexes::correctOpenDml(const Chunk& index) {
@@ -234,86 +262,72 @@ void AviIndexes::correctOpenDml(const Chunk& index) {
   const OpenDml header = {
       entrySize, std::min<uint64_t>(littleEndian32(&bytes[OPEN_DML_COUNT]), room),
       littleEndian32(&bytes[OPEN_DML_ID]), littleEndian64(&bytes[OPEN_DML_BASE])};
-  if (kind == INDEX_OF_INDEXES && entrySize == INDEX_ENTRY) {
-    correctIndexOfIndexes(index, header.count);
-  } else if (kind == INDEX_OF_CHUNKS && (entrySize == FRAME_ENTRY || entrySize == FIELD_ENTRY)) {
-    correctIndexOfChunks(index, header);
+  const bool isOfIndexes = kind == INDEX_OF_INDEXES && entrySize == INDEX_ENTRY;
+  const bool isOfChunks =
+      kind == INDEX_OF_CHUNKS && (entrySize == FRAME_ENTRY || entrySize == FIELD_ENTRY);
+  if (!isOfIndexes && !isOfChunks) return;
+  std::optional<uint64_t> newBase;
+  const Entries entries(index, OPEN_DML_HEADER, header.count, entrySize);
+  const uint64_t kept = entries.correct([&](uint8_t* entry) {
+    return isOfIndexes ? correctIndexEntry(entry) : correctFrame(entry, header, newBase);
+  });
+  std::array<uint8_t, 8> field{};
+  if (kept != header.count) {
+    store32(field.data(), static_cast<uint32_t>(kept));
+    required("correct " + index.name(),
+             [&] { return index.write(std::span(field).first(4), OPEN_DML_COUNT, std::nothrow); });
+  }
+  if (newBase && *newBase != header.base) {
+    store64(field.data(), *newBase);
+    required("correct " + index.name(),
+             [&] { return index.write(field, OPEN_DML_BASE, std::nothrow); });
   }
 }
 
-void AviIndexes::correctIndexOfChunks(const Chunk& index, const OpenDml& header) {
-  const Entries entries(index, OPEN_DML_HEADER, header.count, header.entrySize);
-  std::optional<uint64_t> newBase;
-  entries.forEach([&](uint8_t* entry) { return correctFrame(entry, header, newBase); });
-  if (!newBase || *newBase == header.base) return;
-  std::array<uint8_t, 8> field{};
-  store64(field.data(), *newBase);
-  required("correct " + index.name(),
-           [&] { return index.write(field, OPEN_DML_BASE, std::nothrow); });
+EntryChange AviIndexes::correctIndexEntry(uint8_t* entry) {
+  const uint64_t offset = littleEndian64(entry);
+  const Place* place = placeBefore(offset);
+  const auto moved = follow(place && (place->id & FIRST_HALF) == ID_IX ? place : nullptr);
+  if (!moved) return EntryChange::NONE;
+  if (moved->isGone) return EntryChange::GONE;
+  store64(entry, moved->offset);
+  return moved->offset == offset ? EntryChange::NONE : EntryChange::CHANGED;
 }
 
-bool AviIndexes::correctFrame(uint8_t* entry, const OpenDml& header,
-                              std::optional<uint64_t>& newBase) {
+EntryChange AviIndexes::correctFrame(uint8_t* entry, const OpenDml& header,
+                                     std::optional<uint64_t>& newBase) {
   const uint32_t offset = littleEndian32(entry);
   const uint32_t size = littleEndian32(entry + FRAME_SIZE);
   const uint32_t flag = size & NO_KEY_FRAME;
   const uint64_t target = header.base + offset - HEADER_SIZE;
   const auto moved = follow(target, header.id);
-  if (!moved) return false;
-  if (moved->isGone) return setDropped(entry + FRAME_SIZE, flag);
+  if (!moved) return EntryChange::NONE;
+  if (moved->isGone) {
+    ++removed;
+    return EntryChange::GONE;
+  }
   if (!newBase) newBase = header.base == 0 ? 0 : header.base + moved->offset - target;
   const uint64_t newOffset = moved->offset + HEADER_SIZE - *newBase;
   if (!fits32(newOffset)) {
     ++outOfReach;
-    return false;
+    return EntryChange::NONE;
   }
-  const bool hasNewSize = (size & ~NO_KEY_FRAME) == moved->oldSize;
-  const uint32_t newSize = hasNewSize ? moved->newSize | flag : size;
-  if (newOffset == offset && newSize == size) return false;
+  const bool hasOldSize = (size & ~NO_KEY_FRAME) == moved->oldSize;
+  const uint32_t newSize = hasOldSize ? moved->newSize | flag : size;
+  if (newOffset == offset && newSize == size) return EntryChange::NONE;
   const auto shift = static_cast<uint32_t>(newOffset) - offset;
   store32(entry, offset + shift);
   store32(entry + FRAME_SIZE, newSize);
   if (header.entrySize == FIELD_ENTRY) {
     store32(entry + FRAME_FIELD, littleEndian32(entry + FRAME_FIELD) + shift);
   }
-  return true;
-}
-
-void AviIndexes::correctIndexOfIndexes(const Chunk& index, uint64_t count) {
-  constexpr uint64_t MAX_COUNT = 1 << 20;  // far more than a file can need
-  if (count > MAX_COUNT) return;
-  std::vector<uint8_t> entries(count * INDEX_ENTRY);
-  required("read " + index.name(),
-           [&] { return index.read(entries, OPEN_DML_HEADER, std::nothrow); });
-  const std::vector<uint8_t> old = entries;
-  auto end = entries.begin();
-  for (auto entry = entries.begin(); entry != entries.end(); entry += INDEX_ENTRY) {
-    const auto moved = followIndex(littleEndian64(&*entry));
-    if (moved && moved->isGone) continue;
-    if (moved) store64(&*entry, moved->offset);
-    end = std::copy_n(entry, INDEX_ENTRY, end);
-  }
-  std::fill(end, entries.end(), uint8_t{0});
-  if (entries == old) return;
-  const auto kept = littleEndianBytes(static_cast<uint32_t>((end - entries.begin()) / INDEX_ENTRY));
-  required("correct " + index.name(), [&] {
-    return index.write(entries, OPEN_DML_HEADER, std::nothrow) &&
-           index.write(kept, OPEN_DML_COUNT, std::nothrow);
-  });
-}
-
-bool AviIndexes::setDropped(uint8_t* size, uint32_t keptBits) {
-  if (littleEndian32(size) == keptBits) return false;
-  store32(size, keptBits);
-  ++dropped;
-  return true;
+  return EntryChange::CHANGED;
 }
 
 void AviIndexes::warn() const {
-  if (dropped > 0) {
-    complain(name + ": warning: this edit removes frames that the index lists; " +
-             counted(dropped, "entry has", "entries have") +
-             " the size 0 now, as for dropped frames");
+  if (removed > 0) {
+    complain(name + ": warning: this edit removes frames that the index lists, and with them " +
+             counted(removed, "entry", "entries") + " of the index");
   }
   if (outOfReach > 0) {
     complain(name + ": warning: " + counted(outOfReach, "entry", "entries") +

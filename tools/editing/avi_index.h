@@ -11,12 +11,14 @@
 
 namespace tool {
 
+// What became of an entry; GONE if it has to be removed.
+enum class EntryChange { NONE, CHANGED, GONE };
+
 // Made before the edit, from the object that the edit will change. Afterwards, correct() makes each
 // entry point at the chunk that it pointed at before.
 //
 // These stay as they are: entries that pointed at no chunk of their id; indexes whose data the edit
-// itself has changed. Indexes are never resized: if an edit removes a chunk, its entry gets the
-// size 0, which stands for a dropped frame.
+// itself has changed. If the edit removes a frame, its entry is removed, and a warning says so.
 class AviIndexes {
  public:
   // Does nothing with a file of another form. `name` is the file's, for warnings.
@@ -55,7 +57,6 @@ class AviIndexes {
   // Where the chunk is now that was at an offset before. Nothing if there was none.
   std::optional<Moved> follow(const Place* place);
   std::optional<Moved> follow(uint64_t offset, uint32_t id);
-  std::optional<Moved> followIndex(uint64_t offset);
 
   struct OpenDml {
     uint64_t entrySize;
@@ -66,12 +67,9 @@ class AviIndexes {
 
   void correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi);
   void correctOpenDml(const Chunk& index);
-  void correctIndexOfChunks(const Chunk& index, const OpenDml& header);
+  EntryChange correctIndexEntry(uint8_t* entry);
   // The base moves with the first chunk. Usually all chunks move together, and that is all.
-  bool correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
-  // Removes the entries of indexes that are gone.
-  void correctIndexOfIndexes(const Chunk& index, uint64_t count);
-  bool setDropped(uint8_t* size, uint32_t keptBits = 0);
+  EntryChange correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
   void warn() const;
 
   Chunk root;
@@ -81,7 +79,7 @@ class AviIndexes {
   std::vector<Place> now;      // after the edit, sorted by chunk
   std::size_t lastBefore = 0;  // entries of an index usually follow the order of the file, so
   std::size_t lastNow = 0;     // searches start where the last one ended
-  uint64_t dropped = 0;        // entries whose chunk was removed
+  uint64_t removed = 0;        // entries whose frame was removed
   uint64_t outOfReach = 0;     // entries whose field is too small for the new offset
 };
 
