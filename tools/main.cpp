@@ -59,7 +59,7 @@ std::string usageOf(const Command& command) {
 void printHelp(const Command& command) {
   std::cout << "Usage: velmor-core " << usageOf(command) << "\n\n"
             << command.summary << ".\n"
-            << command.help;
+            << command.help << "\nExamples:" << command.examples;
 }
 
 const Command& findCommand(std::string_view name) {
@@ -116,6 +116,7 @@ int run(std::span<const std::string> words) {
     printHelp(findCommand(words[1]));
     return 0;
   }
+  if (first == "complete") return completeWords(COMMANDS, words.subspan(1));
   return runCommand(findCommand(first), words.subspan(1));
 }
 

@@ -58,6 +58,7 @@ struct Command {
   std::string_view synopsis;  // what follows the name
   std::string_view summary;   // one line for the overview
   std::string_view help;      // the rest of its help text
+  std::string_view examples = {};  // command lines that work
   std::size_t minOperands;
   std::size_t maxOperands;
   std::span<const Option> options;
@@ -82,6 +83,12 @@ extern const Command VERSION;
 extern const Command NUM;
 extern const Command UUID;
 extern const Command SHA256;
+
+// The hidden command "complete": prints what the last word can become, one candidate a line,
+// perhaps with a tab and a description. Candidates that end in "/" or "[" are not whole words.
+// `words` are the words of a command line after "velmor-core". Returns 1 if the word is a file's
+// name, for which nothing is printed, and 0 otherwise.
+int completeWords(std::span<const Command* const> commands, std::span<const std::string> words);
 
 // Prints "velmor-core: " and the message on standard error, after flushing standard output. Escapes
 // characters that could control a terminal, since file names and ids in the message may have any.

@@ -147,8 +147,10 @@ written too.
 
 -o OUTPUT   write to this file; it appears under this name only when complete
 --force     replace OUTPUT if it exists; without -o, print bytes that may confuse the terminal
-
+)",
+    .examples = R"(
   velmor-core extract song.wav RIFF:WAVE/data -o samples.raw
+  velmor-core extract song.wav RIFF:WAVE/LIST:INFO/INAM
 )",
     .minOperands = 2,
     .maxOperands = 2,

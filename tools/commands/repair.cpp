@@ -19,7 +19,7 @@ namespace tool {
 
 namespace {
 
-constexpr Option OUTPUT{"-o", true};
+constexpr Option OUTPUT{"--output", true, "-o"};
 constexpr Option FORCE{"--force"};
 constexpr Option IN_PLACE{"--in-place"};
 constexpr Option KEEP_TRAILING{"--keep-trailing"};
@@ -248,6 +248,10 @@ bytes you have to decide: they may be data of the last chunk, left there by an i
 --keep-trailing   keep any bytes after the last chunk, in a chunk "tail"
 --drop-trailing   drop any bytes after the last chunk
 --jobs N          repair N files at the same time; see "velmor-core --help"
+)",
+    .examples = R"(
+  velmor-core repair cut.wav
+  velmor-core repair --in-place --jobs 4 *.wav
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

@@ -97,6 +97,10 @@ Without a FILE, or if it is "-", standard input is hashed. Files are mapped, so 
 memory. Input from a pipe is held in memory.
 "--jobs N" hashes N files at the same time; see "velmor-core --help".
 )",
+    .examples = R"(
+  velmor-core sha256 --jobs 4 *.wav >sums
+  sha256sum --check sums
+)",
     .minOperands = 0,
     .maxOperands = ANY_NUMBER,
     .options = OPTIONS,

@@ -42,7 +42,7 @@ int runShow(const Arguments& arguments) {
 
 const Command SHOW = {
     .name = "show",
-    .synopsis = "[--all] [--hex] [--json] FILE PATH",
+    .synopsis = "FILE PATH [--all] [--hex] [--json]",
     .summary = "Show the fields and bytes of a chunk",
     .help = R"(
 Shows a chunk whose format is known as a table of fields: the offset in the chunk's data, the size in
@@ -62,8 +62,12 @@ VP8L, ANIM, ANMF, ALPH and XMP (WebP); and all chunks in LIST:INFO.
             "fields":[{"name":"format-tag","offset":0,"size":2,"value":1,"words":"PCM"},...
          "words" says what a number means. The first 100 entries of tables and the first 65,536
          bytes of a text are in it. A group has "groupId", and in "chunks" the number of its chunks.
-
-  velmor-core show song.wav RIFF/fmt
+)",
+    .examples = R"(
+  velmor-core show song.wav RIFF:WAVE/fmt
+  velmor-core show song.wav RIFF:WAVE/data --all
+  velmor-core show alpha.webp RIFF/XMP --hex
+  velmor-core show clip.avi RIFF/LIST:hdrl/avih --json
 )",
     .minOperands = 2,
     .maxOperands = 2,

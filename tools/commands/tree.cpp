@@ -75,6 +75,12 @@ other bytes that belong to no chunk. "velmor-core check" says what is wrong with
               of a chunk is {"offset":52,"level":0,"zeros":8}; other bytes that belong to no chunk
               have "bytes" instead of "zeros".
 )",
+    .examples = R"(
+  velmor-core tree song.wav
+  velmor-core tree --raw song.wav
+  velmor-core tree --path RIFF:WAVE/data *.wav
+  velmor-core tree --json clip.avi >clip.json
+)",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
     .options = OPTIONS,

@@ -92,8 +92,8 @@ std::string remark(const TreeItem& item, uint64_t fileSize) {
     return styled(Style::WARNING, "too small for its group id");
   }
   if (pastGroup(item, fileSize) > 0) {
-    return styled(Style::WARNING,
-                  "ends " + counted(pastGroup(item, fileSize), "byte") + " past its group");
+    return styled(Style::WARNING, "ends " + counted(pastGroup(item, fileSize), "byte") +
+                                      " past the end of its group");
   }
   if (const uint64_t missing = missingBytes(item, fileSize); missing > 0) {
     const uint64_t pad = chunk.dataSize % 2;
