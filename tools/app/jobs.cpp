@@ -142,8 +142,8 @@ class Jobs {
         failed(failed),
         progress("working", files.size(), Progress::FILES) {
     std::cout.flush();
-    outputIsTerminal();  // is remembered for the workers
-    ::signal(SIGCHLD, SIG_DFL);
+    outputIsTerminal();                             // is remembered for the workers
+    static_cast<void>(::signal(SIGCHLD, SIG_DFL));  // or no worker could be waited for
   }
 
   // `jobs` is the number of workers that run at the same time.
