@@ -64,6 +64,8 @@ edits_survive_every_fault() {
   survives add RIFF/LIST/IGNR Rock
   survives remove RIFF/LIST/ICMT
   survives recycle RIFF/LIST/IART
+  cp "$data/card.webp" old # with the header that it needs then
+  survives add RIFF/XMP "<x/>"
 }
 
 edits_in_place_are_complete_or_marked() {
