@@ -127,9 +127,8 @@ const Command ADD = {
     .help = R"(
 The last step of PATH names the new chunk; the steps before it name its group. The chunk fills free
 space (JUNK) of the group if it fits there, and is appended to the group otherwise. The group then
-grows into free space beside it, if there is enough. If the last step
-has a group id, an empty group is appended, and no value is given. See "velmor-core set --help" for
-values and options.
+grows into free space beside it, if there is enough. If the last step has a group id, an empty group
+is appended, and no value is given. See "velmor-core set --help" for values and options.
 )",
     .examples = R"(
   velmor-core add song.wav RIFF:WAVE/LIST:INFO/ICOP "In the public domain"

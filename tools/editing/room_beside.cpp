@@ -142,7 +142,7 @@ bool isInMovi(Chunk chunk) {
 }  // namespace
 
 Change useRoomBeside(const Chunk& chunk, const std::function<Change(const Chunk&)>& edit) {
-  const Change plain = edit(chunk);
+  Change plain = edit(chunk);
   if (isFree(chunk) || isInMovi(chunk)) return plain;
   return [=] {
     if (!editBeside(chunk, edit)) plain();
