@@ -74,23 +74,34 @@ webp_header_agrees_with_the_chunks() {
 
 avi_indexes_follow_the_frames() {
   needs ffprobe mediainfo python3
-  local kind way before
+  local kind before
+  local -a way
   take clip.avi
   for kind in relative absolute opendml; do
-    cp clip.avi old.avi
+    cp clip.avi $kind.avi
     [[ $kind == relative ]] ||
-      python3 "${BASH_SOURCE%/*}/../support/make_avi.py" clip.avi old.avi $kind || fail $kind
-    for way in "remove old.avi RIFF:AVI/LIST:INFO" "remove old.avi RIFF:AVI/JUNK --in-place" \
-      "add old.avi RIFF:AVI/note 1234567" "remove old.avi RIFF:AVI/LIST:movi/JUNK"; do
-      if [[ $way == *movi* ]]; then # frames before and after it move differently
+      python3 "${BASH_SOURCE%/*}/../support/make_avi.py" clip.avi $kind.avi $kind || fail $kind
+    while read -ra way; do
+      cp $kind.avi old.avi
+      if [[ ${way[*]} == *movi* ]]; then # frames before and after it move differently
         edit recycle old.avi "RIFF:AVI/LIST:movi/01wb[2]"
         [[ $(<err) == *": warning: this edit removes frames that the index lists, "* ]] || fail "$(<err)"
       fi
       before=$(readings old.avi)
-      edit $way
-      expect_equal "$kind: $way" "$before" "$(readings old.avi)"
+      edit "${way[0]}" old.avi "${way[@]:1}"
+      expect_equal "$kind: ${way[*]}" "$before" "$(readings old.avi)"
       sound old.avi
-    done
+    done <<'END'
+remove RIFF:AVI/JUNK --in-place
+add RIFF:AVI/note 1234567
+remove RIFF:AVI/LIST:movi/JUNK
+strip
+remove RIFF:AVI/JUNK RIFF:AVI/LIST:INFO
+END
+    before=$(readings old.avi)
+    edit edit old.avi -e "add RIFF:AVI/note abc" -e "remove RIFF:AVI/note RIFF:AVI/LIST:hdrl/JUNK" -e "add RIFF:AVI/LIST:hdrl/note abcd"
+    expect_equal "$kind: edit" "$before" "$(readings old.avi)"
+    sound old.avi
   done
   edit remove old.avi RIFF:AVIX # its indexes leave the index of indexes
   sound old.avi

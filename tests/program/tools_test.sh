@@ -181,7 +181,7 @@ wrong_use_is_2() {
   rejects 2 '"paint"' paint clip.avi
   rejects 2 "number of arguments" tree
   rejects 2 "number of arguments" set clip.avi RIFF/idx1
-  rejects 2 "number of arguments" remove clip.avi RIFF/idx1 RIFF/idx1
+  rejects 2 "number of arguments" remove clip.avi
   rejects 2 "unknown option --deep" tree --deep clip.avi
   rejects 2 "put -- before" set clip.avi RIFF/idx1 -5
   rejects 2 "-o needs a value" extract clip.avi RIFF/idx1 -o
@@ -219,7 +219,7 @@ failure_is_1() {
   rejects 1 "LIST:INFO is a group" set clip.avi RIFF/LIST:INFO x
   rejects 1 "LIST:INFO is a group" extract clip.avi RIFF/LIST:INFO
   rejects 1 "idx1 is no group" add clip.avi RIFF/idx1/abcd x
-  rejects 1 "cannot add abcd: RIFF:AVI/idx1 ends 102 bytes past" add cut.avi abcd x
+  rejects 1 "cannot add abcd: RIFF:AVI/idx1 ends 102 bytes past" add --top cut.avi abcd x
   rejects 1 "cannot remove idx1: RIFF:AVI/idx1 ends 102 bytes" remove cut.avi RIFF/idx1
   rejects 1 "idx1 cannot be read to its end: RIFF:AVI/idx1" set cut.avi RIFF/idx1 x
   rejects 1 "idx1 cannot be read to its end: RIFF:AVI/idx1" extract cut.avi RIFF/idx1 -o new
@@ -272,7 +272,7 @@ edits_do_as_they_say() {
 # Many programs leave out the pad byte at the end of a file.
 missing_pad_byte_is_supplied() {
   local change
-  for change in "set RIFF/c 12345" "set RIFF/c 1234567" "add RIFF/d 1" "add e 1" "recycle RIFF/c" "remove RIFF/c"; do
+  for change in "set RIFF/c 12345" "set RIFF/c 1234567" "add RIFF/d 1" "add --top e 1" "recycle RIFF/c" "remove RIFF/c"; do
     { printf RIFF && bytes 12 00 00 00 && printf 'testc   ' && bytes 05 00 00 00 && printf abcde; } >file
     [[ $("$program" tree file) == *" 5 "*"  without its pad byte" ]] || fail tree
     read -ra words <<<"$change"

@@ -55,9 +55,9 @@ constexpr std::size_t ANY_NUMBER = std::numeric_limits<std::size_t>::max();
 
 struct Command {
   std::string_view name;
-  std::string_view synopsis;  // what follows the name
-  std::string_view summary;   // one line for the overview
-  std::string_view help;      // the rest of its help text
+  std::string_view synopsis;       // what follows the name
+  std::string_view summary;        // one line for the overview
+  std::string_view help;           // the rest of its help text
   std::string_view examples = {};  // command lines that work
   std::size_t minOperands;
   std::size_t maxOperands;
@@ -75,9 +75,12 @@ extern const Command SET;
 extern const Command ADD;
 extern const Command REMOVE;
 extern const Command RECYCLE;
+extern const Command EDIT;
+extern const Command STRIP;
 extern const Command CHECK;
 extern const Command VERIFY;
 extern const Command REPAIR;
+extern const Command TAG;
 extern const Command CPU;
 extern const Command VERSION;
 extern const Command NUM;

@@ -11,7 +11,6 @@
 #include <span>
 #include <string_view>
 
-#include "app/command.h"
 #include "app/text.h"
 #include "chunks/layout.h"
 #include "known/avi.h"
@@ -149,15 +148,16 @@ AviIndexes::Layout::Layout(const Chunk& root) {
   });
 }
 
-AviIndexes::AviIndexes(const Chunk& root, std::string name)
-    : root(root), name(std::move(name)), isAvi(root.firstChild().groupId() == FORM_AVI) {
-  if (isAvi) before.emplace(root);
-  if (isAvi && before->indexes.empty()) isAvi = false;
+AviIndexes::AviIndexes(const Chunk& root) {
+  if (root.firstChild().groupId() != FORM_AVI) return;
+  before.emplace(root);
+  if (before->indexes.empty()) before.reset();
 }
 
-void AviIndexes::correct() {
-  if (!isAvi) return;
+void AviIndexes::correct(const Chunk& root, const Cut* cut, std::vector<std::string>& warnings) {
+  if (!before) return;
   Layout after(root);
+  if (cut) followCut(*cut, after);
   if (after.places == before->places) return;
   now = std::move(after.places);
   std::ranges::sort(now, std::less(), &Place::chunk);
@@ -174,7 +174,16 @@ void AviIndexes::correct() {
       correctOpenDml(index.chunk);
     }
   }
-  warn();
+  warn(warnings);
+}
+
+// After a cut, the chunks have new handles. Those that are left are in the same order as before.
+void AviIndexes::followCut(const Cut& cut, const Layout& after) {
+  auto left = after.places.begin();
+  for (Place& place : before->places) {
+    const bool isGone = cut.contains(place.offset) || left == after.places.end();
+    place.chunk = isGone ? nullptr : (left++)->chunk;
+  }
 }
 
 const AviIndexes::Place* AviIndexes::placeBefore(uint64_t offset) {
@@ -324,14 +333,14 @@ EntryChange AviIndexes::correctFrame(uint8_t* entry, const OpenDml& header,
   return EntryChange::CHANGED;
 }
 
-void AviIndexes::warn() const {
+void AviIndexes::warn(std::vector<std::string>& warnings) const {
   if (removed > 0) {
-    complain(name + ": warning: this edit removes frames that the index lists, and with them " +
-             counted(removed, "entry", "entries") + " of the index");
+    warnings.push_back("this edit removes frames that the index lists, and with them " +
+                       counted(removed, "entry", "entries") + " of the index");
   }
   if (outOfReach > 0) {
-    complain(name + ": warning: " + counted(outOfReach, "entry", "entries") +
-             " of the index cannot hold the new offset and are wrong now");
+    warnings.push_back(counted(outOfReach, "entry", "entries") +
+                       " of the index cannot hold the new offset and are wrong now");
   }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "editing/cut.h"
 #include "editing/store.h"
 
 namespace tool {
@@ -21,11 +22,12 @@ enum class EntryChange { NONE, CHANGED, GONE };
 // itself has changed. If the edit removes a frame, its entry is removed, and a warning says so.
 class AviIndexes {
  public:
-  // Does nothing with a file of another form. `name` is the file's, for warnings.
-  AviIndexes(const Chunk& root, std::string name);
+  // Does nothing with a file of another form.
+  explicit AviIndexes(const Chunk& root);
 
-  // Throws Failure if the object cannot be read or written.
-  void correct();
+  // Corrects the object after the edit, and adds warnings. If the edit was a cut, the object is a
+  // new one. Throws Failure if the object cannot be read or written.
+  void correct(const Chunk& root, const Cut* cut, std::vector<std::string>& warnings);
 
  private:
   struct Place {
@@ -70,17 +72,15 @@ class AviIndexes {
   EntryChange correctIndexEntry(uint8_t* entry);
   // The base moves with the first chunk. Usually all chunks move together, and that is all.
   EntryChange correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
-  void warn() const;
+  void followCut(const Cut& cut, const Layout& after);
+  void warn(std::vector<std::string>& warnings) const;
 
-  Chunk root;
-  std::string name;
-  bool isAvi;
-  std::optional<Layout> before;
-  std::vector<Place> now;      // after the edit, sorted by chunk
-  std::size_t lastBefore = 0;  // entries of an index usually follow the order of the file, so
-  std::size_t lastNow = 0;     // searches start where the last one ended
-  uint64_t removed = 0;        // entries whose frame was removed
-  uint64_t outOfReach = 0;     // entries whose field is too small for the new offset
+  std::optional<Layout> before;  // none if there is no index
+  std::vector<Place> now;        // after the edit, sorted by chunk
+  std::size_t lastBefore = 0;    // entries of an index usually follow the order of the file, so
+  std::size_t lastNow = 0;       // searches start where the last one ended
+  uint64_t removed = 0;          // entries whose frame was removed
+  uint64_t outOfReach = 0;       // entries whose field is too small for the new offset
 };
 
 }  // namespace tool

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "editing/editing.h"
+#include "editing/changes.h"
 
 namespace tool {
 

@@ -6,7 +6,6 @@
 #include <span>
 #include <vector>
 
-#include "app/command.h"
 #include "known/ids.h"
 
 namespace tool {
@@ -101,10 +100,9 @@ WebpHeader::Contents::Contents(const Chunk& group) {
   if (picture.hasAlpha) flags |= FLAG_ALPHA;
 }
 
-WebpHeader::WebpHeader(const Chunk& root, std::string name)
-    : root(root), name(std::move(name)), before(webpIn(root)) {}
+WebpHeader::WebpHeader(const Chunk& root) : before(webpIn(root)) {}
 
-void WebpHeader::correct() const {
+void WebpHeader::correct(const Chunk& root, std::vector<std::string>& warnings) const {
   const Chunk group = webpIn(root);
   if (!group) return;
   const Contents now(group);
@@ -116,11 +114,11 @@ void WebpHeader::correct() const {
     correctHeader(Chunk(group.find(velmor_core::Id(ID_VP8X))), now);
     if (isOutOfOrder(group)) rebuild(group);
   } else if (needsHeader) {
-    addHeader(group, now);
+    addHeader(group, now, warnings);
   }
 }
 
-void WebpHeader::correctHeader(const Chunk& header, const Contents& contents) const {
+void WebpHeader::correctHeader(const Chunk& header, const Contents& contents) {
   std::array<uint8_t, VP8X_SIZE> bytes{};
   if (header.dataSize() < VP8X_SIZE || !header.read(bytes, 0, std::nothrow)) return;
   // Of an animation, only the frames show whether it has alpha, so that flag stays.
@@ -136,10 +134,11 @@ void WebpHeader::correctHeader(const Chunk& header, const Contents& contents) co
   required("correct VP8X", [&] { return header.write(bytes, 0, std::nothrow); });
 }
 
-void WebpHeader::addHeader(const Chunk& group, const Contents& contents) const {
+void WebpHeader::addHeader(const Chunk& group, const Contents& contents,
+                           std::vector<std::string>& warnings) {
   if (!contents.isStill() || group.dataSize() > MAX_SIZE - ROOM) {
-    complain(
-        name + ": warning: the file needs a VP8X header, which cannot be made: " +
+    warnings.push_back(
+        std::string("the file needs a VP8X header, which cannot be made: ") +
         (contents.isStill() ? "the file is too large" : "the size of the picture is not known"));
     return;
   }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "chunks/layout.h"
 #include "editing/store.h"
@@ -17,11 +18,11 @@ namespace tool {
 // even if it was wrong.
 class WebpHeader {
  public:
-  // `name` is the file's, for warnings.
-  WebpHeader(const Chunk& root, std::string name);
+  explicit WebpHeader(const Chunk& root);
 
-  // Handles of chunks in the group may end. Throws Failure if the object cannot be read or written.
-  void correct() const;
+  // Corrects the object after the edit, and adds warnings. Handles of chunks in the group may end.
+  // Throws Failure if the object cannot be read or written.
+  void correct(const Chunk& root, std::vector<std::string>& warnings) const;
 
   // By how many bytes a correction can lengthen a file.
   static constexpr uint64_t ROOM = HEADER_SIZE + VP8X_SIZE;
@@ -48,11 +49,10 @@ class WebpHeader {
     bool isStill() const { return picture.width > 0 && picture.height > 0; }
   };
 
-  void addHeader(const Chunk& group, const Contents& contents) const;
-  void correctHeader(const Chunk& header, const Contents& contents) const;
+  static void addHeader(const Chunk& group, const Contents& contents,
+                        std::vector<std::string>& warnings);
+  static void correctHeader(const Chunk& header, const Contents& contents);
 
-  Chunk root;
-  std::string name;
   Contents before;
 };
 

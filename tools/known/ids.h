@@ -19,6 +19,7 @@ constexpr uint32_t FORM_WEBP = idOf("WEBP");
 constexpr uint32_t ID_FMT = idOf("fmt ");
 constexpr uint32_t ID_FACT = idOf("fact");
 constexpr uint32_t ID_WAVL = idOf("wavl");
+constexpr uint32_t ID_BEXT = idOf("bext");
 constexpr uint32_t ID_ADTL = idOf("adtl");
 
 // AVI
