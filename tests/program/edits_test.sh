@@ -140,22 +140,4 @@ tone.wav: nothing to drop" "$(<out)"
   [[ $(<err) == *"other: what a player needs of RIFF:what is not known; --keep names it" ]] || fail "$(<err)"
 }
 
-# An index whose offsets count from the start of the file would point at the wrong bytes.
-strip_keeps_indexes_right() {
-  type python3 >/dev/null || return 77
-  take clip.avi
-  python3 -c '
-import struct
-clip = bytearray(open("clip.avi", "rb").read())
-movi, at = clip.index(b"movi"), clip.index(b"idx1") + 8
-for entry in range(at, len(clip), 16):
-    struct.pack_into("<I", clip, entry + 8, struct.unpack_from("<I", clip, entry + 8)[0] + movi)
-open("absolute.avi", "wb").write(clip)'
-  cp absolute.avi before
-  "$program" strip absolute.avi 2>err && fail strip
-  [[ $(<err) == *"absolute.avi: an index counts offsets from the start of the file"* ]] || fail "$(<err)"
-  cmp absolute.avi before || fail changed
-  "$program" check absolute.avi && "$program" strip clip.avi && "$program" check clip.avi || fail check
-}
-
 main

@@ -67,6 +67,8 @@ edits_survive_every_fault() {
   survives edit -e "remove RIFF/LIST/ICMT RIFF/LIST/IART" -e "set --add RIFF/LIST:new/note 'A longer text'"
   survives strip
   survives tag title=New comment= genre=Rock originator=Me loudness=-23
+  cp "$data/card.webp" old # with the header that it needs then
+  survives add RIFF/XMP "<x/>"
 }
 
 edits_in_place_are_complete_or_marked() {

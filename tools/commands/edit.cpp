@@ -40,6 +40,14 @@ VALUE   the text itself. In a LIST:INFO group a NUL is stored after it, since th
         one. Elsewhere the bytes are stored as they are. "@@text" stands for "@text".
 @FILE   the bytes of a file, as they are; "@-" those of standard input
 
+If the chunk grows and free space (JUNK) lies beside it or its group, it grows into that space, and
+nothing else in the file moves.
+
+Every edit keeps right what depends on the chunks. In WebP, VP8X is added if it is needed, its flags
+and canvas agree with the chunks, and an ICC profile is put before the picture. In AVI, the indexes
+(idx1, indx, ix##) follow the frames when they move. If a frame is removed, its entry is removed,
+and a warning says so.
+
 The edit is made in a copy, FILE.velmor-core-new. When the copy is complete and on the disk, it
 replaces the file. It keeps the file's permissions, owner, access control lists and extended
 attributes. A symbolic link stays a link, and the file that it leads to is edited. If the edit fails
@@ -81,10 +89,10 @@ const Command ADD = {
     .summary = "Add a chunk or an empty group",
     .help = R"(
 The last step of PATH names the new chunk; the steps before it name its group. The chunk fills free
-space (JUNK) of the group if it fits there, and is appended to the group otherwise. If the last step
-has a group id, an empty group is appended, and no value is given. A chunk of the same name may be
-there already: then a note says how many there are now. See "velmor-core set --help" for values and
-the other options.
+space (JUNK) of the group if it fits there, and is appended to the group otherwise. The group then
+grows into free space beside it, if there is enough. If the last step has a group id, an empty group
+is appended, and no value is given. A chunk of the same name may be there already: then a note says
+how many there are now. See "velmor-core set --help" for values and the other options.
 
 --top   add the chunk at the top of the file. If the file has one RIFF group, this option is needed
         for a chunk beside it, because programs look for chunks in the RIFF group. A further RIFF

@@ -10,7 +10,6 @@
 #include "app/errors.h"
 #include "app/jobs.h"
 #include "app/text.h"
-#include "editing/avi_offsets.h"
 #include "editing/editing.h"
 #include "verdict/form.h"
 
@@ -47,17 +46,14 @@ class Stripper {
 
   Change check(const Chunk& virtualRoot) {
     dropped.clear();
-    bool isAvi = false;
     const PlacedChunk top(virtualRoot, 0);
     for (PlacedChunk chunk = top.firstChild(); chunk; chunk = chunk.next()) {
       if (chunk.id() == ID_RIFF) {
         dropFrom(chunk);
-        isAvi |= chunk.groupId() == FORM_AVI;
       } else if (!isNamed(chunk)) {
         dropped.push_back(chunk);
       }
     }
-    if (isAvi) requireFixedIndexes(virtualRoot, dropped);
     sumUp();
     return removeChunks(virtualRoot, dropped);
   }
@@ -146,9 +142,8 @@ Sound and pictures stay as they are, bit by bit. What stays, by the form of the 
   WEBP        VP8X, ICCP, ANIM, ANMF, ALPH, VP8, VP8L
 
 All other chunks of these groups, and all chunks beside them, are dropped, among them free chunks
-(JUNK), cue points and markers. A file of another form is refused without --keep. So is an AVI whose
-index counts from the start of the file, if its pictures would move. Each file is an edit of its
-own: if one fails, the others are done all the same.
+(JUNK), cue points and markers. A file of another form is refused without --keep. Each file is an
+edit of its own: if one fails, the others are done all the same.
 
 --keep NAMES   also keep chunks of these names, which are separated by commas: bext,LIST:INFO. For a
                group of another form, keep these only. May be given several times.

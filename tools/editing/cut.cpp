@@ -65,6 +65,11 @@ void Cut::noteSizes(const Chunk& virtualRoot) {
   }
 }
 
+bool Cut::contains(uint64_t offset) const {
+  const auto range = std::ranges::upper_bound(ranges, offset, {}, &Range::end);
+  return range != ranges.end() && range->begin <= offset;
+}
+
 template <typename Write>
 void Cut::writeSizes(Write write) const {
   for (const RawBytes::Patch& size : sizes) {

@@ -20,6 +20,9 @@ class Cut {
   // the last pad byte may be missing.
   Cut(const Chunk& virtualRoot, std::span<const PlacedChunk> chunks);
 
+  // Whether a byte is in one of the ranges.
+  bool contains(uint64_t offset) const;
+
   // Closes the gaps in a file; `name` is for progress. The time is linear in the bytes that move.
   void applyTo(const File& file, const std::string& name) const;
   // The same in memory. Returns the new size.

@@ -2,8 +2,13 @@
 
 #include "editing/editing.h"
 
+#include <optional>
+#include <vector>
+
 #include "app/errors.h"
 #include "app/progress.h"
+#include "editing/avi_index.h"
+#include "editing/webp_header.h"
 #include "looking/tree.h"
 
 namespace tool {
@@ -24,26 +29,66 @@ void warnOfDamage(const Opened& before, RawBytes after) {
   }
 }
 
-// Makes the edits one after the other, in the bytes of an Opened or of a TargetChunks. The first
-// has been checked.
+using Warnings = std::vector<std::string>;
+
+void complainAll(const std::string& name, const Warnings& warnings) {
+  for (const std::string& warning : warnings) complain(name + ": warning: " + warning);
+}
+
+constexpr uint64_t ROOM_FOR_FORM = WebpHeader::ROOM;
+
+// What the form of a file needs after a change.
+class FormKeeper {
+ public:
+  // Made before the change.
+  explicit FormKeeper(const Chunk& root) : indexes(root), header(root) {}
+
+  void correct(const Chunk& root, const Cut* cut, Warnings& warnings) {
+    indexes.correct(root, cut, warnings);
+    header.correct(root, warnings);
+  }
+
+ private:
+  AviIndexes indexes;
+  WebpHeader header;
+};
+
+// Makes the edits one after the other, in the bytes of an Opened or of a TargetChunks, and then
+// what the form needs. The first has been checked.
 template <typename Bytes>
-void makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
+Warnings makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
+  Warnings warnings;
+  std::optional<FormKeeper> form(bytes.root());
   for (std::size_t i = 0; i < edits.size(); ++i) {
+    if (!form) form.emplace(bytes.root());
     if (i > 0) change = edits[i](bytes.root());
-    if (change.getCut()) {
-      bytes.cut(*change.getCut());
+    if (change.getCut() && i > 0) {
+      // A cut ends all handles, so it is followed alone, after the corrections for the edits
+      // before.
+      form->correct(bytes.root(), nullptr, warnings);
+      form.emplace(bytes.root());
+      change = edits[i](bytes.root());
+    }
+    if (const auto& cut = change.getCut()) {
+      bytes.cut(*cut);
+      form->correct(bytes.root(), &*cut, warnings);
+      form.reset();
     } else if (!change.isNothing()) {
       change();
     }
   }
+  if (form) form->correct(bytes.root(), nullptr, warnings);
+  return warnings;
 }
 
-void changeInMemory(Opened& opened, std::span<const Edit> edits) {
-  opened.explain([&] { makeChanges(opened, edits.front()(opened.root()), edits); });
+Warnings changeInMemory(Opened& opened, std::span<const Edit> edits) {
+  Warnings warnings;
+  opened.explain([&] { warnings = makeChanges(opened, edits.front()(opened.root()), edits); });
+  return warnings;
 }
 
 void showResult(Opened& opened, std::span<const Edit> edits) {
-  changeInMemory(opened, edits);
+  complainAll(opened.original().name(), changeInMemory(opened, edits));
   RawBytes edited(opened.bytes());
   warnOfDamage(opened, edited);
   printTree(opened.original().name() + ", as it would be", edited, RawNode::virtualRoot(edited));
@@ -51,7 +96,7 @@ void showResult(Opened& opened, std::span<const Edit> edits) {
 
 std::unique_ptr<Target> openTarget(const Original& original, const EditJob& job,
                                    const EditWay& way) {
-  if (way.inPlace) return editInPlace(original, job.room, job.what);
+  if (way.inPlace) return editInPlace(original, job.room + ROOM_FOR_FORM, job.what);
   if (way.output) return writeOutput(original, *way.output, way.mayReplaceOutput);
   return replaceOriginal(original);
 }
@@ -82,14 +127,16 @@ class TargetChunks {
 
 void changeTarget(const Opened& opened, Target& target, std::span<const Edit> edits) {
   const std::string& name = opened.original().name();
+  Warnings warnings;
   {
     TargetChunks chunks(target, name);
     Change first;
     opened.explain([&] { first = edits.front()(chunks.root()); });
     target.begin();
     const Waiting waiting("editing " + name);
-    opened.explain([&] { makeChanges(chunks, first, edits); });
+    opened.explain([&] { warnings = makeChanges(chunks, first, edits); });
   }
+  complainAll(name, warnings);
   warnOfDamage(opened, RawBytes(target.file()));
   target.finish();
 }
@@ -130,7 +177,7 @@ void editFile(const EditJob& job, const EditWay& way, const Edit& edit) {
 }
 
 void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edits) {
-  Opened opened(job.file, purposeOf(way), job.room);
+  Opened opened(job.file, purposeOf(way), job.room + ROOM_FOR_FORM);
   if (way.isDryRun) {
     showResult(opened, edits);
     return;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "chunks/layout.h"
+#include "editing/room_beside.h"
 #include "known/bext_value.h"
 #include "known/tags.h"
 
@@ -91,8 +92,7 @@ std::vector<NewListPointer> rebuildLists(const Chunk& group,
 
 // Turns all that a list holds into one free chunk, gives that the size of the new contents, and
 // fills it with them.
-Change replaceContents(const NewListPointer& to) {
-  const Chunk& list = to->list;
+Change replaceContents(const Chunk& list, const NewListPointer& to) {
   const uint64_t size = to->contents.size();
   const uint64_t before = list.dataSize() - GROUP_ID_SIZE;
   if (size > before) requireGrowingGroup(list, size - before);
@@ -136,7 +136,8 @@ Change setInfo(const Chunk& group, const std::vector<InfoAssignment>& assignment
     } else if (each->contents.size() == 0) {
       changes.push_back(removeChunk(each->list));
     } else {
-      changes.push_back(replaceContents(each));
+      changes.push_back(useRoomBeside(
+          each->list, [each](const Chunk& list) { return replaceContents(list, each); }));
     }
   }
   return [changes] {
@@ -183,8 +184,8 @@ Change setBext(const Chunk& group, const std::vector<BextAssignment>& assignment
   }
   const auto value =
       std::make_shared<const Value>(Value::ofBytes(changedBext(std::move(data), assignments)));
-  const Change change = chunk ? setValue(chunk, *value) : addValue(group, ID_BEXT, *value);
-  return [change, value] { change(); };
+  if (!chunk) return [change = addValue(group, ID_BEXT, *value), value] { change(); };
+  return useRoomBeside(chunk, [value](const Chunk& bext) { return setValue(bext, *value); });
 }
 
 }  // namespace

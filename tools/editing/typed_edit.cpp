@@ -8,6 +8,7 @@
 #include "app/errors.h"
 #include "app/text.h"
 #include "chunks/chunk_path.h"
+#include "editing/room_beside.h"
 
 namespace tool {
 
@@ -50,13 +51,17 @@ class SetEdit : public TypedEdit {
 
   Change check(const Chunk& virtualRoot) override {
     const auto [found, missing] = path.reach(virtualRoot);
-    if (missing.empty()) return setValue(found, value);
+    if (missing.empty()) {
+      return useRoomBeside(found, [this](const Chunk& chunk) { return setValue(chunk, value); });
+    }
     if (!makesMissing) {
       throw Failure(missingText(missing.front(), ChunkPath::placeOf(found)) + " (--add makes it)");
     }
     requireNew(missing);
     if (found.isVirtualRoot() && !atTop) requireInRiff(virtualRoot, path);
-    return addNested(found, missing, value);
+    return useRoomBeside(found, [this, steps = missing](const Chunk& group) {
+      return addNested(group, steps, value);
+    });
   }
   uint64_t room() const override { return roomFor(value) + path.text().size() * GROUP_HEADER_SIZE; }
 
@@ -97,7 +102,9 @@ class AddEdit : public TypedEdit {
     const uint64_t present =
         countChildren(group, [&](const Chunk& child) { return step.fits(child); });
     said = present == 0 ? "" : twins(group, present + 1);
-    return value ? addValue(group, step.id, *value) : addGroup(group, step.id, *step.groupId);
+    return useRoomBeside(group, [this, &step](const Chunk& to) {
+      return value ? addValue(to, step.id, *value) : addGroup(to, step.id, *step.groupId);
+    });
   }
   uint64_t room() const override { return value ? roomFor(*value) : ROOM_FOR_GROUP; }
   std::string note() const override { return said; }

@@ -4,13 +4,18 @@
 
 #include <cstdint>
 
+#include "known/ids.h"
+
 namespace tool {
 
 constexpr uint64_t AVIH_FLAGS = 12;
 constexpr uint32_t AVIH_HAS_INDEX = 0x10;
 
-// An entry of "idx1": an id, flags, an offset and a size.
+// An entry of "idx1": an id, flags, the offset of the chunk's header, and its data size. Offsets
+// count from the "movi" id or, from some programs, from the start of the file.
 constexpr uint64_t IDX1_ENTRY = 16;
+constexpr uint64_t IDX1_OFFSET = 8;
+constexpr uint64_t IDX1_SIZE = 12;
 
 // The indexes of OpenDML ("indx", "ix##"): the size of an entry in 32-bit words, two bytes for the
 // kind of index, the number of entries, the id of the chunks, and 12 bytes: the base of the offsets
@@ -22,6 +27,23 @@ constexpr uint64_t OPEN_DML_ID = 8;
 constexpr uint64_t OPEN_DML_BASE = 12;
 constexpr uint8_t INDEX_OF_INDEXES = 0;
 constexpr uint8_t INDEX_OF_CHUNKS = 1;
+
+// Their entries.
+//   of chunks   the offset of the data from the base; the data size, whose highest bit says "no key
+//               frame"; of interlaced video, the offset of the second field (32 bits each)
+//   of indexes  the offset in the file (64 bits); the size of that index; its duration
+constexpr uint64_t FRAME_ENTRY = 8;
+constexpr uint64_t FRAME_SIZE = 4;
+constexpr uint64_t FRAME_FIELD = 8;
+constexpr uint64_t FIELD_ENTRY = 12;
+constexpr uint64_t INDEX_ENTRY = 16;
+constexpr uint32_t NO_KEY_FRAME = 0x8000'0000;
+
+// Whether a chunk is such an index; `parent` is the group id of its group.
+constexpr bool isOpenDmlIndex(uint32_t id, uint32_t parent) {
+  if (parent == ID_STRL) return id == ID_INDX;
+  return (parent == ID_MOVI || parent == ID_REC) && (id & FIRST_HALF) == ID_IX;
+}
 
 }  // namespace tool
 

@@ -64,7 +64,7 @@ class AviForm : public Form {
       takeTop(chunk);
     } else if (chunk.id == ID_AVIH && parent == ID_HDRL) {
       takeMainHeader(chunk);
-    } else if (isOpenDml(chunk, parent)) {
+    } else if (isOpenDmlIndex(chunk.id, parent)) {
       hasIndex = true;
       checkOpenDml(chunk);
     }
@@ -106,8 +106,8 @@ class AviForm : public Form {
     const auto countMisses = [&](uint64_t base, uint64_t entries) {
       IndexCheck check(bytes, chunk.dataOffset(), entries, IDX1_ENTRY);
       check.run([&](const uint8_t* entry) {
-        return littleEndian32(entry + 12) == 0 ||
-               isAt(littleEndian32(entry), base + littleEndian32(entry + 8));
+        return littleEndian32(entry + IDX1_SIZE) == 0 ||
+               isAt(littleEndian32(entry), base + littleEndian32(entry + IDX1_OFFSET));
       });
       return check;
     };
@@ -118,11 +118,6 @@ class AviForm : public Form {
     if (check.misses > 0) warn(chunk.offset, check.text("RIFF:AVI/idx1"));
   }
 
-  static bool isOpenDml(const RawChunk& chunk, uint32_t parent) {
-    if (parent == ID_STRL) return chunk.id == ID_INDX;
-    return (parent == ID_MOVI || parent == ID_REC) && (chunk.id & FIRST_HALF) == ID_IX;
-  }
-
   void checkOpenDml(const RawChunk& chunk) {
     if (!isReadable(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
     const ChunkData data(bytes, chunk);
@@ -131,8 +126,9 @@ class AviForm : public Form {
     const uint64_t claimed = data.number32(OPEN_DML_COUNT);
     const uint32_t id = data.id(OPEN_DML_ID);
     const uint64_t base = data.number(OPEN_DML_BASE, 8);
-    const bool isOfIndexes = kind == INDEX_OF_INDEXES && entrySize == 16;
-    const bool isOfChunks = kind == INDEX_OF_CHUNKS && (entrySize == 8 || entrySize == 12);
+    const bool isOfIndexes = kind == INDEX_OF_INDEXES && entrySize == INDEX_ENTRY;
+    const bool isOfChunks =
+        kind == INDEX_OF_CHUNKS && (entrySize == FRAME_ENTRY || entrySize == FIELD_ENTRY);
     if (!isOfIndexes && !isOfChunks) return;
     const uint64_t room = (chunk.dataSize - OPEN_DML_HEADER) / entrySize;
     if (claimed > room) {
@@ -143,7 +139,10 @@ class AviForm : public Form {
     IndexCheck check(bytes, chunk.dataOffset() + OPEN_DML_HEADER, std::min(claimed, room),
                      entrySize);
     check.run([&](const uint8_t* entry) {
-      if (!isOfIndexes) return isAt(id, base + littleEndian32(entry) - HEADER_SIZE);
+      if (isOfChunks) {
+        const bool isDropped = (littleEndian32(entry + FRAME_SIZE) & ~NO_KEY_FRAME) == 0;
+        return isDropped || isAt(id, base + littleEndian32(entry) - HEADER_SIZE);
+      }
       const uint64_t target = littleEndian64(entry);
       return target < bytes.size() && (bytes.chunkAt(target).id & FIRST_HALF) == ID_IX;
     });
