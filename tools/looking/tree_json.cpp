@@ -7,11 +7,11 @@
 
 namespace tool {
 
-void printJson(std::string_view file, RawBytes& bytes, const RawNode& start) {
+void printJson(std::string_view file, RawBytes& bytes, const RawNode& start, uint64_t depth) {
   const uint64_t size = bytes.size();
   std::cout << jsonStart("tree", file) << ",\"size\":" << size << ",\"chunks\":[";
   std::string_view separator;
-  for (TreeItems items(bytes, start); items.next(); separator = ",") {
+  for (ShownItems items(bytes, start, depth); items.next(); separator = ",") {
     const TreeItem& item = items.item();
     const RawChunk& chunk = item.chunk;
     std::cout << separator << "{\"offset\":" << chunk.offset << ",\"level\":" << item.level;
@@ -28,6 +28,7 @@ void printJson(std::string_view file, RawBytes& bytes, const RawNode& start) {
               << ",\"free\":" << (chunk.id == ID_JUNK ? "true" : "false")
               << ",\"missing\":" << missingBytes(item, size);
     if (const uint64_t past = pastGroup(item, size); past > 0) std::cout << ",\"past\":" << past;
+    if (items.hidden() > 0) std::cout << ",\"hidden\":" << items.hidden();
     std::cout << '}';
   }
   std::cout << "]}\n";
