@@ -15,8 +15,9 @@
 namespace tool {
 namespace {
 
-constexpr std::array COMMANDS = {&TREE,   &EXTRACT, &SET, &ADD,  &REMOVE, &RECYCLE, &CHECK,
-                                 &VERIFY, &REPAIR,  &NUM, &UUID, &SHA256, &CPU,     &VERSION};
+constexpr std::array COMMANDS = {&TREE,   &MAP,     &EXTRACT, &SET,    &ADD,
+                                 &REMOVE, &RECYCLE, &CHECK,   &VERIFY, &REPAIR,
+                                 &NUM,    &UUID,    &SHA256,  &CPU,    &VERSION};
 
 constexpr std::string_view OVERVIEW_TAIL = R"(
 A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a

@@ -56,6 +56,7 @@ struct Command {
 };
 
 extern const Command TREE;
+extern const Command MAP;
 extern const Command EXTRACT;
 extern const Command SET;
 extern const Command ADD;

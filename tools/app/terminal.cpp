@@ -2,8 +2,11 @@
 
 #include "app/terminal.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <iostream>
 #include <mutex>
@@ -31,6 +34,14 @@ std::string_view sequenceOf(Style style) {
       return "\x1b[2m";
     case Style::WARNING:
       return "\x1b[33m";
+    case Style::GROUP_BOX:
+      return "\x1b[97;44m";
+    case Style::DATA_BOX:
+      return "\x1b[30;46m";
+    case Style::FREE_BOX:
+      return "\x1b[37;100m";
+    case Style::OTHER_BOX:
+      return "\x1b[30;43m";
   }
   return "";
 }
@@ -71,6 +82,18 @@ ErrorOutput& errorOutput() {
 }  // namespace
 
 bool outputIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+
+std::size_t outputWidth() {
+  constexpr std::size_t DEFAULT = 80;
+  constexpr std::size_t LARGEST = 1000;
+  winsize window{};
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 0) return window.ws_col;
+  const std::string_view columns = variable("COLUMNS");
+  std::size_t width = 0;
+  std::from_chars(columns.data(), columns.data() + columns.size(), width);
+  return width == 0 ? DEFAULT : std::min(width, LARGEST);
+}
+
 bool errorsAreSeen() { return ::isatty(STDERR_FILENO) == 1; }
 
 void showProgressLine(std::string_view text) { errorOutput().show(text); }
