@@ -57,13 +57,14 @@ class RawBytes {
   // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
   // files are skipped unread.
   uint64_t endOfZeros(uint64_t offset, uint64_t end);
+  // The first offset from `offset` on that is not in a hole of a sparse file.
+  uint64_t nextStored(uint64_t offset) const { return file ? file->nextData(offset) : offset; }
 
- private:
   static constexpr std::size_t WINDOW = 4096;
-
-  // `count` bytes at an offset, GROUP_HEADER_SIZE at most.
+  // `count` bytes at an offset, WINDOW at most. They are valid until the next call that reads.
   const uint8_t* bytesAt(uint64_t offset, uint64_t count);
 
+ private:
   const File* file = nullptr;  // or null, for memory
   std::span<const char> memory;
   uint64_t stored;  // bytes in the file or memory
