@@ -3,12 +3,14 @@ _velmor_core() {
   local current=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]-} options=--help
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W "tree extract set add remove recycle check verify repair num
+    mapfile -t COMPREPLY < <(compgen -W "tree map diff extract set add remove recycle check verify repair num
       uuid sha256 cpu version help --help --version" -- "$current")
     return
   fi
   case $command in
-    tree) options+=" --json --any --path" ;;
+    tree) options+=" --json --any --path --depth --summary" ;;
+    map) options+=" --json --any -o --force" ;;
+    diff) options+=" --json --any --quiet" ;;
     extract) options+=" -o --force" ;;
     set | add | remove | recycle) options+=" --dry-run -o --force --in-place" ;;
     repair) options+=" -o --force --in-place --keep-trailing --drop-trailing" ;;

@@ -58,9 +58,8 @@ class Comparison {
     if (isEqual) return true;
     // Files with one group in another, millions of levels deep, need no memory for them here.
     const bool isLast = pair.first.isEmpty() && pair.second.isEmpty();
-    const uint64_t level = pair.level;
     if (isLast) groups.pop_back();
-    enter(a, b, level);
+    groups.push_back(insideOf(a, b));
     return true;
   }
 
@@ -93,9 +92,8 @@ class Comparison {
                            contentOf(a).size);
   }
 
-  void enter(const TreeItem& a, const TreeItem& b, uint64_t level) {
-    groups.push_back(
-        {{contentOf(a).offset, a.end()}, {contentOf(b).offset, b.end()}, level + 1, nameOf(a)});
+  static GroupPair insideOf(const TreeItem& a, const TreeItem& b) {
+    return {{contentOf(a).offset, a.end()}, {contentOf(b).offset, b.end()}, a.level + 1, nameOf(a)};
   }
 
   // Compares the items of two groups that do not line up.
@@ -104,12 +102,15 @@ class Comparison {
     const auto itemOf = [&](RawBytes& bytes, const Siblings& siblings, const Paired& paired) {
       return Siblings{paired.offset, siblings.limit}.first(bytes, rest.level);
     };
+    std::vector<GroupPair> later;
     for (const Paired& paired : pairing.first) {
       const TreeItem a = itemOf(first, rest.first, paired);
       if (paired.partner == Paired::NOBODY) {
         report({Difference::REMOVED, pathTo(a), a, std::nullopt, std::nullopt});
       } else {
-        comparePair(a, itemOf(second, rest.second, pairing.second[paired.partner]), paired.isMoved);
+        const TreeItem b = itemOf(second, rest.second, pairing.second[paired.partner]);
+        comparePair(a, b, paired.isMoved);
+        if (a.isGroup() && b.isGroup()) later.push_back(insideOf(a, b));
       }
       if (isStopped) return;
     }
@@ -119,14 +120,7 @@ class Comparison {
       report({Difference::ADDED, pathTo(b), std::nullopt, b, std::nullopt});
       if (isStopped) return;
     }
-    // The last is taken first.
-    for (auto paired = pairing.first.rbegin(); paired != pairing.first.rend(); ++paired) {
-      if (paired->partner == Paired::NOBODY) continue;
-      const TreeItem a = itemOf(first, rest.first, *paired);
-      if (!a.isGroup()) continue;
-      const TreeItem b = itemOf(second, rest.second, pairing.second[paired->partner]);
-      if (b.isGroup()) enter(a, b, rest.level);
-    }
+    groups.insert(groups.end(), later.rbegin(), later.rend());  // the last is taken first
   }
 
   // Groups are only looked at here; the items in them are compared later.

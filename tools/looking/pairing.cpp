@@ -3,7 +3,7 @@
 #include "looking/pairing.h"
 
 #include <algorithm>
-#include <numeric>
+#include <compare>
 #include <span>
 
 #include "app/errors.h"
@@ -15,7 +15,15 @@ namespace {
 
 using Index = uint32_t;
 using Indexes = std::vector<Index>;
-using Run = std::span<Index>;
+
+// Sorting moves the keys themselves: reached through indexes, they would miss the caches.
+struct Entry {
+  uint64_t key;  // first the name, then the content
+  Index index;
+
+  auto operator<=>(const Entry&) const = default;
+};
+using Run = std::span<Entry>;
 
 // Different for different names of one file. In two files, a group and a data chunk may share it.
 uint64_t keyOf(const ItemName& name) {
@@ -33,46 +41,30 @@ class Side {
     for (Siblings rest = siblings; !rest.isEmpty();) {
       const TreeItem item = rest.first(bytes, level);
       if (items.size() >= Paired::NOBODY) throw Failure("too many chunks in a group to compare");
-      items.push_back({item.chunk.offset, keyOf(nameOf(item))});
+      order.push_back({keyOf(nameOf(item)), static_cast<Index>(items.size())});
+      items.push_back({item.chunk.offset});
       rest.offset = item.end();
     }
-    order.resize(items.size());
-    std::iota(order.begin(), order.end(), Index{0});
-    sort(order);
+    std::ranges::sort(order);
   }
 
   Paired& operator[](Index index) { return items[index]; }
-  uint64_t key(Index index) const { return items[index].key; }
   Run all() { return order; }
-
-  // Stable: items with equal keys keep their order.
-  void sort(Run run) const {
-    std::ranges::sort(run, [this](Index a, Index b) {
-      return items[a].key != items[b].key ? items[a].key < items[b].key : a < b;
-    });
-  }
-  // The items at the start of a sorted run that have the same key.
-  Run takeEqual(Run& run) const {
-    const auto end = std::ranges::find_if(run, [&](Index i) { return key(i) != key(run[0]); });
-    const Run equal = run.first(static_cast<std::size_t>(end - run.begin()));
-    run = run.subspan(equal.size());
-    return equal;
-  }
 
   // Replaces the keys of a run by digests of the contents.
   void digest(Run run, uint64_t& budget) {
-    for (const Index index : run) {
-      Paired& paired = items[index];
-      const TreeItem item = itemAt(bytes, paired.offset, siblings.limit, level, paired.offset == 0);
+    for (Entry& entry : run) {
+      const Siblings rest{items[entry.index].offset, siblings.limit};
+      const TreeItem item = rest.first(bytes, level);
       const Content content = contentOf(item);
-      paired.key = 0;
+      entry.key = 0;
       if (item.isGroup()) {
         if (content.size > budget) continue;
         budget -= content.size;
       }
-      paired.key = digestOf(bytes, content);
+      entry.key = digestOf(bytes, content);
     }
-    sort(run);
+    std::ranges::sort(run);
   }
 
  private:
@@ -80,37 +72,45 @@ class Side {
   Siblings siblings;
   uint64_t level;
   std::vector<Paired>& items;
-  Indexes order;
+  std::vector<Entry> order;
 };
 
-// Calls work() with the runs of both sides that have the same key.
+// The entries at the start of a sorted run that have the same key.
+Run takeEqual(Run& run) {
+  const auto end = std::ranges::upper_bound(run, run[0].key, {}, &Entry::key);
+  const Run equal = run.first(static_cast<std::size_t>(end - run.begin()));
+  run = run.subspan(equal.size());
+  return equal;
+}
+
+// Calls work() with the entries of both runs that have the same key.
 template <typename Work>
-void forEqualKeys(Side& first, Run a, Side& second, Run b, Work work) {
+void forEqualKeys(Run a, Run b, Work work) {
   while (!a.empty() && !b.empty()) {
-    if (first.key(a[0]) < second.key(b[0])) {
-      first.takeEqual(a);
-    } else if (second.key(b[0]) < first.key(a[0])) {
-      second.takeEqual(b);
+    if (a[0].key < b[0].key) {
+      takeEqual(a);
+    } else if (b[0].key < a[0].key) {
+      takeEqual(b);
     } else {
-      const Run equal = first.takeEqual(a);
-      work(equal, second.takeEqual(b));
+      const Run equal = takeEqual(a);
+      work(equal, takeEqual(b));
     }
   }
 }
 
 void pairInOrder(Side& first, Run a, Side& second, Run b) {
   for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
-    first[a[i]].partner = b[i];
-    second[b[i]].partner = a[i];
+    first[a[i].index].partner = b[i].index;
+    second[b[i].index].partner = a[i].index;
   }
 }
 
 // The items of a run without a partner, in their order.
 Run unpaired(Side& side, Run run) {
   const auto paired = std::ranges::partition(
-      run, [&](Index index) { return side[index].partner == Paired::NOBODY; });
+      run, [&](const Entry& entry) { return side[entry.index].partner == Paired::NOBODY; });
   const Run rest = run.first(run.size() - paired.size());
-  std::ranges::sort(rest);
+  std::ranges::sort(rest, {}, &Entry::index);
   return rest;
 }
 
@@ -122,14 +122,15 @@ void markMoved(std::vector<Paired>& items) {
   for (Index i = 0; i < items.size(); ++i) {
     if (items[i].partner == Paired::NOBODY) continue;
     items[i].isMoved = true;
+    if (ends.empty() || items[ends.back()].partner < items[i].partner) {  // nearly always
+      if (!ends.empty()) before[i] = ends.back();
+      ends.push_back(i);
+      continue;
+    }
     const auto place = std::ranges::lower_bound(ends, items[i].partner, {},
                                                 [&](Index index) { return items[index].partner; });
     if (place != ends.begin()) before[i] = *(place - 1);
-    if (place == ends.end()) {
-      ends.push_back(i);
-    } else {
-      *place = i;
-    }
+    *place = i;
   }
   if (ends.empty()) return;
   for (Index i = ends.back(); i != Paired::NOBODY; i = before[i]) items[i].isMoved = false;
@@ -143,11 +144,11 @@ Pairing pairItems(RawBytes& firstBytes, const Siblings& first, RawBytes& secondB
   {
     Side a(firstBytes, first, level, pairing.first);
     Side b(secondBytes, second, level, pairing.second);
-    forEqualKeys(a, a.all(), b, b.all(), [&](Run ofFirst, Run ofSecond) {
+    forEqualKeys(a.all(), b.all(), [&](Run ofFirst, Run ofSecond) {
       if (ofFirst.size() > 1 || ofSecond.size() > 1) {
         a.digest(ofFirst, budget);
         b.digest(ofSecond, budget);
-        forEqualKeys(a, ofFirst, b, ofSecond, [&](Run x, Run y) { pairInOrder(a, x, b, y); });
+        forEqualKeys(ofFirst, ofSecond, [&](Run x, Run y) { pairInOrder(a, x, b, y); });
         ofFirst = unpaired(a, ofFirst);
         ofSecond = unpaired(b, ofSecond);
       }

@@ -25,7 +25,6 @@ struct Paired {
   static constexpr uint32_t NOBODY = std::numeric_limits<uint32_t>::max();
 
   uint64_t offset = 0;
-  uint64_t key = 0;           // first the name, then the content
   uint32_t partner = NOBODY;  // its index among the other items
   bool isMoved = false;       // set in the first file only
 };
