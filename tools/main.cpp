@@ -25,6 +25,11 @@ chunk id. For a group, a colon and the group id may follow. Ids shorter than fou
 padded with spaces ("fmt" is "fmt "). If several chunks fit a step, a number selects one of them,
 counted from 1: RIFF/LIST[2]/data. In an id, \xHH stands for the byte with that hexadecimal value.
 
+Commands for FILE... work on N files at the same time with --jobs N (or -j N); N is 1 without the
+option, and 0 stands for the number of processors. What a command prints about a file stays
+together, in the order of the files. If one file fails, the others are still worked on, and the exit
+status is the highest one.
+
 A command that changes a file leaves the complete old file or the complete new one. This holds also
 after a signal, a full disk, an I/O error, a power cut or an edit by another program. The edit is
 made in a copy, which replaces the file when it is complete and on the disk. Only --in-place cannot
@@ -46,11 +51,16 @@ void printOverview() {
   std::cout << OVERVIEW_TAIL;
 }
 
+std::string usageOf(const Command& command) {
+  return std::string(command.name)
+      .append(command.synopsis.empty() ? "" : " ")
+      .append(command.synopsis);
+}
+
 void printHelp(const Command& command) {
-  std::cout << "Usage: velmor-core " << command.name << (command.synopsis.empty() ? "" : " ")
-            << command.synopsis << "\n\n"
+  std::cout << "Usage: velmor-core " << usageOf(command) << "\n\n"
             << command.summary << ".\n"
-            << command.help;
+            << command.help << "\nExamples:" << command.examples;
 }
 
 const Command& findCommand(std::string_view name) {
@@ -67,17 +77,28 @@ bool asksForHelp(std::span<const std::string> words) {
                      [](const std::string& word) { return word == "--help" || word == "-h"; });
 }
 
+// Says what is wrong with the words after "velmor-core" or after a command.
+int reportWrongUse(const UsageError& error, const std::string& command = "") {
+  complain(error.what());
+  printMessage("\"velmor-core " + command + (command.empty() ? "" : " ") +
+               "--help\" explains the usage.");
+  return WRONG_USE;
+}
+
 int runCommand(const Command& command, std::span<const std::string> words) {
   if (asksForHelp(words)) {
     printHelp(command);
     return 0;
   }
-  const Arguments arguments(words, command);
-  if (arguments.count() < command.minOperands || arguments.count() > command.maxOperands) {
-    throw UsageError("wrong number of arguments: velmor-core " + std::string(command.name) + " " +
-                     std::string(command.synopsis));
+  try {
+    const Arguments arguments(words, command);
+    if (arguments.count() < command.minOperands || arguments.count() > command.maxOperands) {
+      throw UsageError("wrong number of arguments: velmor-core " + usageOf(command));
+    }
+    return command.run(arguments);
+  } catch (const UsageError& error) {
+    return reportWrongUse(error, std::string(command.name));
   }
-  return command.run(arguments);
 }
 
 int run(std::span<const std::string> words) {
@@ -92,9 +113,11 @@ int run(std::span<const std::string> words) {
     return 0;
   }
   if (first == "help") {
+    if (words.size() > 2) throw UsageError("help takes one command");
     printHelp(findCommand(words[1]));
     return 0;
   }
+  if (first == "complete") return completeWords(COMMANDS, words.subspan(1));
   return runCommand(findCommand(first), words.subspan(1));
 }
 
@@ -115,9 +138,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     return tool::finish(tool::run(words));
   } catch (const tool::UsageError& error) {
-    tool::complain(error.what());
-    tool::printMessage("\"velmor-core --help\" explains the usage.");
-    return 2;
+    return tool::reportWrongUse(error);
   } catch (const std::bad_alloc&) {
     tool::complain("out of memory");
   } catch (const std::exception& error) {

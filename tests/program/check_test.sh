@@ -201,7 +201,7 @@ it_looks_like_PNG \x89PNG\r\n\x1a\n
 it_looks_like_JPEG \xff\xd8\xff\xe0
 it_looks_like_MP4 \x00\x00\x00\x20ftypisom
 it_looks_like_MP3 \xff\xfb\x90\x64
-it_looks_like_RF64,_with_64-bit_sizes RF64\xff\xff\xff\xffWAVE
+it_looks_like_W64,_with_64-bit_sizes riff\x2e\x91\xcf\x11
 it_looks_like_AIFF FORM\x00\x00\x10\x00AIFF
 it_is_empty
 it_holds_only_zeros \x00\x00\x00\x00\x00\x00\x00\x00\x00

@@ -135,7 +135,7 @@ tree_shows_what_stands_there() {
   offset  chunk       data size  total
        0  RIFF:WAVE          52     60
       12    LIST:grp         20     28
-      24      data           32     40  ends 24 bytes past its group
+      24      data           32     40  ends 24 bytes past the end of its group
       40    (zeros)                 20
       60  (no chunk)                 3" "$("$program" tree file)"
   [[ $("$program" tree --json file) == *'"past":24},{"offset":40,"level":1,"zeros":20},{"offset":60,"level":0,"bytes":3}]}' ]] ||

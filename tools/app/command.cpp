@@ -11,6 +11,27 @@
 
 namespace tool {
 
+namespace {
+
+struct OptionWord {
+  std::string name;
+  std::optional<std::string> value;
+};
+
+// "--jobs=4" and "-j4" have the value in the same word.
+OptionWord splitOption(const std::string& word) {
+  constexpr std::size_t SHORT = 2;
+  if (!word.starts_with("--")) {
+    if (word.size() == SHORT) return {word, std::nullopt};
+    return {word.substr(0, SHORT), word.substr(SHORT)};
+  }
+  const std::size_t equals = word.find('=');
+  if (equals == std::string::npos) return {word, std::nullopt};
+  return {word.substr(0, equals), word.substr(equals + 1)};
+}
+
+}  // namespace
+
 Arguments::Arguments(std::span<const std::string> words, const Command& command) {
   bool optionsEnd = false;
   for (std::size_t i = 0; i < words.size(); ++i) {
@@ -20,22 +41,38 @@ Arguments::Arguments(std::span<const std::string> words, const Command& command)
     } else if (optionsEnd || command.dashesAreOperands || word.size() < 2 || word[0] != '-') {
       operands.push_back(word);
     } else {
-      const auto option = std::ranges::find(command.options, word, &Option::name);
-      if (option == command.options.end()) {
-        throw UsageError("unknown option " + word + " (put -- before a value that begins with -)");
-      }
-      if (option->takesValue && i + 1 == words.size()) {
-        throw UsageError("option " + word + " needs a value");
-      }
-      options[word] = option->takesValue ? words[++i] : std::string();
+      i = addOption(words, i, command);
     }
   }
 }
 
+std::size_t Arguments::addOption(std::span<const std::string> words, std::size_t index,
+                                 const Command& command) {
+  const auto [name, attached] = splitOption(words[index]);
+  const auto option = std::ranges::find_if(command.options, [&, &name = name](const Option& each) {
+    return name == each.name || name == each.shortName;
+  });
+  if (option == command.options.end()) {
+    throw UsageError("unknown option " + name + " (put -- before a value that begins with -)");
+  }
+  if (attached && !option->takesValue) throw UsageError("option " + name + " takes no value");
+  if (option->takesValue && !attached && ++index == words.size()) {
+    throw UsageError("option " + name + " needs a value");
+  }
+  std::vector<std::string>& given = options[std::string(option->name)];
+  given.push_back(!option->takesValue ? "" : attached ? *attached : words[index]);
+  return index;
+}
+
 std::optional<std::string> Arguments::value(std::string_view option) const {
+  const std::vector<std::string>& given = values(option);
+  return given.empty() ? std::nullopt : std::optional(given.back());
+}
+
+const std::vector<std::string>& Arguments::values(std::string_view option) const {
+  static const std::vector<std::string> NONE;
   const auto found = options.find(option);
-  if (found == options.end()) return std::nullopt;
-  return found->second;
+  return found == options.end() ? NONE : found->second;
 }
 
 void complain(std::string_view message) {

@@ -9,7 +9,9 @@
 
 namespace tool {
 
-// The command line makes no sense: exit status 2. Thrown before anything has been touched.
+constexpr int WRONG_USE = 2;  // the exit status after UsageError
+
+// The command line makes no sense. Thrown before anything has been touched.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -1,9 +1,11 @@
-// Removes the unfinished file when a signal ends the program.
+// Removes the unfinished file, and ends the workers, when a signal ends the program.
 
 #include "app/signals.h"
 
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstring>
@@ -18,8 +20,9 @@ namespace {
 constexpr std::array ENDING = {SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1,
                                SIGUSR2, SIGVTALRM, SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
 
-// The signal handler reads it. It is changed only while signals are blocked.
+// The signal handler reads them. They are changed only while signals are blocked.
 std::array<char, PATH_MAX> unfinishedFile;
+std::array<pid_t, MAX_WORKERS> workers;  // 0: none
 
 sigset_t endingSignals() {
   sigset_t set;
@@ -31,6 +34,12 @@ sigset_t endingSignals() {
 // The signal's default action has been restored by then, and runs when the handler returns.
 void removeAndEnd(int signal) {
   if (unfinishedFile[0] != '\0') ::unlink(unfinishedFile.data());
+  for (const pid_t worker : workers) {
+    if (worker != 0) ::kill(worker, signal);
+  }
+  for (const pid_t worker : workers) {
+    if (worker != 0) ::waitpid(worker, nullptr, 0);
+  }
   static_cast<void>(::raise(signal));
 }
 
@@ -58,6 +67,12 @@ void setUnfinishedFile(const std::string& path) {
 }
 
 void clearUnfinishedFile() { unfinishedFile[0] = '\0'; }
+
+void addWorker(pid_t worker) { *std::ranges::find(workers, 0) = worker; }
+
+void removeWorker(pid_t worker) { std::ranges::replace(workers, worker, 0); }
+
+void forgetWorkers() { workers.fill(0); }
 
 SignalsWait::SignalsWait() {
   const sigset_t set = endingSignals();

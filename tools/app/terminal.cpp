@@ -54,6 +54,10 @@ class ErrorOutput {
     write("\r", text, CLEAR_TO_END);
     progressIsShown = true;
   }
+  void forget() {
+    const std::lock_guard lock(mutex);
+    progressIsShown = false;
+  }
   void print(std::string_view text) {
     const std::lock_guard lock(mutex);
     write(progressIsShown ? CLEAR_LINE : "", text, "");
@@ -74,6 +78,16 @@ class ErrorOutput {
   bool progressIsShown = false;
 };
 
+// The columns of the terminal that standard error is.
+std::size_t terminalWidth() {
+  constexpr std::size_t USUAL = 80;
+  winsize size{};
+  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : USUAL;
+}
+
+// Whether a byte of UTF-8 continues a character.
+bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
 ErrorOutput& errorOutput() {
   static ErrorOutput output;
   return output;
@@ -81,7 +95,10 @@ ErrorOutput& errorOutput() {
 
 }  // namespace
 
-bool outputIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+bool outputIsTerminal() {
+  static const bool IS_TERMINAL = ::isatty(STDOUT_FILENO) == 1;
+  return IS_TERMINAL;
+}
 
 std::size_t outputWidth() {
   constexpr std::size_t DEFAULT = 80;
@@ -96,8 +113,22 @@ std::size_t outputWidth() {
 
 bool errorsAreSeen() { return ::isatty(STDERR_FILENO) == 1; }
 
-void showProgressLine(std::string_view text) { errorOutput().show(text); }
+void showProgressLine(std::string_view what, std::string_view state) {
+  constexpr std::string_view CUT = "...";
+  const std::size_t width = terminalWidth();
+  std::string line(what);
+  // Counts bytes: no character is wider than its bytes are many.
+  if (line.size() + state.size() >= width) {
+    std::size_t left = width - std::min(width, state.size() + CUT.size() + 1);
+    while (left > 0 && isContinuation(line[left])) --left;
+    line.resize(left);
+    line += CUT;
+  }
+  line.append(state).resize(std::min(line.size(), width - 1));
+  errorOutput().show(line);
+}
 void clearProgressLine() { errorOutput().print(""); }
+void forgetProgressLine() { errorOutput().forget(); }
 void printMessage(std::string_view text) { errorOutput().print(std::string(text).append("\n")); }
 
 std::string styled(Style style, std::string_view text) {

@@ -58,8 +58,10 @@ std::string idText(uint32_t id) {
   return text;
 }
 
+std::string groupName(uint32_t id, uint32_t groupId) { return idText(id) + ":" + idText(groupId); }
+
 std::string nameText(uint32_t id, uint32_t groupId) {
-  return isGroupId(id) ? idText(id) + ":" + idText(groupId) : idText(id);
+  return isGroupId(id) ? groupName(id, groupId) : idText(id);
 }
 
 uint32_t parseId(std::string_view text) {

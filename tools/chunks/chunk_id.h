@@ -24,7 +24,11 @@ bool isPrintable(uint32_t id);
 // is not printable or is special in a path. parseId() gives the same id again.
 std::string idText(uint32_t id);
 
-// "LIST:INFO" for a group, "data" for any other chunk; of a data chunk the group id is not used.
+// "LIST:INFO", for groups only.
+std::string groupName(uint32_t id, uint32_t groupId);
+
+// "LIST:INFO" for a group, "data" for any other chunk; of a data chunk the group id is not used. In
+// files that may be RF64 or RIFX, RawChunk::name() knows the groups.
 std::string nameText(uint32_t id, uint32_t groupId);
 
 // The id that a text stands for; throws UsageError unless it has one to four characters.

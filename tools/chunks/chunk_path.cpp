@@ -45,6 +45,8 @@ void throwMissing(const PathStep& step, const std::string& place) {
 }
 
 ChunkPath::ChunkPath(std::string_view text) : typed(text) {
+  while (text.starts_with('/')) text.remove_prefix(1);
+  while (text.ends_with('/')) text.remove_suffix(1);
   for (std::size_t begin = 0; begin <= text.size();) {
     const std::size_t end = std::min(text.find('/', begin), text.size());
     steps.push_back(parseStep(text.substr(begin, end - begin)));

@@ -31,7 +31,7 @@ struct PathStep {
 
 class ChunkPath {
  public:
-  // Throws UsageError for a text that is no path.
+  // Slashes at the start and the end have no meaning. Throws UsageError for a text that is no path.
   explicit ChunkPath(std::string_view text);
 
   const std::string& text() const { return typed; }

@@ -37,9 +37,6 @@ constexpr std::array SIGNATURES = {
     Signature{8, "AIFC", "AIFF"},
     Signature{0, "FORM", "IFF, with big-endian sizes"},
     Signature{0, "riff\x2e\x91\xcf\x11", "W64, with 64-bit sizes"},
-    Signature{0, "RIFX", "RIFX, with big-endian sizes"},
-    Signature{0, "RF64", "RF64, with 64-bit sizes"},
-    Signature{0, "BW64", "BW64, with 64-bit sizes"},
     Signature{0, "PK\x03\x04", "ZIP"},
     Signature{0, "%PDF", "PDF"},
     Signature{0, "#!", "a script"},
@@ -77,7 +74,7 @@ std::optional<std::string> foreignKind(RawBytes& bytes) {
   const uint64_t count = std::min<uint64_t>(start.size(), bytes.size());
   bytes.copy(start.data(), count, 0);
   const std::string_view first(start.data(), count);
-  if (first.starts_with("RIFF")) return std::nullopt;
+  if (first.starts_with("RIFF") || bytes.format().riffId() != ID_RIFF) return std::nullopt;
   const std::string text = "not a RIFF file: ";
   if (first.empty()) return text + "it is empty";
   if (std::ranges::all_of(first, [](char byte) { return byte == 0; })) {
@@ -92,6 +89,15 @@ std::optional<std::string> foreignKind(RawBytes& bytes) {
 
 void requireRiff(const std::string& name, RawBytes& bytes) {
   if (const auto kind = foreignKind(bytes)) throw Failure(name, *kind);
+}
+
+void requireEditable(const std::string& name, RawBytes& bytes) {
+  requireRiff(name, bytes);
+  const HeaderFormat& format = bytes.format();
+  if (format.riffId() == ID_RIFF) return;
+  throw Failure(name, "is a file of the kind " + idText(format.riffId()) + ", with " +
+                          (format.isWide() ? "64-bit" : "big-endian") +
+                          " sizes: velmor-core reads it, but does not change it");
 }
 
 }  // namespace tool

@@ -9,13 +9,16 @@
 
 namespace tool {
 
-// Nothing for a RIFF file, which begins with "RIFF". For any other file, a text that says what it
-// looks like: "not a RIFF file: it looks like PNG".
+// Nothing for a RIFF file, which begins with "RIFF", "RIFX", "RF64" or "BW64". For any other file,
+// a text that says what it looks like: "not a RIFF file: it looks like PNG".
 std::optional<std::string> foreignKind(RawBytes& bytes);
 
-// Throws Failure with that text unless the bytes are a RIFF file's. The commands that read or
-// change chunks call this before anything else.
+// Throws Failure with that text unless the bytes are a RIFF file's. The commands that read chunks
+// call this before anything else.
 void requireRiff(const std::string& name, RawBytes& bytes);
+
+// The same for the commands that change chunks. Only a file that begins with "RIFF" can be changed.
+void requireEditable(const std::string& name, RawBytes& bytes);
 
 }  // namespace tool
 

@@ -27,14 +27,13 @@ std::string HeaderWalk::path() const {
       i = groups.size() - SHOWN;
     }
     if (i > 0) text += '/';
-    text += nameText(groups[i].id, groups[i].groupId);
+    text += groupName(groups[i].id, groups[i].groupId);
   }
   return text;
 }
 
 std::string HeaderWalk::path(const RawChunk& chunk) const {
-  const std::string name = nameText(chunk.id, chunk.groupId);
-  return groups.empty() ? name : path() + "/" + name;
+  return groups.empty() ? chunk.name() : path() + "/" + chunk.name();
 }
 
 }  // namespace tool

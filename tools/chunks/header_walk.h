@@ -17,7 +17,7 @@ struct OpenGroup {
   uint64_t limit = 0;  // where the search for its children ends: at most at the end of the file
   uint32_t id = 0;
   uint32_t groupId = 0;
-  uint32_t dataSize = 0;
+  uint64_t dataSize = 0;
   bool isOpenEnded = false;  // its size does not tell where it ends
 
   uint64_t dataOffset() const { return offset + HEADER_SIZE; }

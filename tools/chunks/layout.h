@@ -1,4 +1,4 @@
-// How chunks lie in a file: sizes of headers, padding, little-endian numbers.
+// How chunks lie in a file: sizes of headers, padding, numbers in both byte orders.
 #ifndef VELMOR_CORE_TOOLS_CHUNKS_LAYOUT_H
 #define VELMOR_CORE_TOOLS_CHUNKS_LAYOUT_H
 
@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 namespace tool {
 
@@ -28,6 +29,21 @@ constexpr uint32_t littleEndian32(const uint8_t* bytes) {
 
 constexpr uint64_t littleEndian64(const uint8_t* bytes) {
   return littleEndian32(bytes) | static_cast<uint64_t>(littleEndian32(bytes + 4)) << 32;
+}
+
+constexpr uint32_t bigEndian32(const uint8_t* bytes) {
+  return VELMOR_CORE_RIFF_ID(bytes[3], bytes[2], bytes[1], bytes[0]);
+}
+
+enum class ByteOrder { LITTLE, BIG };
+
+// An unsigned number of up to 8 bytes.
+constexpr uint64_t numberIn(std::span<const uint8_t> bytes, ByteOrder order) {
+  uint64_t number = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    number = number << 8 | bytes[order == ByteOrder::BIG ? i : bytes.size() - 1 - i];
+  }
+  return number;
 }
 
 constexpr std::array<uint8_t, 4> littleEndianBytes(uint32_t number) {

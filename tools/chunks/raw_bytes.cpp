@@ -24,19 +24,31 @@ std::size_t leadingZeros(std::span<const std::byte> bytes) {
 
 }  // namespace
 
+RawBytes::RawBytes(const File& file)
+    : file(&file), stored(file.size()), length(stored), headers(readFormat()) {}
+
+RawBytes::RawBytes(std::span<const char> memory)
+    : memory(memory), stored(memory.size()), length(stored), headers(readFormat()) {}
+
+HeaderFormat RawBytes::readFormat() const {
+  return HeaderFormat(
+      [this](void* to, uint64_t count, uint64_t offset) { copy(to, count, offset); });
+}
+
 RawChunk RawBytes::chunkAt(uint64_t offset) {
-  const uint8_t* header = bytesAt(offset, GROUP_HEADER_SIZE);
-  RawChunk chunk;
-  chunk.id = littleEndian32(header);
-  chunk.dataSize = littleEndian32(header + 4);
-  chunk.groupId = littleEndian32(header + HEADER_SIZE);
-  chunk.offset = offset;
+  RawChunk chunk = headers.chunk(bytesAt(offset, GROUP_HEADER_SIZE), offset);
   const auto patch = std::ranges::lower_bound(patches, offset, {}, &Patch::offset);
   if (patch != patches.end() && patch->offset == offset) chunk.dataSize = patch->dataSize;
   return chunk;
 }
 
 uint8_t RawBytes::byteAt(uint64_t offset) { return *bytesAt(offset, 1); }
+
+uint64_t RawBytes::number(uint64_t offset, uint64_t size) const {
+  std::array<uint8_t, sizeof(uint64_t)> bytes{};
+  copy(bytes.data(), size, offset);
+  return numberIn(std::span(bytes).first(size), order());
+}
 
 void RawBytes::copy(void* to, uint64_t count, uint64_t offset) const {
   const uint64_t there = offset < stored ? std::min(count, stored - offset) : 0;

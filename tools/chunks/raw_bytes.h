@@ -7,34 +7,24 @@
 #include <span>
 #include <vector>
 
-#include "chunks/chunk_id.h"
-#include "chunks/layout.h"
+#include "chunks/header_format.h"
+#include "chunks/raw_chunk.h"
 #include "file/file.h"
 
 namespace tool {
-
-// A chunk as its header states it. It may end anywhere, also past the end of the file.
-struct RawChunk {
-  uint32_t id = 0;
-  uint32_t groupId = 0;  // the four bytes after the header; of groups, the group id
-  uint32_t dataSize = 0;
-  uint64_t offset = 0;  // of the header, from the file's first byte
-
-  uint64_t dataOffset() const { return offset + HEADER_SIZE; }
-  uint64_t dataEnd() const { return dataOffset() + dataSize; }
-  uint64_t end() const { return dataOffset() + padded(dataSize); }
-  bool isGroup() const { return isGroupId(id); }
-};
 
 // The bytes of a file or of memory, which has to outlive this. Keeps the last few KiB that were
 // read, so a header near the previous one needs no system call.
 class RawBytes {
  public:
-  explicit RawBytes(const File& file) : file(&file), stored(file.size()), length(stored) {}
-  explicit RawBytes(std::span<const char> memory)
-      : memory(memory), stored(memory.size()), length(stored) {}
+  explicit RawBytes(const File& file);
+  explicit RawBytes(std::span<const char> memory);
 
   uint64_t size() const { return length; }
+  // How the headers store sizes.
+  const HeaderFormat& format() const { return headers; }
+  // The byte order of all numbers in the file.
+  ByteOrder order() const { return headers.order(); }
 
   // Another size for one chunk.
   struct Patch {
@@ -52,6 +42,10 @@ class RawBytes {
   // The chunk whose header is at an offset. Bytes past the end of the file read as 0.
   RawChunk chunkAt(uint64_t offset);
   uint8_t byteAt(uint64_t offset);
+  // Numbers in the file's byte order.
+  uint16_t number16(uint64_t offset) const { return static_cast<uint16_t>(number(offset, 2)); }
+  uint32_t number32(uint64_t offset) const { return static_cast<uint32_t>(number(offset, 4)); }
+  uint64_t number64(uint64_t offset) const { return number(offset, 8); }
   // Copies bytes. Those past the end of the file are 0. Throws Failure if the file became shorter.
   void copy(void* to, uint64_t count, uint64_t offset) const;
   // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
@@ -63,12 +57,15 @@ class RawBytes {
   static constexpr std::size_t WINDOW = 4096;
   // `count` bytes at an offset, WINDOW at most. They are valid until the next call that reads.
   const uint8_t* bytesAt(uint64_t offset, uint64_t count);
+  uint64_t number(uint64_t offset, uint64_t size) const;
+  HeaderFormat readFormat() const;
 
  private:
   const File* file = nullptr;  // or null, for memory
   std::span<const char> memory;
   uint64_t stored;  // bytes in the file or memory
   uint64_t length;
+  HeaderFormat headers;
   std::vector<Patch> patches;
   uint64_t windowOffset = 0;
   uint64_t windowSize = 0;

@@ -21,7 +21,7 @@ class RawNode {
   bool isGroup() const { return isRoot || raw.isGroup(); }
   uint32_t id() const { return raw.id; }
   uint32_t groupId() const { return raw.groupId; }
-  std::string name() const { return nameText(raw.id, raw.groupId); }
+  std::string name() const { return raw.name(); }
   RawNode firstChild() const;
   RawNode next() const;
 

@@ -1,16 +1,22 @@
 // velmor-core check and verify
 
-#include <algorithm>
+#include <array>
 #include <iostream>
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
+#include "app/json.h"
 #include "app/text.h"
 #include "verdict/survey.h"
 
 namespace tool {
 
 namespace {
+
+constexpr Option QUIET{"--quiet", false, "-q"};
+constexpr std::array OPTIONS = {QUIET, JSON, JOBS};
+constexpr std::array VERIFY_OPTIONS = {JOBS};
 
 enum Status { CLEAN = 0, DAMAGED = 1, UNREADABLE = 3 };
 
@@ -20,7 +26,9 @@ void printSound(const std::string& file, const Survey& survey) {
   std::cout << '\n';
 }
 
-Status checkFile(const std::string& file) {
+Status statusOf(const Survey& survey) { return survey.damages > 0 ? DAMAGED : CLEAN; }
+
+Status reportAll(const std::string& file) {
   uint64_t shown = 0;
   const Survey survey = surveyFile(file, [&](const Finding& finding) {
     ++shown;
@@ -29,40 +37,59 @@ Status checkFile(const std::string& file) {
   if (const uint64_t all = survey.damages + survey.warnings; all > shown) {
     complain(file + ": " + counted(all - shown, "more finding"));
   }
-  if (survey.damages > 0) return DAMAGED;
-  printSound(file, survey);
-  return CLEAN;
+  if (survey.damages == 0) printSound(file, survey);
+  return statusOf(survey);
 }
 
-int runCheck(const Arguments& arguments) {
-  Status status = CLEAN;
-  for (const std::string& file : arguments.all()) {
-    try {
-      status = std::max(status, checkFile(file));
-    } catch (const Failure& failure) {
-      complain(failure.what());
-      status = UNREADABLE;
-    }
-  }
-  return status;
-}
-
-void verifyFile(const std::string& file) {
+Status reportFirst(const std::string& file) {
   std::optional<Finding> first;
   const Survey survey = surveyFile(file, [&](const Finding& finding) {
     if (!first && !finding.isWarning()) first = finding;
   });
-  if (first) throw Failure(file, findingText(*first));
-  std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk") << '\n';
+  if (first) {
+    complain(file + ": " + findingText(*first));
+  } else {
+    std::cout << printable(file) << ": sound, " << counted(survey.chunks, "chunk") << '\n';
+  }
+  return statusOf(survey);
 }
 
-int runVerify(const Arguments& arguments) { return forEach(arguments.all(), verifyFile); }
+std::string findingJson(const Finding& finding) {
+  std::string json = "{\"offset\":";
+  json.append(std::to_string(finding.offset)).append(",\"severity\":");
+  if (finding.isWarning()) {
+    json += "\"warning\"";
+  } else {
+    json.append("\"damage\",\"repairable\":").append(finding.isDoubtful() ? "false" : "true");
+  }
+  return json.append(",\"text\":").append(quoted(finding.what)).append("}");
+}
+
+Status printFindings(const std::string& file) {
+  std::string findings;
+  const Survey survey = surveyFile(file, [&](const Finding& finding) {
+    findings.append(findings.empty() ? "" : ",").append(findingJson(finding));
+  });
+  std::cout << jsonStart("check", file) << ",\"size\":" << survey.fileSize
+            << ",\"chunks\":" << survey.chunks << ",\"damages\":" << survey.damages
+            << ",\"warnings\":" << survey.warnings << ",\"findings\":[" << findings << "]}\n";
+  return statusOf(survey);
+}
+
+int runCheck(const Arguments& arguments) {
+  const bool quiet = arguments.has(QUIET.name);
+  const bool json = arguments.has(JSON.name);
+  if (quiet && json) throw UsageError("--quiet and --json exclude each other");
+  return forEachFile(arguments, json ? printFindings : quiet ? reportFirst : reportAll, UNREADABLE);
+}
+
+int runVerify(const Arguments& arguments) { return forEachFile(arguments, reportFirst, DAMAGED); }
 
 }  // namespace
 
 const Command CHECK = {
     .name = "check",
-    .synopsis = "FILE...",
+    .synopsis = "[--quiet | --json] [--jobs N] FILE...",
     .summary = "Report everything that is wrong with files, and where",
     .help = R"(
 Reads the headers of each file and reports what is wrong. It also reads files that the editing
@@ -88,26 +115,43 @@ These findings are warnings, since other programs read such files without troubl
 The data of chunks is not decoded: a file with damaged audio or pictures may still be "sound" here.
 Several RIFF groups, and other chunks at the top level, are allowed.
 
+-q, --quiet   print one line for each file: its first damage, or that it is sound; no warnings
+--jobs N      check N files at the same time; see "velmor-core --help"
+--json        print one JSON object for each file that can be read, each on a line of its own:
+                {"version":1,"command":"check","file":"a.wav","size":8124,"chunks":7,"damages":1,
+                 "warnings":1,"findings":[{"offset":36,"severity":"damage","repairable":true,
+                 "text":"..."},{"offset":51,"severity":"warning","text":"..."}]}
+              All findings are counted; of very many, only the first are in the list.
+
 Exit status: 0 all files are sound (perhaps with warnings), 1 one is damaged, 3 one cannot be read.
 "velmor-core repair --help" says what can be repaired.
 )",
+    .examples = R"(
+  velmor-core check song.wav
+  velmor-core check --quiet --jobs 0 *.wav *.avi
+  velmor-core check --json song.wav >findings.json
+)",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
-    .options = {},
+    .options = OPTIONS,
     .run = runCheck,
 };
 
 const Command VERIFY = {
     .name = "verify",
-    .synopsis = "FILE...",
-    .summary = "Report the first damage in files: the short form of check",
+    .synopsis = "[--jobs N] FILE...",
+    .summary = "Report the first damage in files: the same as check --quiet",
     .help = R"(
-Checks each file as "velmor-core check" does, but reports only its first finding that is no warning.
-Exit status: 0 if all files are sound, 1 otherwise.
+Prints the same as "velmor-core check --quiet": one line for each file.
+"--jobs N" checks N files at the same time; see "velmor-core --help".
+Exit status: 0 if all files are sound, 1 otherwise, also if a file cannot be read.
+)",
+    .examples = R"(
+  velmor-core verify *.wav
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
-    .options = {},
+    .options = VERIFY_OPTIONS,
     .run = runVerify,
 };
 

@@ -17,7 +17,6 @@ namespace tool {
 
 namespace {
 
-constexpr Option JSON{"--json"};
 constexpr Option QUIET{"--quiet"};
 constexpr Option ANY{"--any"};
 constexpr std::array OPTIONS = {JSON, QUIET, ANY};
@@ -150,6 +149,11 @@ too. Data is read only where chunks have the same size, and holes of sparse file
           have "differsAt".
 
 Exit status: 0 nothing differs, 1 something differs, 2 wrong use, or a file cannot be read.
+)",
+    .examples = R"(
+  velmor-core remove song.wav RIFF/LIST -o bare.wav
+  velmor-core diff song.wav bare.wav || echo "they differ"
+  velmor-core diff --json song.wav song.wav
 )",
     .minOperands = 2,
     .maxOperands = 2,

@@ -95,8 +95,10 @@ the file meanwhile, the edit fails and the file stays as that program left it.
              beside the file during the edit, so the folder must allow new files. If the edit was
              interrupted, the marker stays, and the commands that read chunks refuse the file by
              this name until you remove the marker.
-
+)",
+    .examples = R"(
   velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+  velmor-core set song.wav RIFF:WAVE/data @edited.raw -o new.wav
 )",
     .minOperands = 3,
     .maxOperands = 3,
@@ -113,9 +115,11 @@ The last step of PATH names the new chunk; the steps before it name its group. T
 space (JUNK) of the group if it fits there, and is appended to the group otherwise. If the last step
 has a group id, an empty group is appended, and no value is given. See "velmor-core set --help" for
 values and options.
-
-  velmor-core add song.wav RIFF:WAVE/LIST:INFO
-  velmor-core add song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+)",
+    .examples = R"(
+  velmor-core add song.wav RIFF:WAVE/LIST:INFO/ICOP "In the public domain"
+  velmor-core add tone.wav RIFF:WAVE/LIST:INFO
+  velmor-core add tone.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
 )",
     .minOperands = 2,
     .maxOperands = 3,
@@ -131,6 +135,10 @@ const Command REMOVE = {
 All bytes after the chunk move towards the start of the file. See "velmor-core set --help" for the
 options.
 )",
+    .examples = R"(
+  velmor-core remove song.wav RIFF:WAVE/LIST:INFO/ICMT
+  velmor-core remove --dry-run clip.avi RIFF:AVI/LIST:INFO
+)",
     .minOperands = 2,
     .maxOperands = 2,
     .options = EDIT_OPTIONS,
@@ -144,6 +152,9 @@ const Command RECYCLE = {
     .help = R"(
 Free chunks directly before and after it are merged with it, and "add" can reuse the space. The data
 stays in the file until it is overwritten. See "velmor-core set --help" for the options.
+)",
+    .examples = R"(
+  velmor-core recycle song.wav RIFF:WAVE/LIST:INFO/ICMT
 )",
     .minOperands = 2,
     .maxOperands = 2,

@@ -41,7 +41,7 @@ class Data {
       block.resize(std::min(size - done, BLOCK));
       file.readAll(block.data(), block.size(), chunk.dataOffset() + done);
       write(block.data(), block.size());
-      progress.at(done);
+      progress.at(done + block.size());
     }
   }
 
@@ -138,8 +138,10 @@ written too.
 
 -o OUTPUT   write to this file; it appears under this name only when complete
 --force     replace OUTPUT if it exists; without -o, print bytes that may confuse the terminal
-
+)",
+    .examples = R"(
   velmor-core extract song.wav RIFF:WAVE/data -o samples.raw
+  velmor-core extract song.wav RIFF:WAVE/LIST:INFO/INAM
 )",
     .minOperands = 2,
     .maxOperands = 2,

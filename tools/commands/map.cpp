@@ -7,8 +7,10 @@
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "app/terminal.h"
 #include "chunks/file_kind.h"
+#include "editing/editing.h"
 #include "file/new_file.h"
 #include "file/original.h"
 
@@ -16,11 +18,8 @@ namespace tool {
 
 namespace {
 
-constexpr Option JSON{"--json"};
 constexpr Option ANY{"--any"};
-constexpr Option OUTPUT{"-o", true};
-constexpr Option FORCE{"--force"};
-constexpr std::array OPTIONS = {JSON, ANY, OUTPUT, FORCE};
+constexpr std::array OPTIONS = {JSON, ANY, JOBS, OUTPUT, FORCE};
 
 Map mapOf(const std::string& name, uint64_t columns, bool isAny) {
   const Original original(name, Original::LOOK);
@@ -53,13 +52,14 @@ int runMap(const Arguments& arguments) {
   if (const auto output = arguments.value(OUTPUT.name)) return drawMap(arguments, *output);
   const bool isJson = arguments.has(JSON.name);
   const std::size_t width = outputWidth();
-  return forEach(arguments.all(), [&](const std::string& name) {
+  return forEachFile(arguments, [&](const std::string& name) {
     const Map map = mapOf(name, isJson ? PICTURE_COLUMNS : width, arguments.has(ANY.name));
     if (isJson) {
       printMapJson(map);
     } else {
       printMap(map, width);
     }
+    return 0;
   });
 }
 
@@ -67,7 +67,7 @@ int runMap(const Arguments& arguments) {
 
 const Command MAP = {
     .name = "map",
-    .synopsis = "[--json] [--any] [-o OUTPUT [--force]] FILE...",
+    .synopsis = "[--json] [--any] [--jobs N] [-o OUTPUT [--force]] FILE...",
     .summary = "Show where the bytes of files are, also as a picture",
     .help = R"(
 Draws each file as rows of boxes, from its first byte on the left to its last on the right. The
@@ -80,13 +80,16 @@ with "?". Rows below the 12th are left out.
 -o OUTPUT   draw the map of one file as a picture (OUTPUT ends in .svg) or as a web page (.html); a
             browser shows the ids, offsets and sizes of the box under the mouse pointer
 --force     replace OUTPUT if it exists
+--jobs N    read N files at the same time; see "velmor-core --help"
 --any       draw any file, even one that is no RIFF file, as if it were made of chunks
 --json      print one JSON object for each file, each on a line of its own:
               {"version":1,"command":"map","file":"a.wav","size":52,"boxes":[{"level":0,"offset":0,
                "size":52,"kind":"group","count":1,"name":"RIFF:WAVE"},...],"summary":[...],...
             "count" is the number of chunks in a box, "kind" and "name" belong to most of its
             bytes. "summary" and "others" are as with "tree --summary".
-
+)",
+    .examples = R"(
+  velmor-core map clip.avi
   velmor-core map clip.avi -o clip.svg
 )",
     .minOperands = 1,

@@ -55,6 +55,10 @@ const Command NUM = {
 Prints each value as a double. If it fits into 64 bits, also prints it truncated to a signed and to
 an unsigned integer. Integers from 2^63 on wrap around: double and signed integer are negative.
 )",
+    .examples = R"(
+  velmor-core num 4k7
+  velmor-core num "(1+2)*3Ki" -5
+)",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,
     .options = {},

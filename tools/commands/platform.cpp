@@ -90,6 +90,9 @@ const Command CPU = {
 Prints the number of processors online, the size of the physical memory and the instruction-set
 features. Use avx512 features other than F, DQ and BW only if avx512f is listed too.
 )",
+    .examples = R"(
+  velmor-core cpu
+)",
     .minOperands = 0,
     .maxOperands = 0,
     .options = {},
@@ -101,6 +104,9 @@ const Command VERSION = {
     .synopsis = "",
     .summary = "Show the version of the library",
     .help = "",
+    .examples = R"(
+  velmor-core version
+)",
     .minOperands = 0,
     .maxOperands = 0,
     .options = {},

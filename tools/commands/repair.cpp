@@ -7,6 +7,7 @@
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "app/progress.h"
 #include "app/text.h"
 #include "chunks/file_kind.h"
@@ -18,12 +19,12 @@ namespace tool {
 
 namespace {
 
-constexpr Option OUTPUT{"-o", true};
+constexpr Option OUTPUT{"--output", true, "-o"};
 constexpr Option FORCE{"--force"};
 constexpr Option IN_PLACE{"--in-place"};
 constexpr Option KEEP_TRAILING{"--keep-trailing"};
 constexpr Option DROP_TRAILING{"--drop-trailing"};
-constexpr std::array OPTIONS = {OUTPUT, FORCE, IN_PLACE, KEEP_TRAILING, DROP_TRAILING};
+constexpr std::array OPTIONS = {OUTPUT, FORCE, IN_PLACE, KEEP_TRAILING, DROP_TRAILING, JOBS};
 
 constexpr uint32_t ID_TAIL = VELMOR_CORE_RIFF_ID('t', 'a', 'i', 'l');
 // A header for bytes that belong to no chunk, and a pad byte.
@@ -120,12 +121,15 @@ std::string repairedName(const std::string& file) {
 struct Wishes {
   bool keepTrailing;
   bool dropTrailing;
+  bool inPlace;
+  bool mayReplaceOutput;
+  std::optional<std::string> output;
 };
 
 // Surveys a file and prints its warnings, which are not repaired. Throws Failure if any damage has
 // no single right repair, unless the options say what to do with it.
 Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes& wishes) {
-  requireRiff(file, bytes);
+  requireEditable(file, bytes);
   constexpr std::size_t SHOWN = 100;
   std::vector<Finding> doubts;
   Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
@@ -174,27 +178,19 @@ void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& sur
   requireSound(file, bytes);
 }
 
-int runRepair(const Arguments& arguments) {
-  const std::string& file = arguments[0];
-  const std::optional<std::string> output = arguments.value(OUTPUT.name);
-  const Wishes wishes{arguments.has(KEEP_TRAILING.name), arguments.has(DROP_TRAILING.name)};
-  const bool inPlace = arguments.has(IN_PLACE.name);
-  if (output && inPlace) throw UsageError("-o and --in-place exclude each other");
-  if (wishes.keepTrailing && wishes.dropTrailing) {
-    throw UsageError("--keep-trailing and --drop-trailing exclude each other");
-  }
-  const Original original(file, inPlace ? Original::EDIT : Original::COPY);
+int repairFile(const std::string& file, const Wishes& wishes) {
+  const Original original(file, wishes.inPlace ? Original::EDIT : Original::COPY);
   RawBytes bytes(original.get());
   const Survey survey = requireRepairable(file, bytes, wishes);
   const bool nothingToDo = survey.plan.isEmpty(survey.fileSize);
-  if (nothingToDo && !output) {
+  if (nothingToDo && !wishes.output) {
     std::cout << printable(file) << ": sound, nothing to repair\n";
     return 0;
   }
   requireGoodPlan(file, bytes, survey, wishes);
-  const std::string name = inPlace ? file : output.value_or(repairedName(file));
-  const auto target = inPlace ? editInPlace(original, ROOM, "repair")
-                              : writeOutput(original, name, arguments.has(FORCE.name));
+  const std::string name = wishes.inPlace ? file : wishes.output.value_or(repairedName(file));
+  const auto target = wishes.inPlace ? editInPlace(original, ROOM, "repair")
+                                     : writeOutput(original, name, wishes.mayReplaceOutput);
   const Repairer repairer(survey, wishes.dropTrailing);
   try {
     target->begin();
@@ -212,12 +208,25 @@ int runRepair(const Arguments& arguments) {
   return 0;
 }
 
+int runRepair(const Arguments& arguments) {
+  const Wishes wishes{arguments.has(KEEP_TRAILING.name), arguments.has(DROP_TRAILING.name),
+                      arguments.has(IN_PLACE.name), arguments.has(FORCE.name),
+                      arguments.value(OUTPUT.name)};
+  if (wishes.output && wishes.inPlace) throw UsageError("-o and --in-place exclude each other");
+  if (wishes.output && arguments.count() > 1) throw UsageError("-o goes with one FILE");
+  if (wishes.keepTrailing && wishes.dropTrailing) {
+    throw UsageError("--keep-trailing and --drop-trailing exclude each other");
+  }
+  return forEachFile(arguments, [&](const std::string& file) { return repairFile(file, wishes); });
+}
+
 }  // namespace
 
 const Command REPAIR = {
     .name = "repair",
-    .synopsis = "FILE [-o OUTPUT [--force] | --in-place] [--keep-trailing | --drop-trailing]",
-    .summary = "Write a repaired copy of a file, if there is only one right repair",
+    .synopsis =
+        "FILE... [-o OUTPUT [--force] | --in-place] [--keep-trailing | --drop-trailing] [--jobs N]",
+    .summary = "Write repaired copies of files, where there is only one right repair",
     .help = R"(
 Corrects the size fields of streams that were never finished, of chunks that are cut short by the
 end of the file, and of the groups that hold them. Adds a pad byte that is missing at the end. A
@@ -232,15 +241,20 @@ Two kinds of bytes after the last chunk are kept in a top-level chunk "tail" at 
 tags (ID3v1, ID3v2, APE), and a chunk header that is cut short by the end of the file. For other
 bytes you have to decide: they may be data of the last chunk, left there by an interrupted edit.
 
--o OUTPUT         write to this file, even if there is nothing to repair; without -o, the copy of
-                  song.wav is song.repaired.wav
+-o OUTPUT         write to this file, even if there is nothing to repair; for one FILE only. Without
+                  -o, the copy of song.wav is song.repaired.wav
 --force           replace OUTPUT or the repaired copy if it exists
 --in-place        write to the file itself; see "velmor-core set --help"
 --keep-trailing   keep any bytes after the last chunk, in a chunk "tail"
 --drop-trailing   drop any bytes after the last chunk
+--jobs N          repair N files at the same time; see "velmor-core --help"
+)",
+    .examples = R"(
+  velmor-core repair cut.wav
+  velmor-core repair --in-place --jobs 4 *.wav
 )",
     .minOperands = 1,
-    .maxOperands = 1,
+    .maxOperands = ANY_NUMBER,
     .options = OPTIONS,
     .run = runRepair,
 };

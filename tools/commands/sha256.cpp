@@ -3,12 +3,14 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <array>
 #include <iostream>
 #include <optional>
 #include <velmor_core/hash.hpp>
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "app/progress.h"
 #include "app/terminal.h"
 #include "app/text.h"
@@ -20,6 +22,8 @@ namespace tool {
 namespace {
 
 using velmor_core::Sha256;
+
+constexpr std::array OPTIONS = {JOBS};
 
 // None unless the descriptor is at the start of a regular file that can be mapped. Files that the
 // system makes up, such as those in /proc, look empty, and are read instead.
@@ -70,31 +74,36 @@ void printLine(std::string_view digits, const std::string& name) {
   std::cout << digits << "  " << (outputIsTerminal() ? printable(shown) : shown) << '\n';
 }
 
-void hashFile(const std::string& name) {
+int hashFile(const std::string& name) {
   std::string digits;
   for (const uint8_t byte : digestOf(name)) digits += hexDigits(byte);
   printLine(digits, name);
+  return 0;
 }
 
 int runSha256(const Arguments& arguments) {
-  if (arguments.count() > 0) return forEach(arguments.all(), hashFile);
-  hashFile("-");
-  return 0;
+  if (arguments.count() > 0) return forEachFile(arguments, hashFile);
+  return hashFile("-");
 }
 
 }  // namespace
 
 const Command SHA256 = {
     .name = "sha256",
-    .synopsis = "[FILE...]",
+    .synopsis = "[--jobs N] [FILE...]",
     .summary = "Print SHA-256 digests, in the form that \"sha256sum -c\" reads",
     .help = R"(
 Without a FILE, or if it is "-", standard input is hashed. Files are mapped, so large ones need no
 memory. Input from a pipe is held in memory.
+"--jobs N" hashes N files at the same time; see "velmor-core --help".
+)",
+    .examples = R"(
+  velmor-core sha256 --jobs 4 *.wav >sums
+  sha256sum --check sums
 )",
     .minOperands = 0,
     .maxOperands = ANY_NUMBER,
-    .options = {},
+    .options = OPTIONS,
     .run = runSha256,
 };
 

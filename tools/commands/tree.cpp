@@ -8,6 +8,7 @@
 
 #include "app/command.h"
 #include "app/errors.h"
+#include "app/jobs.h"
 #include "chunks/chunk_path.h"
 #include "chunks/file_kind.h"
 #include "file/original.h"
@@ -17,12 +18,11 @@ namespace tool {
 
 namespace {
 
-constexpr Option JSON{"--json"};
 constexpr Option PATH{"--path", true};
 constexpr Option ANY{"--any"};
 constexpr Option DEPTH{"--depth", true};
 constexpr Option SUMMARY{"--summary"};
-constexpr std::array OPTIONS = {JSON, PATH, ANY, DEPTH, SUMMARY};
+constexpr std::array OPTIONS = {JSON, PATH, ANY, JOBS, DEPTH, SUMMARY};
 
 uint64_t depthOf(const Arguments& arguments) {
   const auto text = arguments.value(DEPTH.name);
@@ -42,7 +42,7 @@ int runTree(const Arguments& arguments) {
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const uint64_t depth = depthOf(arguments);
   const bool isJson = arguments.has(JSON.name);
-  return forEach(arguments.all(), [&](const std::string& file) {
+  return forEachFile(arguments, [&](const std::string& file) {
     const Original original(file, Original::LOOK);
     RawBytes bytes(original.get());
     if (!arguments.has(ANY.name)) requireRiff(file, bytes);
@@ -57,6 +57,7 @@ int runTree(const Arguments& arguments) {
     } catch (const Failure& failure) {
       throw Failure(file, failure.what());
     }
+    return 0;
   });
 }
 
@@ -64,7 +65,7 @@ int runTree(const Arguments& arguments) {
 
 const Command TREE = {
     .name = "tree",
-    .synopsis = "[--json] [--any] [--path PATH] [--depth N | --summary] FILE...",
+    .synopsis = "[--json] [--any] [--path PATH] [--depth N | --summary] [--jobs N] FILE...",
     .summary = "Show the chunks of files as trees",
     .help = R"(
 Each line shows one chunk, in four columns: the offset of its header in the file; its id, and for a
@@ -78,6 +79,7 @@ that ends past the end of its group. The line (zeros) shows a run of zeros, the 
 other bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
 
 --path PATH   show only this chunk and the chunks in it; offsets still count from the file's start
+--jobs N      read N files at the same time; see "velmor-core --help"
 --any         show any file, even one that is no RIFF file, as if it were made of chunks
 --depth N     show N levels; a remark says how many deeper chunks a group has
 --summary     show one line for each id: how many chunks have it, their bytes with headers and pad
@@ -97,6 +99,12 @@ other bytes that belong to no chunk. "velmor-core check" says what is wrong with
                 "summary":[{"kind":"data","id":"data","count":1,"bytes":8,"offset":36},...],
                 "others":{"count":0,"bytes":0}
               "kind" is "group", "data", "free", "zeros" or "bytes".
+)",
+    .examples = R"(
+  velmor-core tree song.wav
+  velmor-core tree --path RIFF:WAVE/data *.wav
+  velmor-core tree --summary clip.avi
+  velmor-core tree --json clip.avi >clip.json
 )",
     .minOperands = 1,
     .maxOperands = ANY_NUMBER,

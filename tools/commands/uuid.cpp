@@ -55,6 +55,10 @@ parse TEXT    print the UUID in its usual form; TEXT has 32 hexadecimal digits, 
               hyphens, with or without braces
 compare A B   print "less", "equal" or "greater": how A compares with B
 )",
+    .examples = R"(
+  velmor-core uuid
+  velmor-core uuid parse "{00112233-4455-6677-8899-AABBCCDDEEFF}"
+)",
     .minOperands = 0,
     .maxOperands = 3,
     .options = {},

@@ -16,7 +16,7 @@
 namespace tool {
 
 inline constexpr Option DRY_RUN{"--dry-run"};
-inline constexpr Option OUTPUT{"-o", true};
+inline constexpr Option OUTPUT{"--output", true, "-o"};
 inline constexpr Option FORCE{"--force"};
 inline constexpr Option IN_PLACE{"--in-place"};
 inline constexpr std::array EDIT_OPTIONS = {DRY_RUN, OUTPUT, FORCE, IN_PLACE};

@@ -18,7 +18,7 @@ struct ItemName {
   uint32_t id = 0;
   uint32_t groupId = 0;  // only of groups
 
-  auto operator<=>(const ItemName&) const = default;
+  auto operator<=>(const ItemName&) const = default;  // NOLINT(modernize-use-nullptr): a fault
 };
 
 inline ItemName nameOf(const TreeItem& item) {
@@ -32,8 +32,7 @@ inline ItemName nameOf(const TreeItem& item) {
 inline std::string textOf(const ItemName& name) {
   if (name.kind == ItemKind::ZEROS) return "(zeros)";
   if (name.kind == ItemKind::BYTES) return "(no chunk)";
-  return name.kind == ItemKind::GROUP ? idText(name.id) + ":" + idText(name.groupId)
-                                      : idText(name.id);
+  return name.kind == ItemKind::GROUP ? groupName(name.id, name.groupId) : idText(name.id);
 }
 
 // The kind in JSON and in styles.

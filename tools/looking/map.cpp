@@ -41,8 +41,7 @@ const ItemName& MapBox::name() const {
 }
 
 std::string MapBox::text() const {
-  const std::string first = textOf(parts[0].name);
-  if (count == 1) return first;
+  if (count == 1) return textOf(parts[0].name);
   uint64_t named = 0;
   std::string names;
   for (const Part& part : parts) {

@@ -37,6 +37,7 @@ constexpr std::string_view STYLE = R"(<style>
 .map line{stroke:#94a3b8}
 .map .paper{fill:#fff}
 .map rect.b{stroke:#fff;stroke-width:.5}
+.map rect.thin{stroke:none}
 .map g:hover>rect.b{stroke:#0f172a;stroke-width:2}
 .map .group{fill:#dbe2ea}.map .free{fill:url(#free)}.map .none{fill:url(#none)}.map .other{fill:#b6c2cd}
 .map .c0{fill:#7cb8e8}.map .c1{fill:#f6c667}.map .c2{fill:#8fd19e}.map .c3{fill:#f2a2a2}
@@ -47,7 +48,7 @@ constexpr std::string_view STYLE = R"(<style>
 .map .s{fill:#94a3b8}
 .map line{stroke:#64748b}
 .map .paper{fill:#0f172a}
-.map rect.b{stroke:#0f172a}
+.map rect.b:not(.thin){stroke:#0f172a}
 .map g:hover>rect.b{stroke:#f8fafc}
 .map .group{fill:#334155}.map .other{fill:#52606f}
 .map .c0{fill:#23648f}.map .c1{fill:#876310}.map .c2{fill:#2c6e3f}.map .c3{fill:#8f3d3d}
@@ -151,9 +152,10 @@ class Picture {
   }
 
   void box(double x, double y, double width, double height, std::string_view style) {
-    svg += "<rect class=\"b " + std::string(style) + "\" x=\"" + pixels(x) + "\" y=\"" + pixels(y) +
-           "\" width=\"" + pixels(width) + "\" height=\"" + pixels(height) + "\" rx=\"" +
-           (width > 2 * ROW_GAP ? "3" : "0") + "\"/>";
+    const bool isThin = width < 2 * ROW_GAP;
+    svg += std::string("<rect class=\"b ") + (isThin ? "thin " : "") + std::string(style) +
+           "\" x=\"" + pixels(x) + "\" y=\"" + pixels(y) + "\" width=\"" + pixels(width) +
+           "\" height=\"" + pixels(height) + "\" rx=\"" + (isThin ? "0" : "3") + "\"/>";
   }
 
   void drawRows() {

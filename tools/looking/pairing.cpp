@@ -3,7 +3,6 @@
 #include "looking/pairing.h"
 
 #include <algorithm>
-#include <compare>
 #include <span>
 
 #include "app/errors.h"
@@ -21,7 +20,9 @@ struct Entry {
   uint64_t key;  // first the name, then the content
   Index index;
 
-  auto operator<=>(const Entry&) const = default;
+  bool operator<(const Entry& other) const {
+    return key != other.key ? key < other.key : index < other.index;
+  }
 };
 using Run = std::span<Entry>;
 
@@ -45,7 +46,7 @@ class Side {
       items.push_back({item.chunk.offset});
       rest.offset = item.end();
     }
-    std::ranges::sort(order);
+    std::sort(order.begin(), order.end());
   }
 
   Paired& operator[](Index index) { return items[index]; }
@@ -64,7 +65,7 @@ class Side {
       }
       entry.key = digestOf(bytes, content);
     }
-    std::ranges::sort(run);
+    std::sort(run.begin(), run.end());
   }
 
  private:
@@ -107,9 +108,10 @@ void pairInOrder(Side& first, Run a, Side& second, Run b) {
 
 // The items of a run without a partner, in their order.
 Run unpaired(Side& side, Run run) {
-  const auto paired = std::ranges::partition(
-      run, [&](const Entry& entry) { return side[entry.index].partner == Paired::NOBODY; });
-  const Run rest = run.first(run.size() - paired.size());
+  const auto end = std::partition(run.begin(), run.end(), [&](const Entry& entry) {
+    return side[entry.index].partner == Paired::NOBODY;
+  });
+  const Run rest = run.first(static_cast<std::size_t>(end - run.begin()));
   std::ranges::sort(rest, {}, &Entry::index);
   return rest;
 }

@@ -31,7 +31,7 @@ std::string indentedName(const TreeItem& item) {
     text.append("(").append(std::to_string(item.level)).append(") ");
   }
   if (item.kind != TreeItem::CHUNK) return text.append(kindName(item.kind));
-  return text + nameText(item.chunk.id, item.chunk.groupId);
+  return text + item.chunk.name();
 }
 
 uint64_t totalSize(const TreeItem& item) {
@@ -57,7 +57,7 @@ struct Layout {
       largestTotal = std::max(largestTotal, totalSize(item));
       lastOffset = item.chunk.offset;
       if (item.kind != TreeItem::CHUNK) continue;
-      largestSize = std::max<uint64_t>(largestSize, item.chunk.dataSize);
+      largestSize = std::max(largestSize, item.chunk.dataSize);
       ++chunks;
     }
     offsetWidth = std::max(offsetWidth, std::to_string(lastOffset).size());
@@ -92,8 +92,8 @@ std::string remark(const TreeItem& item, uint64_t fileSize) {
     return styled(Style::WARNING, "too small for its group id");
   }
   if (pastGroup(item, fileSize) > 0) {
-    return styled(Style::WARNING,
-                  "ends " + counted(pastGroup(item, fileSize), "byte") + " past its group");
+    return styled(Style::WARNING, "ends " + counted(pastGroup(item, fileSize), "byte") +
+                                      " past the end of its group");
   }
   if (const uint64_t missing = missingBytes(item, fileSize); missing > 0) {
     const uint64_t pad = chunk.dataSize % 2;

@@ -9,7 +9,6 @@
 
 namespace tool {
 
-constexpr uint32_t ID_DATA = VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a');
 constexpr uint32_t ID_MOVI = VELMOR_CORE_RIFF_ID('m', 'o', 'v', 'i');
 constexpr uint32_t ID_IDX1 = VELMOR_CORE_RIFF_ID('i', 'd', 'x', '1');
 constexpr uint32_t FORM_WAVE = VELMOR_CORE_RIFF_ID('W', 'A', 'V', 'E');

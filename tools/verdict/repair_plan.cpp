@@ -34,7 +34,7 @@ bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& h
     --headersLeft;
     const RawChunk chunk = bytes.chunkAt(at);
     if (chunk.id == 0 || (ids == Ids::PRINTABLE && !isPrintable(chunk.id))) return false;
-    if (chunk.id == ID_RIFF && isPrintable(chunk.groupId) && at > begin) return true;
+    if (chunk.isRiff && isPrintable(chunk.groupId) && at > begin) return true;
     // The last chunk's pad byte may be missing.
     at = chunk.dataEnd() == end ? end : chunk.end();
   }

@@ -21,6 +21,7 @@
 #include "file/original.h"
 #include "verdict/form.h"
 #include "verdict/trailing.h"
+#include "verdict/wide_sizes.h"
 
 namespace tool {
 
@@ -32,13 +33,16 @@ constexpr uint64_t FEW_ZEROS = 1 << 16;
 // Sizes that programs write before a stream whose length they do not know yet. They are near 2^31
 // or 2^32, but not always equal: some programs subtract a little, others add the size of the
 // headers.
-constexpr bool isStreamMark(uint32_t size) {
-  return (size >= 0x7FFF'F000 && size <= 0x8000'FFFF) || size >= 0xFFFF'F000;
+constexpr bool isStreamMark(uint64_t size) {
+  return (size >= 0x7FFF'F000 && size <= 0x8000'FFFF) ||
+         (size >= 0xFFFF'F000 && size <= 0xFFFF'FFFF) || size == MAX_WIDE_SIZE;
 }
 
-std::string streamText(uint32_t claimed, uint64_t there) {
-  return " has the size " + (claimed == 0 ? "0" : hexadecimal(claimed)) +
-         " of an unfinished stream, and " + counted(there, "byte");
+std::string streamText(uint64_t claimed, uint64_t there) {
+  const bool isHuge = claimed == MAX_WIDE_SIZE;
+  const std::string size = isHuge ? "2^62 or more" : hexadecimal(static_cast<uint32_t>(claimed));
+  return " has the size " + (claimed == 0 ? "0" : size) + " of an unfinished stream, and " +
+         counted(there, "byte");
 }
 
 class Surveyor {
@@ -59,6 +63,7 @@ class Surveyor {
       found(0, *kind, Severity::DOUBTFUL);
       return survey;
     }
+    if (bytes.format().isWide()) checkWideSizes(bytes, this->report);
     while (!walk.isDone()) {
       progress.at(walk.offset());
       if (walk.isAtGroupEnd()) {
@@ -98,7 +103,7 @@ class Surveyor {
   // follows the pictures of an AVI and is not in their group; a RIFF is in no group.
   bool endsStream(const RawChunk& chunk) const {
     if (walk.level() == 0 || walk.claimedEnd() != HeaderWalk::NOWHERE) return false;
-    return chunk.id == ID_RIFF || (chunk.id == ID_IDX1 && walk.group().groupId == ID_MOVI);
+    return chunk.isRiff || (chunk.id == ID_IDX1 && walk.group().groupId == ID_MOVI);
   }
 
   // Group headers are trusted. A header of a data chunk could be other bytes by chance, so chunks
@@ -224,7 +229,8 @@ class Surveyor {
   // expected within such text. An id does not begin with a space. Four printable bytes, read as a
   // size, are 500 MB or more, and only chunks of sound are that large.
   static bool isText(const RawChunk& chunk) {
-    return (chunk.id & 0xFF) == ' ' || (chunk.id != ID_DATA && isPrintable(chunk.dataSize));
+    return (chunk.id & 0xFF) == ' ' || (chunk.id != ID_DATA && chunk.dataSize <= MAX_SIZE &&
+                                        isPrintable(static_cast<uint32_t>(chunk.dataSize)));
   }
 
   void passWholeData(const RawChunk& chunk) {
@@ -353,7 +359,7 @@ class Surveyor {
       found(begin, what + ": " + tags);
     } else if (isStopped) {
       // The program that wrote the file was stopped before it wrote the sizes.
-      found(lastData->offset, "RIFF/data" + streamText(0, size - begin));
+      found(lastData->offset, idText(lastGroup.id) + "/data" + streamText(0, size - begin));
       setSize(lastData->offset, size);
       survey.plan.claimed = {begin, size};
       repairedAt = size + (size - begin) % 2;
@@ -372,7 +378,9 @@ class Surveyor {
   // --- findings
 
   void found(uint64_t offset, const std::string& what, Severity severity = Severity::DAMAGE) {
-    report({offset, what, severity});
+    // Files of other kinds are not repaired.
+    const bool isDoubtful = severity == Severity::DAMAGE && bytes.format().riffId() != ID_RIFF;
+    report({offset, what, isDoubtful ? Severity::DOUBTFUL : severity});
   }
 
   // Counts a finding, also one of a form, and reports it if there were not too many.
@@ -395,6 +403,7 @@ class Surveyor {
   bool mayBeReported() const { return survey.warnings + survey.damages < 100 * MAX_REPORTED; }
 
   void setSize(uint64_t offset, uint64_t end) {
+    if (bytes.format().riffId() != ID_RIFF) return;
     const uint64_t newSize = end - offset - HEADER_SIZE;
     if (newSize > MAX_SIZE) {
       found(offset,
@@ -454,7 +463,7 @@ std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes) {
 }
 
 std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes) {
-  requireRiff(name, bytes);
+  requireEditable(name, bytes);
   std::optional<Finding> first;
   const Survey survey = surveyBytes(name, bytes, [&](const Finding& finding) {
     if (!first && !finding.isWarning()) first = finding;

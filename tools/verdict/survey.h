@@ -42,9 +42,9 @@ Survey surveyFile(const std::string& file, const Report& report);
 std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes);
 
 // Throws Failure if the library should not open a file. There are three reasons: it is no RIFF
-// file; the library would read all of it and then refuse it; or it holds too many zeros, which the
-// library takes for empty chunks. Other damage does not prevent opening; the first of it is
-// returned.
+// file, or one of another kind, such as RF64; the library would read all of it and then refuse it;
+// or it holds too many zeros, which the library takes for empty chunks. Other damage does not
+// prevent opening; the first of it is returned.
 std::optional<Finding> requireOpenable(const std::string& name, RawBytes& bytes);
 
 }  // namespace tool

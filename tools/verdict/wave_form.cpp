@@ -13,11 +13,12 @@ constexpr uint32_t ID_FMT = VELMOR_CORE_RIFF_ID('f', 'm', 't', ' ');
 constexpr uint32_t ID_FACT = VELMOR_CORE_RIFF_ID('f', 'a', 'c', 't');
 constexpr uint32_t ID_WAVL = VELMOR_CORE_RIFF_ID('w', 'a', 'v', 'l');
 
-constexpr uint16_t TAG_PCM = 1;
-constexpr uint16_t TAG_FLOAT = 3;
-constexpr uint16_t TAG_A_LAW = 6;
-constexpr uint16_t TAG_MU_LAW = 7;
-constexpr uint16_t TAG_EXTENSIBLE = 0xFFFE;  // the real tag begins the GUID at byte 24
+constexpr uint32_t TAG_PCM = 1;
+constexpr uint32_t TAG_FLOAT = 3;
+constexpr uint32_t TAG_A_LAW = 6;
+constexpr uint32_t TAG_MU_LAW = 7;
+constexpr uint32_t TAG_EXTENSIBLE =
+    0xFFFE;  // the lower half of the GUID's first number, at byte 24, is the real tag
 
 constexpr uint32_t SMALLEST_FMT = 14;  // a WAVEFORMAT without the sample size
 constexpr uint32_t PCM_FMT = 16;
@@ -42,13 +43,13 @@ class WaveForm : public Form {
 
   void finish() override {
     if (!hasFormat) {
-      fail(riff.offset, "RIFF:WAVE has no fmt chunk");
+      fail(riff.offset, name + " has no fmt chunk");
     } else if (dataBeforeFormat > 0) {
-      fail(dataBeforeFormat, "RIFF:WAVE/data comes before the fmt chunk");
+      fail(dataBeforeFormat, name + "/data comes before the fmt chunk");
     }
-    if (!hasSamples) fail(riff.offset, "RIFF:WAVE has no data chunk");
+    if (!hasSamples) fail(riff.offset, name + " has no data chunk");
     if (hasFormat && !hasFact && wantsFact()) {
-      warn(riff.offset, "RIFF:WAVE has no fact chunk, which samples that are not PCM should have");
+      warn(riff.offset, name + " has no fact chunk, which samples that are not PCM should have");
     }
   }
 
@@ -57,27 +58,30 @@ class WaveForm : public Form {
     hasFormat = true;
     if (chunk.dataSize < SMALLEST_FMT) {
       fail(chunk.offset,
-           "RIFF:WAVE/fmt holds " + counted(chunk.dataSize, "byte") + ", too few for a format");
+           name + "/fmt holds " + counted(chunk.dataSize, "byte") + ", too few for a format");
       return;
     }
     if (!isComplete(chunk)) return;
     std::array<uint8_t, EXTENSIBLE_FMT> fields{};
     bytes.copy(fields.data(), std::min<uint64_t>(chunk.dataSize, fields.size()),
                chunk.dataOffset());
-    tag = littleEndian16(&fields[0]);
-    if (tag == TAG_EXTENSIBLE) tag = littleEndian16(&fields[24]);
-    const uint32_t channels = littleEndian16(&fields[2]);
-    blockAlign = littleEndian16(&fields[12]);
-    const uint32_t bits = littleEndian16(&fields[14]);
-    if (channels == 0) fail(chunk.offset, "RIFF:WAVE/fmt has 0 channels");
-    if (littleEndian32(&fields[4]) == 0) fail(chunk.offset, "RIFF:WAVE/fmt has the rate 0");
+    const auto field = [&](std::size_t at, std::size_t size) {
+      return static_cast<uint32_t>(numberIn(std::span(fields).subspan(at, size), bytes.order()));
+    };
+    tag = field(0, 2);
+    if (tag == TAG_EXTENSIBLE) tag = field(24, 4) & 0xFFFF;
+    const uint32_t channels = field(2, 2);
+    blockAlign = field(12, 2);
+    const uint32_t bits = field(14, 2);
+    if (channels == 0) fail(chunk.offset, name + "/fmt has 0 channels");
+    if (field(4, 4) == 0) fail(chunk.offset, name + "/fmt has the rate 0");
     if (!hasPlainSamples()) return;
     if (blockAlign == 0) {
-      fail(chunk.offset, "RIFF:WAVE/fmt has the block alignment 0");
+      fail(chunk.offset, name + "/fmt has the block alignment 0");
     } else if (chunk.dataSize >= PCM_FMT && blockAlign != channels * ((bits + 7) / 8)) {
-      warn(chunk.offset, "the block alignment " + std::to_string(blockAlign) +
-                             " of RIFF:WAVE/fmt does not fit " + counted(channels, "channel") +
-                             " of " + counted(bits, "bit"));
+      warn(chunk.offset, "the block alignment " + std::to_string(blockAlign) + " of " + name +
+                             "/fmt does not fit " + counted(channels, "channel") + " of " +
+                             counted(bits, "bit"));
     }
   }
 
@@ -85,9 +89,9 @@ class WaveForm : public Form {
     if (!hasFormat && !hasSamples) dataBeforeFormat = chunk.offset;
     hasSamples = true;
     if (!isComplete(chunk) || !hasPlainSamples() || blockAlign == 0) return;
-    if (const uint32_t rest = chunk.dataSize % blockAlign; rest > 0) {
-      warn(chunk.offset, "RIFF:WAVE/data ends " + counted(rest, "byte") +
-                             " into a sample block of " + std::to_string(blockAlign));
+    if (const uint64_t rest = chunk.dataSize % blockAlign; rest > 0) {
+      warn(chunk.offset, name + "/data ends " + counted(rest, "byte") + " into a sample block of " +
+                             std::to_string(blockAlign));
     }
   }
 
@@ -97,11 +101,12 @@ class WaveForm : public Form {
   }
   bool wantsFact() const { return tag != 0 && tag != TAG_PCM; }
 
+  const std::string name = riff.name();
   bool hasFormat = false;
   bool hasSamples = false;
   bool hasFact = false;
   uint64_t dataBeforeFormat = 0;  // the offset of a data chunk before the fmt chunk, or 0
-  uint16_t tag = 0;
+  uint32_t tag = 0;
   uint32_t blockAlign = 0;
 };
 
@@ -112,9 +117,10 @@ std::unique_ptr<Form> makeWaveForm(RawBytes& bytes, const Report& report, const 
 }
 
 std::unique_ptr<Form> makeForm(RawBytes& bytes, const Report& report, const RawChunk& riff) {
+  if (riff.groupId == FORM_WAVE) return makeWaveForm(bytes, report, riff);
+  // The others read little-endian numbers, and are not known to exist in other kinds of files.
+  if (riff.id != ID_RIFF) return nullptr;
   switch (riff.groupId) {
-    case FORM_WAVE:
-      return makeWaveForm(bytes, report, riff);
     case FORM_AVI:
       return makeAviForm(bytes, report, riff);
     case FORM_WEBP:
