@@ -1,6 +1,16 @@
 # The habits of the command line: options, several files at the same time, completion, examples.
 source "${BASH_SOURCE[0]%/*}/../support/shell.sh"
 
+# offers CANDIDATES WORD...: the words without their descriptions
+offers() { expect_equal "after ${*:2}" "$1" "$("$program" complete "${@:2}" | cut -f1 | xargs -d'\n')"; }
+
+# What bash would insert for the last word of a line.
+completed() {
+  COMP_LINE=$* COMP_WORDS=($(sed 's/[:=]/ & /g' <<<"$*")) COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+  _velmor_core "$program"
+  echo "${COMPREPLY[*]}"
+}
+
 # Tests
 
 jobs_print_as_one_process_does() {
@@ -91,12 +101,9 @@ every_example_works() {
   done
 }
 
-# offers CANDIDATES WORD...: the words without their descriptions
-offers() { expect_equal "after ${*:2}" "$1" "$("$program" complete "${@:2}" | cut -f1 | xargs -d'\n')"; }
-
 completion_reads_the_file() {
   take clip.avi tagged.wav
-  offers "set sha256" s
+  offers "set" se
   offers "--quiet --json --jobs --help" check --
   offers "new parse compare" uuid ""
   offers "RIFF:WAVE/fmt RIFF:WAVE/LIST:INFO/ RIFF:WAVE/data" set tagged.wav RIFF:WAVE/
@@ -111,13 +118,6 @@ completion_reads_the_file() {
   truncate -s 2G many
   offers "RIFF/abcd[" extract many RIFF/ab
   (time -p timeout 5 "$program" complete extract many RIFF/abcd/) 2>time || fail "slow: $(<time)"
-}
-
-# What bash would insert for the last word of a line.
-completed() {
-  COMP_LINE=$* COMP_WORDS=($(sed 's/[:=]/ & /g' <<<"$*")) COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
-  _velmor_core "$program"
-  echo "${COMPREPLY[*]}"
 }
 
 bash_splits_words_at_colons() {

@@ -3,6 +3,7 @@
 #include "app/progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <condition_variable>
 #include <mutex>
 #include <string_view>
@@ -40,7 +41,7 @@ std::string rateText(double bytesPerSecond) {
 std::string durationText(double duration) {
   constexpr uint64_t MINUTE = 60;
   constexpr uint64_t HOUR = 60 * MINUTE;
-  const auto seconds = static_cast<uint64_t>(duration + 0.5);
+  const auto seconds = static_cast<uint64_t>(std::llround(duration));
   if (seconds < MINUTE) return std::to_string(seconds) + " s";
   const bool isLong = seconds >= HOUR;
   const uint64_t unit = isLong ? HOUR : MINUTE;

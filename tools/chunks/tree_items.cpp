@@ -24,7 +24,7 @@ uint64_t TreeItem::end() const {
 }
 
 TreeItem itemAt(RawBytes& bytes, uint64_t offset, uint64_t limit, uint64_t level, bool isStart) {
-  TreeItem item{TreeItem::CHUNK, bytes.chunkAt(offset), level, 0, limit};
+  TreeItem item{TreeItem::CHUNK, bytes.chunkAt(offset), level, 0, limit, {}};
   const uint64_t left = limit - offset;
   if (left >= HEADER_SIZE && item.chunk.id == 0 && item.chunk.dataSize == 0) {
     const uint64_t zeros = bytes.endOfZeros(offset, limit) - offset;
@@ -37,7 +37,8 @@ TreeItem itemAt(RawBytes& bytes, uint64_t offset, uint64_t limit, uint64_t level
   return item;
 }
 
-RawNode RawNode::at(uint64_t offset, uint64_t limit, uint64_t level) const {
+RawNode RawNode::at(uint64_t offset, uint64_t limit, uint64_t level,
+                    const ParentGroup& parent) const {
   if (offset < limit)
     offset += (bytes->endOfZeros(offset, limit) - offset) / HEADER_SIZE * HEADER_SIZE;
   RawNode node;
@@ -46,34 +47,42 @@ RawNode RawNode::at(uint64_t offset, uint64_t limit, uint64_t level) const {
   node.raw = bytes->chunkAt(offset);
   node.parentLimit = limit;
   node.depth = level;
+  node.group = parent;
   return node;
 }
 
 RawNode RawNode::firstChild() const {
-  if (isRoot) return at(0, parentLimit, 0);
+  if (isRoot) return at(0, parentLimit, 0, {});
   if (!raw.isGroup()) return {};
-  return at(raw.offset + GROUP_HEADER_SIZE, std::min(raw.end(), parentLimit), depth + 1);
+  return at(raw.offset + GROUP_HEADER_SIZE, std::min(raw.end(), parentLimit), depth + 1,
+            {raw.groupId, raw.offset});
 }
 
-RawNode RawNode::next() const { return at(raw.end(), parentLimit, depth); }
+RawNode RawNode::next() const { return at(raw.end(), parentLimit, depth, group); }
 
 TreeItems::TreeItems(RawBytes& bytes, const RawNode& start)
     : bytes(bytes),
       walk(bytes, start.chunk().offset,
            start.isVirtualRoot() ? bytes.size() : std::min(start.chunk().end(), start.limit())),
       firstLevel(start.level()),
-      outerLimit(start.limit()) {}
+      outerLimit(start.limit()),
+      outerGroup(start.parent()) {}
 
 bool TreeItems::next() {
   while (walk.isAtGroupEnd()) walk.leave();
   if (walk.isDone()) return false;
   current = itemAt(bytes, walk.offset(), walk.limit(), firstLevel + walk.level(), isFirst);
+  if (walk.level() == 0) {
+    current.limit = outerLimit;
+    current.parent = outerGroup;
+  } else {
+    current.parent = {walk.group().groupId, walk.group().offset};
+  }
   if (current.isGroup()) {
     walk.enter(current.chunk, current.isOpenEnded());
   } else {
     walk.moveTo(current.end());
   }
-  if (current.level == firstLevel) current.limit = outerLimit;
   isFirst = false;
   return true;
 }

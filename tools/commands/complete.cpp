@@ -76,7 +76,7 @@ constexpr uint64_t MANY = 50;            // chunks that are not offered one by o
 // A shell that waits for candidates cannot be used, so a slow file gives none.
 void limitTime() {
   constexpr unsigned SECONDS = 1;
-  ::signal(SIGALRM, [](int /*signal*/) { ::_exit(0); });
+  static_cast<void>(::signal(SIGALRM, [](int /*signal*/) { ::_exit(0); }));
   ::alarm(SECONDS);
 }
 
@@ -114,7 +114,7 @@ void offerChunks(const std::string& file, std::string_view typed, const Candidat
     const uint64_t count = counts[child.name];
     const uint64_t number = ++numbers[child.name];
     if (count > MANY && !typed.starts_with(path + "[")) {
-      if (number == 1) candidates.offer(path + "[", counted(count, "chunk"));
+      if (number == 1) candidates.offer(path + "[");
       continue;
     }
     std::string step = path;

@@ -20,9 +20,10 @@ namespace {
 
 constexpr Option PATH{"--path", true};
 constexpr Option ANY{"--any"};
+constexpr Option RAW{"--raw"};
 constexpr Option DEPTH{"--depth", true};
 constexpr Option SUMMARY{"--summary"};
-constexpr std::array OPTIONS = {JSON, PATH, ANY, JOBS, DEPTH, SUMMARY};
+constexpr std::array OPTIONS = {JSON, PATH, ANY, RAW, JOBS, DEPTH, SUMMARY};
 
 uint64_t depthOf(const Arguments& arguments) {
   const auto text = arguments.value(DEPTH.name);
@@ -42,6 +43,7 @@ int runTree(const Arguments& arguments) {
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const uint64_t depth = depthOf(arguments);
   const bool isJson = arguments.has(JSON.name);
+  const Values values = arguments.has(RAW.name) ? Values::LEFT_OUT : Values::SHOWN;
   return forEachFile(arguments, [&](const std::string& file) {
     const Original original(file, Original::LOOK);
     RawBytes bytes(original.get());
@@ -52,7 +54,7 @@ int runTree(const Arguments& arguments) {
       if (arguments.has(SUMMARY.name)) {
         (isJson ? printSummaryJson : printSummary)(file, bytes, start);
       } else {
-        (isJson ? printJson : printTree)(file, bytes, start, depth);
+        (isJson ? printJson : printTree)(file, bytes, start, values, depth);
       }
     } catch (const Failure& failure) {
       throw Failure(file, failure.what());
@@ -65,20 +67,23 @@ int runTree(const Arguments& arguments) {
 
 const Command TREE = {
     .name = "tree",
-    .synopsis = "[--json] [--any] [--path PATH] [--depth N | --summary] [--jobs N] FILE...",
+    .synopsis = "[--raw] [--json] [--any] [--path PATH] [--depth N | --summary] [--jobs N] FILE...",
     .summary = "Show the chunks of files as trees",
     .help = R"(
 Each line shows one chunk, in four columns: the offset of its header in the file; its id, and for a
 group a colon and the group id; its data size (the size field); its total size (with header and pad
 byte). All sizes are in bytes. The chunks in a group follow it and are indented by their level.
-"pad" marks a chunk with a pad byte, "free" a JUNK chunk, whose space later edits can use. Only
-headers are read, also in large files.
+A value follows for chunks whose format is known: sound, pictures and streams in words, texts in
+quotes. "velmor-core show" shows all of a value. "pad" marks a chunk with a pad byte, "free" a JUNK
+chunk, whose space later edits can use. Only headers and the start of known chunks are read, also in
+large files.
 
 Damaged files are shown too. A remark follows a chunk that is cut short by the end of the file or
 that ends past the end of its group. The line (zeros) shows a run of zeros, the line (no chunk)
 other bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
 
 --path PATH   show only this chunk and the chunks in it; offsets still count from the file's start
+--raw         show no values; then only headers are read
 --jobs N      read N files at the same time; see "velmor-core --help"
 --any         show any file, even one that is no RIFF file, as if it were made of chunks
 --depth N     show N levels; a remark says how many deeper chunks a group has
@@ -91,6 +96,8 @@ other bytes that belong to no chunk. "velmor-core check" says what is wrong with
                  "level":0,"id":"RIFF","groupId":"WAVE","dataSize":44,"totalSize":52,"pad":0,"free":false,"missing":0},...
               The list is in the order of the bytes, a group before its chunks. "level" is 0 for
               top-level chunks. Ids are written as in a PATH. Only groups have "groupId".
+              "value" is the value of a known chunk, without quotes; a text of more than 4,096
+              bytes is shortened and ends in "...".
               "missing" counts the bytes of the chunk that the file lacks. "past" counts the bytes
               of the chunk past the end of its group, if there are any. A run of 8 zeros in place
               of a chunk is {"offset":52,"level":0,"zeros":8}; other bytes that belong to no chunk
@@ -102,6 +109,7 @@ other bytes that belong to no chunk. "velmor-core check" says what is wrong with
 )",
     .examples = R"(
   velmor-core tree song.wav
+  velmor-core tree --raw song.wav
   velmor-core tree --path RIFF:WAVE/data *.wav
   velmor-core tree --summary clip.avi
   velmor-core tree --json clip.avi >clip.json

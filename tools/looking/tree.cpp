@@ -7,6 +7,7 @@
 
 #include "app/terminal.h"
 #include "app/text.h"
+#include "known/known.h"
 
 namespace tool {
 
@@ -105,7 +106,17 @@ std::string remark(const TreeItem& item, uint64_t fileSize) {
   return styled(Style::FREE, pad.empty() ? "free" : "pad, free");
 }
 
-void printLine(const ShownItems& items, const Layout& layout, uint64_t fileSize) {
+// A chunk's value in words, or its text in quotes. Empty if the chunk is not known.
+std::string shownValue(const TreeItem& item, RawBytes& bytes) {
+  constexpr std::size_t WIDTH = 60;
+  constexpr uint64_t MOST_BYTES = 4 * (WIDTH + 1);  // a character has four bytes at most
+  if (item.kind != TreeItem::CHUNK) return "";
+  const ChunkValue value = valueOf(ChunkData(bytes, item.chunk, item.parent), MOST_BYTES);
+  const std::string text = shortened(value.text, WIDTH);
+  return value.isText ? "\"" + text + "\"" : text;
+}
+
+void printLine(const ShownItems& items, const Layout& layout, RawBytes& bytes, Values values) {
   const TreeItem& item = items.item();
   const bool isChunk = item.kind == TreeItem::CHUNK;
   const bool isFree = !isChunk || item.chunk.id == ID_JUNK;
@@ -121,7 +132,9 @@ void printLine(const ShownItems& items, const Layout& layout, uint64_t fileSize)
   line.append(layout.nameWidth - name.size(), ' ');
   alignRight(line, isChunk ? grouped(item.chunk.dataSize) : "", layout.sizeWidth + GAP);
   alignRight(line, grouped(totalSize(item)), layout.totalWidth + GAP);
-  const std::string note = remark(item, fileSize);
+  const std::string value = values == Values::SHOWN ? shownValue(item, bytes) : "";
+  if (!value.empty()) line.append(GAP, ' ').append(value);
+  const std::string note = remark(item, bytes.size());
   if (!note.empty()) line.append(GAP, ' ').append(note);
   if (items.hidden() > 0) {
     line.append(GAP, ' ').append(
@@ -149,13 +162,14 @@ std::string titleLine(std::string_view title, uint64_t size, uint64_t chunks) {
          (size == 1 ? " byte, " : " bytes, ") + counted(chunks, "chunk") + ")";
 }
 
-void printTree(std::string_view title, RawBytes& bytes, const RawNode& start, uint64_t depth) {
+void printTree(std::string_view title, RawBytes& bytes, const RawNode& start, Values values,
+               uint64_t depth) {
   const Layout layout(ShownItems(bytes, start, depth));
   std::cout << titleLine(title, bytes.size(), layout.chunks) << '\n';
   ShownItems items(bytes, start, depth);
   for (bool isFirst = true; items.next(); isFirst = false) {
     if (isFirst) printHead(layout);
-    printLine(items, layout, bytes.size());
+    printLine(items, layout, bytes, values);
   }
 }
 

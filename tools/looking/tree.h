@@ -12,15 +12,18 @@ namespace tool {
 // "song.wav  (1,044 bytes, 5 chunks)"
 std::string titleLine(std::string_view title, uint64_t size, uint64_t chunks);
 
+// Whether the data of known chunks is read, and shown as values.
+enum class Values { SHOWN, LEFT_OUT };
+
 // Prints a title line, the heads of the columns, and one line for each item in `start`, the virtual
 // root or a chunk. The columns are offset, id and group id (indented by level), data size
-// and total size in bytes, and remarks. Shows `depth` levels.
+// and total size in bytes, and value and remarks. Shows `depth` levels.
 void printTree(std::string_view title, RawBytes& bytes, const RawNode& start,
-               uint64_t depth = ALL_LEVELS);
+               Values values = Values::SHOWN, uint64_t depth = ALL_LEVELS);
 
 // Prints the same as one line of JSON.
-void printJson(std::string_view file, RawBytes& bytes, const RawNode& start,
-               uint64_t depth = ALL_LEVELS);
+void printJson(std::string_view file, RawBytes& bytes, const RawNode& start, Values values,
+               uint64_t depth);
 
 // How many bytes of a data chunk the file lacks, pad byte included. 0 for a group: bytes that it
 // lacks belong to the last data chunk in it.
