@@ -123,7 +123,7 @@ standard_input_is_read() {
   poke wrong.avi $(($("$program" tree wrong.avi | awk '$2 == "idx1" { print $1 }') + 8 + 16 + 8)) '\x77\x77'
   [[ $("$program" check wrong.avi 2>&1) == *"1 of "*" of RIFF:AVI/idx1 points at no chunk"* ]] || fail "index"
   { cat long.avi && printf TAG && head -c 125 /dev/zero; } >tag.avi
-  { cat long.avi zeros && printf xyz; } >trailing.avi
+  { cat long.avi && printf 'text of no chunk' && cat zeros; } >trailing.avi
   head -c 1234567 long.avi >short.avi
   cp long.avi unknown.avi
   poke unknown.avi 4 '\0\0\0\0'
