@@ -15,14 +15,16 @@
 namespace tool {
 namespace {
 
-constexpr std::array COMMANDS = {&TREE,   &EXTRACT, &SET, &ADD,  &REMOVE, &RECYCLE, &CHECK,
-                                 &VERIFY, &REPAIR,  &NUM, &UUID, &SHA256, &CPU,     &VERSION};
+constexpr std::array COMMANDS = {&TREE,   &SHOW,    &EXTRACT, &TAG,    &SET,   &ADD,
+                                 &REMOVE, &RECYCLE, &EDIT,    &STRIP,  &CHECK, &VERIFY,
+                                 &REPAIR, &NUM,     &UUID,    &SHA256, &CPU,   &VERSION};
 
 constexpr std::string_view OVERVIEW_TAIL = R"(
 A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a
 chunk id. For a group, a colon and the group id may follow. Ids shorter than four characters are
 padded with spaces ("fmt" is "fmt "). If several chunks fit a step, a number selects one of them,
-counted from 1: RIFF/LIST[2]/data. In an id, \xHH stands for the byte with that hexadecimal value.
+counted from 1: RIFF/LIST[2]/data. "remove" and "recycle" take all that fit from RIFF/JUNK[*]. In an
+id, \xHH stands for the byte with that hexadecimal value.
 
 Commands for FILE... work on N files at the same time with --jobs N (or -j N); N is 1 without the
 option, and 0 stands for the number of processors. What a command prints about a file stays

@@ -48,7 +48,7 @@ build_riff_builds_a_wav() {
   offset  chunk      data size   total
        0  RIFF:WAVE     16,036  16,044
       12    fmt             16      24
-      36    data        16,000  16,008" "$("$program" tree new.wav)"
+      36    data        16,000  16,008" "$("$program" tree --raw new.wav)"
   if type soxi >/dev/null 2>&1; then
     expect_equal sound "8000 1 8000" "$(soxi -r new.wav) $(soxi -c new.wav) $(soxi -s new.wav)"
   fi

@@ -103,7 +103,7 @@ every_example_works() {
 
 completion_reads_the_file() {
   take clip.avi tagged.wav
-  offers "set sha256" s
+  offers "set" se
   offers "--quiet --json --jobs --help" check --
   offers "new parse compare" uuid ""
   offers "RIFF:WAVE/fmt RIFF:WAVE/LIST:INFO/ RIFF:WAVE/data" set tagged.wav RIFF:WAVE/

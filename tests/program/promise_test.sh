@@ -64,11 +64,15 @@ edits_survive_every_fault() {
   survives add RIFF/LIST/IGNR Rock
   survives remove RIFF/LIST/ICMT
   survives recycle RIFF/LIST/IART
+  survives edit -e "remove RIFF/LIST/ICMT RIFF/LIST/IART" -e "set --add RIFF/LIST:new/note 'A longer text'"
+  survives strip
+  survives tag title=New comment= genre=Rock originator=Me loudness=-23
 }
 
 edits_in_place_are_complete_or_marked() {
   cp "$data/tagged.wav" old
   survives set --in-place RIFF/LIST/INAM "A title that is longer than the one before it"
+  survives edit --in-place -e "remove RIFF/LIST/ICMT RIFF/LIST/IART" -e "set --add RIFF/LIST:new/note 'A longer text'"
 }
 
 repair_survives_every_fault() {

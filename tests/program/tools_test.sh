@@ -26,7 +26,7 @@ read_tree() {
 # The output of "tree" for a file, in the form of read_tree.
 shown_tree() {
   local line
-  "$program" tree "$1" | tail -n +3 | while IFS= read -r line; do
+  "$program" tree --raw "$1" | tail -n +3 | while IFS= read -r line; do
     [[ $line =~ ^\ +[0-9]+\ \ (\ *)(.*[^ ])\ +([0-9,]+)\ +[0-9,]+(\ \ .*)?$ ]] || fail "odd line: $line"
     echo "$((${#BASH_REMATCH[1]} / 2)) ${BASH_REMATCH[2]} ${BASH_REMATCH[3]//,/}"
   done
@@ -82,11 +82,11 @@ tree_is_pleasant_to_read() {
   expect_equal tree "tagged.wav  (8,024 bytes, 7 chunks)
   offset  chunk        data size  total
        0  RIFF:WAVE        8,116  8,124
-      12    fmt               16     24
+      12    fmt               16     24  PCM, 1 channel, 8 kHz, 16 bit
       36    LIST:INFO         72     80
-      48      IART             7     16  pad
+      48      IART             7     16  \"A Fork\"  pad
       64      JUNK            22     30  free
-      94      INAM            14     22
+      94      INAM            14     22  \"Concert pitch\"
      116    data           8,000  8,008  cut short by 100 bytes" "$("$program" tree tagged.wav)"
   expect_equal part "$("$program" tree tagged.wav | sed -n '2p;5,8p')" \
     "$("$program" tree --path RIFF/LIST tagged.wav | tail -n +2)"
@@ -181,7 +181,7 @@ wrong_use_is_2() {
   rejects 2 '"paint"' paint clip.avi
   rejects 2 "number of arguments" tree
   rejects 2 "number of arguments" set clip.avi RIFF/idx1
-  rejects 2 "number of arguments" remove clip.avi RIFF/idx1 RIFF/idx1
+  rejects 2 "number of arguments" remove clip.avi
   rejects 2 "unknown option --deep" tree --deep clip.avi
   rejects 2 "put -- before" set clip.avi RIFF/idx1 -5
   rejects 2 "-o needs a value" extract clip.avi RIFF/idx1 -o
@@ -219,7 +219,7 @@ failure_is_1() {
   rejects 1 "LIST:INFO is a group" set clip.avi RIFF/LIST:INFO x
   rejects 1 "LIST:INFO is a group" extract clip.avi RIFF/LIST:INFO
   rejects 1 "idx1 is no group" add clip.avi RIFF/idx1/abcd x
-  rejects 1 "cannot add abcd: RIFF:AVI/idx1 ends 102 bytes past" add cut.avi abcd x
+  rejects 1 "cannot add abcd: RIFF:AVI/idx1 ends 102 bytes past" add --top cut.avi abcd x
   rejects 1 "cannot remove idx1: RIFF:AVI/idx1 ends 102 bytes" remove cut.avi RIFF/idx1
   rejects 1 "idx1 cannot be read to its end: RIFF:AVI/idx1" set cut.avi RIFF/idx1 x
   rejects 1 "idx1 cannot be read to its end: RIFF:AVI/idx1" extract cut.avi RIFF/idx1 -o new
@@ -272,7 +272,7 @@ edits_do_as_they_say() {
 # Many programs leave out the pad byte at the end of a file.
 missing_pad_byte_is_supplied() {
   local change
-  for change in "set RIFF/c 12345" "set RIFF/c 1234567" "add RIFF/d 1" "add e 1" "recycle RIFF/c" "remove RIFF/c"; do
+  for change in "set RIFF/c 12345" "set RIFF/c 1234567" "add RIFF/d 1" "add --top e 1" "recycle RIFF/c" "remove RIFF/c"; do
     { printf RIFF && bytes 12 00 00 00 && printf 'testc   ' && bytes 05 00 00 00 && printf abcde; } >file
     [[ $("$program" tree file) == *" 5 "*"  without its pad byte" ]] || fail tree
     read -ra words <<<"$change"

@@ -69,14 +69,18 @@ struct Command {
 };
 
 extern const Command TREE;
+extern const Command SHOW;
 extern const Command EXTRACT;
 extern const Command SET;
 extern const Command ADD;
 extern const Command REMOVE;
 extern const Command RECYCLE;
+extern const Command EDIT;
+extern const Command STRIP;
 extern const Command CHECK;
 extern const Command VERIFY;
 extern const Command REPAIR;
+extern const Command TAG;
 extern const Command CPU;
 extern const Command VERSION;
 extern const Command NUM;

@@ -36,9 +36,9 @@ namespace {
 // What a worker ends with if its output could not be kept. No command has this status.
 constexpr int OUTPUT_LOST = 125;
 
-std::size_t numberOfJobs(const Arguments& arguments) {
+std::size_t numberOfJobs(const Arguments& arguments, std::size_t usual) {
   const auto text = arguments.value(JOBS.name);
-  if (!text) return 1;
+  if (!text) return usual;
   std::size_t jobs = 0;
   const char* const end = text->data() + text->size();
   const auto [rest, error] = std::from_chars(text->data(), end, jobs);
@@ -260,8 +260,8 @@ class Jobs {
 }  // namespace
 
 int forEachFile(const Arguments& arguments, std::span<const std::string> files,
-                const FileWork& work, int failed) {
-  const std::size_t jobs = numberOfJobs(arguments);
+                const FileWork& work, int failed, std::size_t usualJobs) {
+  const std::size_t jobs = numberOfJobs(arguments, usualJobs);
   // Only one process can read standard input.
   const bool sharesInput = std::ranges::count(files, "-") > 1;
   if (jobs > 1 && files.size() > 1 && !sharesInput) return Jobs(files, work, failed).run(jobs);

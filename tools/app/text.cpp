@@ -2,6 +2,10 @@
 
 #include "app/text.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
+
 namespace tool {
 
 namespace {
@@ -40,6 +44,16 @@ std::string grouped(uint64_t number) {
   return text;
 }
 
+std::string decimal(double number) {
+  std::array<char, 400> digits{};  // the largest double has 309 before the point
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number,
+                                 std::chars_format::fixed, 3);
+  std::string text(digits.data(), end.ptr);
+  while (text.ends_with('0')) text.pop_back();
+  if (text.ends_with('.')) text.pop_back();
+  return text;
+}
+
 std::string hexadecimal(uint32_t number) {
   constexpr std::string_view DIGITS = "0123456789ABCDEF";
   std::string text = "0x";
@@ -64,6 +78,35 @@ std::size_t characterSize(std::string_view text) {
   const bool overlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
   const bool outside = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
   return overlong || outside ? 0 : size;
+}
+
+std::size_t wholeCharacters(std::string_view text) {
+  constexpr std::size_t LONGEST = 4;
+  for (std::size_t back = 1; back < std::min(text.size() + 1, LONGEST); ++back) {
+    const auto byte = static_cast<unsigned char>(text[text.size() - back]);
+    if (byte < 0x80) break;
+    if (byte >= 0xC0)
+      return characterSize(text.substr(text.size() - back)) == 0 ? text.size() - back : text.size();
+  }
+  return text.size();
+}
+
+std::string shortened(std::string_view text, std::size_t width) {
+  constexpr std::string_view ELLIPSIS = "...";
+  std::string shown;
+  std::size_t shownWidth = 0;
+  std::size_t keep = 0;  // bytes of `shown` that leave room for the ellipsis
+  while (!text.empty()) {
+    const std::string_view character =
+        text.substr(0, std::max<std::size_t>(characterSize(text), 1));
+    const std::string safe = printable(character);
+    shownWidth += safe == character ? 1 : safe.size();
+    if (shownWidth > width) return shown.substr(0, keep).append(ELLIPSIS);
+    shown += safe;
+    if (shownWidth + ELLIPSIS.size() <= width) keep = shown.size();
+    text.remove_prefix(character.size());
+  }
+  return shown;
 }
 
 std::string printable(std::string_view text) {

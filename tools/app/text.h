@@ -16,6 +16,9 @@ std::string counted(uint64_t number, std::string_view one, std::string_view many
 // "4,294,967,295"
 std::string grouped(uint64_t number);
 
+// "29.97": at most three digits after the point.
+std::string decimal(double number);
+
 // "0xFFFFFFFF"
 std::string hexadecimal(uint32_t number);
 
@@ -26,10 +29,16 @@ std::string hexDigits(uint8_t byte);
 // text does not begin with one.
 std::size_t characterSize(std::string_view text);
 
+// The length of the part of a text that does not end within a UTF-8 character.
+std::size_t wholeCharacters(std::string_view text);
+
 // Makes a text from elsewhere, such as a file name, safe to print: it cannot control a terminal or
 // begin a new line. \xHH replaces each byte that is no UTF-8, and each byte of control characters
 // and of characters that change the direction of writing. A second call changes nothing more.
 std::string printable(std::string_view text);
+
+// The text as printable() gives it, with at most `width` characters; "..." replaces the rest.
+std::string shortened(std::string_view text, std::size_t width);
 
 }  // namespace tool
 

@@ -10,18 +10,28 @@ namespace tool {
 
 namespace {
 
+constexpr std::string_view ALL = "*]";
+
+// Reads the text between the brackets of a step and the closing one: a number, or "*".
+void parseSelection(std::string_view text, PathStep& step) {
+  if (text == ALL) {
+    step.all = true;
+    return;
+  }
+  uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || number == 0 || std::string_view(end, text.end()) != "]") {
+    throw UsageError("\"" + step.text +
+                     "\": [ ] comes last, after the group id, and holds a number from 1, or *");
+  }
+  step.number = number;
+}
+
 PathStep parseStep(std::string_view text) {
   PathStep step;
   step.text = text;
   if (const std::size_t bracket = text.find('['); bracket != std::string_view::npos) {
-    const std::string_view digits = text.substr(bracket + 1);
-    uint64_t number = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    if (error != std::errc() || number == 0 || std::string_view(end, digits.end()) != "]") {
-      throw UsageError("\"" + step.text +
-                       "\": [ ] comes last, after the group id, and holds a number from 1");
-    }
-    step.number = number;
+    parseSelection(text.substr(bracket + 1), step);
     text = text.substr(0, bracket);
   }
   if (const std::size_t colon = text.find(':'); colon != std::string_view::npos) {
@@ -41,15 +51,24 @@ void throwAmbiguous(const PathStep& step, uint64_t fitting) {
 }
 
 void throwMissing(const PathStep& step, const std::string& place) {
-  throw Failure("there is no chunk " + step.text + " " + place);
+  throw Failure(missingText(step, place));
 }
 
-ChunkPath::ChunkPath(std::string_view text) : typed(text) {
+std::string missingText(const PathStep& step, const std::string& place) {
+  return "there is no chunk " + step.text + " " + place;
+}
+
+ChunkPath::ChunkPath(std::string_view text, Reach reach) {
   while (text.starts_with('/')) text.remove_prefix(1);
   while (text.ends_with('/')) text.remove_suffix(1);
+  typed = text;
   for (std::size_t begin = 0; begin <= text.size();) {
     const std::size_t end = std::min(text.find('/', begin), text.size());
     steps.push_back(parseStep(text.substr(begin, end - begin)));
+    if (steps.back().all && reach == ONE) {
+      throw UsageError("\"" + steps.back().text +
+                       "\": [*] names all that fit, and one chunk is needed here");
+    }
     begin = end + 1;
   }
 }

@@ -4,7 +4,8 @@
 
 namespace tool {
 
-RawNode RawNode::at(uint64_t offset, uint64_t limit, uint64_t level) const {
+RawNode RawNode::at(uint64_t offset, uint64_t limit, uint64_t level,
+                    const ParentGroup& parent) const {
   if (offset < limit)
     offset += (bytes->endOfZeros(offset, limit) - offset) / HEADER_SIZE * HEADER_SIZE;
   RawNode node;
@@ -13,31 +14,39 @@ RawNode RawNode::at(uint64_t offset, uint64_t limit, uint64_t level) const {
   node.raw = bytes->chunkAt(offset);
   node.parentLimit = limit;
   node.depth = level;
+  node.group = parent;
   return node;
 }
 
 RawNode RawNode::firstChild() const {
-  if (isRoot) return at(0, parentLimit, 0);
+  if (isRoot) return at(0, parentLimit, 0, {});
   if (!raw.isGroup()) return {};
-  return at(raw.offset + GROUP_HEADER_SIZE, std::min(raw.end(), parentLimit), depth + 1);
+  return at(raw.offset + GROUP_HEADER_SIZE, std::min(raw.end(), parentLimit), depth + 1,
+            {raw.groupId, raw.offset});
 }
 
-RawNode RawNode::next() const { return at(raw.end(), parentLimit, depth); }
+RawNode RawNode::next() const { return at(raw.end(), parentLimit, depth, group); }
 
 TreeItems::TreeItems(RawBytes& bytes, const RawNode& start)
     : bytes(bytes),
       walk(bytes, start.chunk().offset,
            start.isVirtualRoot() ? bytes.size() : std::min(start.chunk().end(), start.limit())),
       firstLevel(start.level()),
-      outerLimit(start.limit()) {}
+      outerLimit(start.limit()),
+      outerGroup(start.parent()) {}
 
 bool TreeItems::next() {
   while (walk.isAtGroupEnd()) walk.leave();
   if (walk.isDone()) return false;
   const RawChunk chunk = walk.chunk();
   const uint64_t limit = walk.limit();
-  current = {TreeItem::CHUNK, chunk, firstLevel + walk.level(), 0,
-             walk.level() == 0 ? outerLimit : limit};
+  current = {
+      TreeItem::CHUNK,
+      chunk,
+      firstLevel + walk.level(),
+      0,
+      walk.level() == 0 ? outerLimit : limit,
+      walk.level() == 0 ? outerGroup : ParentGroup{walk.group().groupId, walk.group().offset}};
   const uint64_t left = limit - walk.offset();
   if (left >= HEADER_SIZE && chunk.id == 0 && chunk.dataSize == 0) {
     bytes.require(chunk.offset, HEADER_SIZE);

@@ -9,6 +9,12 @@
 
 namespace tool {
 
+// The group that holds a chunk. A top-level chunk has none; both are 0.
+struct ParentGroup {
+  uint32_t groupId = 0;
+  uint64_t offset = 0;  // of its header
+};
+
 // A header in a file. It has the interface of a chunk of an object, so that paths can be followed.
 // Skips runs of zeros.
 class RawNode {
@@ -29,16 +35,18 @@ class RawNode {
   uint64_t level() const { return depth; }
   // Where the parent ends, or the file if that is earlier.
   uint64_t limit() const { return parentLimit; }
+  const ParentGroup& parent() const { return group; }
 
  private:
   RawNode(RawBytes& bytes, uint64_t limit) : bytes(&bytes), parentLimit(limit), isRoot(true) {}
   // The first header in [offset, limit).
-  RawNode at(uint64_t offset, uint64_t limit, uint64_t level) const;
+  RawNode at(uint64_t offset, uint64_t limit, uint64_t level, const ParentGroup& parent) const;
 
   RawBytes* bytes = nullptr;
   RawChunk raw;
   uint64_t parentLimit = 0;
   uint64_t depth = 0;
+  ParentGroup group;
   bool isRoot = false;
 };
 
@@ -53,6 +61,7 @@ struct TreeItem {
   uint64_t level = 0;  // 0 for top-level chunks
   uint64_t size = 0;   // number of bytes that are no chunk; 0 for a chunk
   uint64_t limit = 0;  // where the parent ends, or the file if that is earlier
+  ParentGroup parent;
 };
 
 // Goes through the items of a file in the order of its bytes, groups before the chunks in them.
@@ -73,6 +82,7 @@ class TreeItems {
   HeaderWalk walk;
   uint64_t firstLevel;
   uint64_t outerLimit;  // where the parent of the first chunk ends
+  ParentGroup outerGroup;
   bool isFirst = true;
   TreeItem current;
 };

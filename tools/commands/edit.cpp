@@ -1,74 +1,37 @@
 // velmor-core set, add, remove and recycle
 
 #include "app/command.h"
-#include "app/errors.h"
-#include "chunks/chunk_path.h"
 #include "editing/editing.h"
+#include "editing/typed_edit.h"
 
 namespace tool {
 
 namespace {
 
-// The first operand is the file, the second the path of the chunk.
-int editOne(std::string_view command, const Arguments& arguments, uint64_t room, const Edit& edit) {
-  const EditWay way(arguments);
-  editFile({arguments[0], std::string(command) + " " + arguments[1], room}, way, edit);
+// The first operand is the file.
+int runEdit(const Command& command, const Arguments& arguments, EditWay::Force force) {
+  const EditWay way(arguments, force);
+  const auto edit = makeTypedEdit(command, arguments, std::span(arguments.all()).subspan(1));
+  const std::string what = std::string(command.name) + " " + arguments[1];
+  editFile({arguments[0], what, edit->room()}, way,
+           [&](const Chunk& root) { return edit->check(root); });
+  if (!edit->note().empty()) complain(arguments[0] + ": note: " + edit->note());
   return 0;
 }
 
-int runSet(const Arguments& arguments) {
-  const ChunkPath path(arguments[1]);
-  const Value value(arguments[2]);
-  return editOne(SET.name, arguments, roomFor(value),
-                 [&](const Chunk& root) { return setValue(path.find(root), value); });
-}
-
-// Whether the last step names a group to add; throws UsageError for what makes no sense.
-bool namesGroup(const PathStep& step, bool hasValue) {
-  if (step.number) {
-    throw UsageError("\"" + step.text + "\": a new chunk is named without a number");
-  }
-  if (isGroupId(step.id) != step.groupId.has_value()) {
-    throw UsageError("\"" + step.text + "\": RIFF and LIST, and no others, have a group id");
-  }
-  if (hasValue == step.groupId.has_value()) {
-    throw UsageError("\"" + step.text + "\": " +
-                     (hasValue ? "a group is added without a value" : "a value is needed"));
-  }
-  return step.groupId.has_value();
-}
-
-int runAdd(const Arguments& arguments) {
-  const ChunkPath path(arguments[1]);
-  const PathStep& step = path.last();
-  if (namesGroup(step, arguments.count() == 3)) {
-    return editOne(ADD.name, arguments, ROOM_FOR_GROUP, [&](const Chunk& root) {
-      return addGroup(path.findParent(root), step.id, *step.groupId);
-    });
-  }
-  const Value value(arguments[2]);
-  return editOne(ADD.name, arguments, roomFor(value), [&](const Chunk& root) {
-    return addValue(path.findParent(root), step.id, value);
-  });
-}
-
-int runRemove(const Arguments& arguments) {
-  const ChunkPath path(arguments[1]);
-  return editOne(REMOVE.name, arguments, ROOM_FOR_PAD,
-                 [&](const Chunk& root) { return removeChunk(path.find(root)); });
-}
-
+int runSet(const Arguments& arguments) { return runEdit(SET, arguments, EditWay::FOR_OUTPUT); }
+int runAdd(const Arguments& arguments) { return runEdit(ADD, arguments, EditWay::FOR_OUTPUT); }
+int runRemove(const Arguments& arguments) { return runEdit(REMOVE, arguments, EditWay::FOR_MORE); }
 int runRecycle(const Arguments& arguments) {
-  const ChunkPath path(arguments[1]);
-  return editOne(RECYCLE.name, arguments, ROOM_FOR_PAD,
-                 [&](const Chunk& root) { return recycleChunk(path.find(root)); });
+  return runEdit(RECYCLE, arguments, EditWay::FOR_MORE);
 }
 
 }  // namespace
 
 const Command SET = {
     .name = "set",
-    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH VALUE|@FILE|@-",
+    .synopsis =
+        "[--dry-run | -o OUTPUT [--force] | --in-place] [--add [--top]] FILE PATH VALUE|@FILE|@-",
     .summary = "Replace the data of a chunk",
     .help = R"(
 The chunk takes the size of the new data.
@@ -84,6 +47,11 @@ or a signal ends it, the copy is removed. Only SIGKILL and a power cut can leave
 edit of the file removes it. Edits of one file wait for each other. If another program changes
 the file meanwhile, the edit fails and the file stays as that program left it.
 
+--add        make the chunk if it is missing, and the groups of PATH that are missing. Such a group
+             needs its group id, as in LIST:INFO, and no step may have a number. New chunks fill
+             free space (JUNK) if they fit there, and are appended to their group otherwise.
+--top        with --add: the first step of PATH may be made at the top of the file, beside the RIFF
+             group
 --dry-run    show the tree as it would be; nothing is written
 -o OUTPUT    write the result to this file; it appears under this name only when complete
 --force      replace OUTPUT if it exists
@@ -98,23 +66,29 @@ the file meanwhile, the edit fails and the file stays as that program left it.
 )",
     .examples = R"(
   velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+  velmor-core set --add tone.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
   velmor-core set song.wav RIFF:WAVE/data @edited.raw -o new.wav
 )",
     .minOperands = 3,
     .maxOperands = 3,
-    .options = EDIT_OPTIONS,
+    .options = SET_OPTIONS,
     .run = runSet,
 };
 
 const Command ADD = {
     .name = "add",
-    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH [VALUE|@FILE|@-]",
+    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] [--top] FILE PATH [VALUE|@FILE|@-]",
     .summary = "Add a chunk or an empty group",
     .help = R"(
 The last step of PATH names the new chunk; the steps before it name its group. The chunk fills free
 space (JUNK) of the group if it fits there, and is appended to the group otherwise. If the last step
-has a group id, an empty group is appended, and no value is given. See "velmor-core set --help" for
-values and options.
+has a group id, an empty group is appended, and no value is given. A chunk of the same name may be
+there already: then a note says how many there are now. See "velmor-core set --help" for values and
+the other options.
+
+--top   add the chunk at the top of the file. If the file has one RIFF group, this option is needed
+        for a chunk beside it, because programs look for chunks in the RIFF group. A further RIFF
+        group needs no option.
 )",
     .examples = R"(
   velmor-core add song.wav RIFF:WAVE/LIST:INFO/ICOP "In the public domain"
@@ -123,41 +97,48 @@ values and options.
 )",
     .minOperands = 2,
     .maxOperands = 3,
-    .options = EDIT_OPTIONS,
+    .options = ADD_OPTIONS,
     .run = runAdd,
 };
 
 const Command REMOVE = {
     .name = "remove",
-    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH",
-    .summary = "Remove a chunk and everything in it; the file becomes shorter",
+    .synopsis = "[--dry-run | -o OUTPUT | --in-place] [--force] FILE PATH...",
+    .summary = "Remove chunks and everything in them; the file becomes shorter",
     .help = R"(
-All bytes after the chunk move towards the start of the file. See "velmor-core set --help" for the
-options.
+All bytes after a chunk move towards the start of the file. In a PATH, [*] names all chunks that fit
+a step: RIFF/JUNK[*], or RIFF/LIST[*]/ISFT. Put quotes around it, because the shell may replace it.
+All chunks are found before the first is removed: a number means what "tree" shows now. No two paths
+may name the same chunk, and none a chunk within another that is removed. If a path names no chunk,
+nothing is changed. See "velmor-core set --help" for the other options.
+
+--force   remove the RIFF group even if no other is left; with -o, also replace OUTPUT if it exists
 )",
     .examples = R"(
-  velmor-core remove song.wav RIFF:WAVE/LIST:INFO/ICMT
+  velmor-core remove song.wav RIFF:WAVE/LIST:INFO/ICMT RIFF:WAVE/LIST:INFO/IART
+  velmor-core remove clip.avi 'RIFF:AVI/JUNK[*]'
   velmor-core remove --dry-run clip.avi RIFF:AVI/LIST:INFO
 )",
     .minOperands = 2,
-    .maxOperands = 2,
+    .maxOperands = ANY_NUMBER,
     .options = EDIT_OPTIONS,
     .run = runRemove,
 };
 
 const Command RECYCLE = {
     .name = "recycle",
-    .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE PATH",
-    .summary = "Turn a chunk into free space (JUNK); nothing moves",
+    .synopsis = "[--dry-run | -o OUTPUT | --in-place] [--force] FILE PATH...",
+    .summary = "Turn chunks into free space (JUNK); nothing moves",
     .help = R"(
-Free chunks directly before and after it are merged with it, and "add" can reuse the space. The data
-stays in the file until it is overwritten. See "velmor-core set --help" for the options.
+Free chunks directly before and after a chunk are merged with it, and "add" can reuse the space. The
+data stays in the file until it is overwritten. See "velmor-core remove --help" for several paths
+and --force, and "velmor-core set --help" for the other options.
 )",
     .examples = R"(
   velmor-core recycle song.wav RIFF:WAVE/LIST:INFO/ICMT
 )",
     .minOperands = 2,
-    .maxOperands = 2,
+    .maxOperands = ANY_NUMBER,
     .options = EDIT_OPTIONS,
     .run = runRecycle,
 };

@@ -52,18 +52,6 @@ class Data {
   RawChunk chunk;
 };
 
-// The length of the part of a text that does not end within a UTF-8 character.
-std::size_t wholeCharacters(std::string_view text) {
-  constexpr std::size_t LONGEST = 4;
-  for (std::size_t back = 1; back < std::min(text.size() + 1, LONGEST); ++back) {
-    const auto byte = static_cast<unsigned char>(text[text.size() - back]);
-    if (byte < 0x80) break;
-    if (byte >= 0xC0)
-      return characterSize(text.substr(text.size() - back)) == 0 ? text.size() - back : text.size();
-  }
-  return text.size();
-}
-
 // Whether a terminal may read some of the bytes as commands. NULs are harmless: texts end in them.
 bool steersTerminal(std::string text) {
   std::ranges::replace_if(

@@ -18,12 +18,14 @@ namespace {
 
 constexpr Option PATH{"--path", true};
 constexpr Option ANY{"--any"};
-constexpr std::array OPTIONS = {JSON, PATH, ANY, JOBS};
+constexpr Option RAW{"--raw"};
+constexpr std::array OPTIONS = {JSON, PATH, ANY, RAW, JOBS};
 
 int runTree(const Arguments& arguments) {
   std::optional<ChunkPath> path;
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const auto print = arguments.has(JSON.name) ? printJson : printTree;
+  const Values values = arguments.has(RAW.name) ? Values::LEFT_OUT : Values::SHOWN;
   return forEachFile(arguments, [&](const std::string& operand) {
     const Input input(operand);
     const std::string file = inputName(operand);
@@ -31,7 +33,8 @@ int runTree(const Arguments& arguments) {
     if (!arguments.has(ANY.name)) requireRiff(file, bytes);
     try {
       const RawNode root = RawNode::virtualRoot(bytes);
-      print(arguments.has(JSON.name) ? operand : file, bytes, path ? path->find(root) : root);
+      print(arguments.has(JSON.name) ? operand : file, bytes, path ? path->find(root) : root,
+            values);
     } catch (const Failure& failure) {
       throw Failure(file, failure.what());
     }
@@ -43,15 +46,17 @@ int runTree(const Arguments& arguments) {
 
 const Command TREE = {
     .name = "tree",
-    .synopsis = "[--json] [--any] [--path PATH] [--jobs N] FILE...",
+    .synopsis = "[--raw] [--json] [--any] [--path PATH] [--jobs N] FILE...",
     .summary = "Show the chunks of files as trees",
     .help = R"(
 Each line shows one chunk, in four columns: the offset of its header in the file; its id, and for a
 group a colon and the group id; its data size (the size field); its total size (with header and pad
 byte). All sizes are in bytes. The chunks in a group follow it and are indented by their level.
-"pad" marks a chunk with a pad byte, "free" a JUNK chunk, whose space later edits can use. Only
-headers are read, also in large files. FILE "-" is standard input; of a pipe, only headers and small
-data are kept in memory, and the tree appears at its end.
+A value follows for chunks whose format is known: sound, pictures and streams in words, texts in
+quotes. "velmor-core show" shows all of a value. "pad" marks a chunk with a pad byte, "free" a JUNK
+chunk, whose space later edits can use. Only headers and the start of known chunks are read, also in
+large files. FILE "-" is standard input; of a pipe, only headers and small data are kept in memory,
+and the tree appears at its end.
 
 RF64 and BW64 files are shown with the 64-bit sizes of their chunk ds64, RIFX files with their
 big-endian sizes. They can be read, but not edited.
@@ -61,6 +66,7 @@ that ends past the end of its group. The line (zeros) shows a run of zeros, the 
 other bytes that belong to no chunk. "velmor-core check" says what is wrong with a file.
 
 --path PATH   show only this chunk and the chunks in it; offsets still count from the file's start
+--raw         show no values; then only headers are read
 --jobs N      read N files at the same time; see "velmor-core --help"
 --any         show any file, even one that is no RIFF file, as if it were made of chunks
 --json        print one JSON object for each file, each on a line of its own:
@@ -68,6 +74,8 @@ other bytes that belong to no chunk. "velmor-core check" says what is wrong with
                  "level":0,"id":"RIFF","groupId":"WAVE","dataSize":44,"totalSize":52,"pad":0,"free":false,"missing":0},...
               The list is in the order of the bytes, a group before its chunks. "level" is 0 for
               top-level chunks. Ids are written as in a PATH. Only groups have "groupId".
+              "value" is the value of a known chunk, without quotes; a text of more than 4,096
+              bytes is shortened and ends in "...".
               "missing" counts the bytes of the chunk that the file lacks. "past" counts the bytes
               of the chunk past the end of its group, if there are any. A run of 8 zeros in place
               of a chunk is {"offset":52,"level":0,"zeros":8}; other bytes that belong to no chunk
@@ -75,6 +83,7 @@ other bytes that belong to no chunk. "velmor-core check" says what is wrong with
 )",
     .examples = R"(
   velmor-core tree song.wav
+  velmor-core tree --raw song.wav
   velmor-core tree --path RIFF:WAVE/data *.wav
   velmor-core tree --json clip.avi >clip.json
 )",

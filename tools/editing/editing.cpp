@@ -1,45 +1,14 @@
-// The steps from a file to its edited result, and the edits themselves.
+// The steps from a file to its edited result.
 
 #include "editing/editing.h"
 
-#include <algorithm>
-#include <array>
-
 #include "app/errors.h"
 #include "app/progress.h"
-#include "app/text.h"
-#include "chunks/layout.h"
 #include "looking/tree.h"
 
 namespace tool {
 
 namespace {
-
-// The sizes of all ancestors have 32 bits. The library lets them wrap around, so check them here.
-void requireRoom(Chunk group, uint64_t growth) {
-  for (; !group.isVirtualRoot(); group = group.parent()) {
-    if (growth > MAX_SIZE - std::min<uint64_t>(group.dataSize(), MAX_SIZE)) {
-      throw Failure(group.name() + " would grow past 4 GiB, the limit of its size field");
-    }
-  }
-}
-
-void requireGrowingGroup(const Chunk& group, uint64_t growth) {
-  if (!group.isGroup()) throw Failure(group.name() + " is no group: nothing can be added to it");
-  requireRoom(group, growth);
-}
-
-void requireSize(uint64_t size) {
-  if (size > MAX_SIZE) throw Failure("a chunk cannot hold a value of more than 4294967294 bytes");
-}
-
-// The library does not change pad bytes. So data of odd size is first stored with a 0 after it, and
-// the size counts the 0. Setting the odd size afterwards moves no bytes.
-bool takeBackPadByte(const Chunk& chunk, uint64_t size) {
-  return size % 2 == 0 || chunk.resize(static_cast<uint32_t>(size), std::nothrow);
-}
-
-// --- the steps of an edit
 
 Original::Purpose purposeOf(const EditWay& way) {
   if (way.isDryRun) return Original::LOOK;
@@ -55,8 +24,26 @@ void warnOfDamage(const Opened& before, RawBytes after) {
   }
 }
 
-void showResult(const Opened& opened, const Edit& edit) {
-  opened.explain([&] { edit(virtualRoot(opened.object()))(); });
+// Makes the edits one after the other, in the bytes of an Opened or of a TargetChunks. The first
+// has been checked.
+template <typename Bytes>
+void makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    if (i > 0) change = edits[i](bytes.root());
+    if (change.getCut()) {
+      bytes.cut(*change.getCut());
+    } else if (!change.isNothing()) {
+      change();
+    }
+  }
+}
+
+void changeInMemory(Opened& opened, std::span<const Edit> edits) {
+  opened.explain([&] { makeChanges(opened, edits.front()(opened.root()), edits); });
+}
+
+void showResult(Opened& opened, std::span<const Edit> edits) {
+  changeInMemory(opened, edits);
   RawBytes edited(opened.bytes());
   warnOfDamage(opened, edited);
   printTree(opened.original().name() + ", as it would be", edited, RawNode::virtualRoot(edited));
@@ -69,28 +56,61 @@ std::unique_ptr<Target> openTarget(const Original& original, const EditJob& job,
   return replaceOriginal(original);
 }
 
-void changeTarget(const Opened& opened, Target& target, const Edit& edit) {
-  Object object;
-  Change change;
-  opened.explain([&] {
-    object = required("read the chunks", [&] {
-      return Object::openFile(target.path(), velmor_core::Mode::ReadWrite, std::nothrow);
-    });
-    change = edit(virtualRoot(object));
-  });
-  target.begin();
-  {
-    const Waiting waiting("editing " + opened.original().name());
-    opened.explain(change);
+// The chunks of a target.
+class TargetChunks {
+ public:
+  TargetChunks(const Target& target, const std::string& name) : target(target), name(name) {}
+
+  Chunk root() {
+    if (!object) {
+      object = required("read the chunks", [&] {
+        return Object::openFile(target.path(), velmor_core::Mode::ReadWrite, std::nothrow);
+      });
+    }
+    return virtualRoot(object);
   }
-  object = Object();
+  void cut(const Cut& cut) {
+    object = Object();
+    cut.applyTo(target.file(), name);
+  }
+
+ private:
+  const Target& target;
+  const std::string& name;
+  Object object;  // none until the chunks are needed
+};
+
+void changeTarget(const Opened& opened, Target& target, std::span<const Edit> edits) {
+  const std::string& name = opened.original().name();
+  {
+    TargetChunks chunks(target, name);
+    Change first;
+    opened.explain([&] { first = edits.front()(chunks.root()); });
+    target.begin();
+    const Waiting waiting("editing " + name);
+    opened.explain([&] { makeChanges(chunks, first, edits); });
+  }
   warnOfDamage(opened, RawBytes(target.file()));
   target.finish();
 }
 
+// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Only edits in
+// place are all made in memory, since they cannot be undone; it costs memory for the bytes that
+// change. In a copy, the first edit is checked before the file is copied.
+bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
+  if (edits.size() > 1 && inPlace) {
+    changeInMemory(opened, edits);
+    opened.undoChanges();
+    return true;
+  }
+  Change first;
+  opened.explain([&] { first = edits.front()(opened.root()); });
+  return edits.size() > 1 || !first.isNothing();
+}
+
 }  // namespace
 
-EditWay::EditWay(const Arguments& arguments)
+EditWay::EditWay(const Arguments& arguments, Force force)
     : isDryRun(arguments.has(DRY_RUN.name)),
       inPlace(arguments.has(IN_PLACE.name)),
       output(arguments.value(OUTPUT.name)),
@@ -100,81 +120,27 @@ EditWay::EditWay(const Arguments& arguments)
       1) {
     throw UsageError("--dry-run, -o and --in-place exclude each other");
   }
-  if (mayReplaceOutput && !output) throw UsageError("--force goes with -o");
+  if (force == FOR_OUTPUT && mayReplaceOutput && !output) {
+    throw UsageError("--force goes with -o");
+  }
 }
 
 void editFile(const EditJob& job, const EditWay& way, const Edit& edit) {
-  const Opened opened(job.file, purposeOf(way), job.room);
+  editFile(job, way, std::span(&edit, 1));
+}
+
+void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edits) {
+  Opened opened(job.file, purposeOf(way), job.room);
   if (way.isDryRun) {
-    showResult(opened, edit);
+    showResult(opened, edits);
     return;
   }
-  // Fails here, before anything is copied, if the edit cannot be made.
-  opened.explain([&] { edit(virtualRoot(opened.object())); });
+  if (!checkEdits(opened, way.inPlace, edits) && !way.output) return;
   const auto target = openTarget(opened.original(), job, way);
   try {
-    changeTarget(opened, *target, edit);
+    changeTarget(opened, *target, edits);
   } catch (const Failure& failure) {
     throw Failure(failure.what() + target->consequence());
-  }
-}
-
-Change setValue(const Chunk& chunk, const Value& value) {
-  if (chunk.isGroup()) throw Failure(chunk.name() + " is a group: set the chunks in it");
-  requireAllBytes(chunk);
-  const uint64_t size = value.sizeIn(chunk.parent());
-  requireSize(size);
-  if (size > chunk.dataSize()) {
-    requireRoom(chunk.parent(), padded(size) - padded(chunk.dataSize()));
-  }
-  return [chunk, size, stored = value.storedIn(chunk.parent())] {
-    required("set " + chunk.name(), [&] {
-      return chunk.resize(static_cast<uint32_t>(stored.size()), std::nothrow) &&
-             chunk.write(stored, 0, std::nothrow) && takeBackPadByte(chunk, size);
-    });
-  };
-}
-
-Change addValue(const Chunk& group, uint32_t id, const Value& value) {
-  const uint64_t size = value.sizeIn(group);
-  requireSize(size);
-  requireGrowingGroup(group, HEADER_SIZE + padded(size));
-  return [group, id, size, stored = value.storedIn(group)] {
-    required("add " + idText(id), [&] {
-      const Chunk added(group.addData(velmor_core::Id(id), stored, std::nothrow));
-      return added && takeBackPadByte(added, size);
-    });
-  };
-}
-
-Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId) {
-  requireGrowingGroup(group, GROUP_HEADER_SIZE);
-  return [group, id, groupId] {
-    required("add " + nameText(id, groupId), [&] {
-      return group.addGroup(velmor_core::Id(id), velmor_core::GroupId(groupId), std::nothrow);
-    });
-  };
-}
-
-Change removeChunk(const Chunk& chunk) {
-  return
-      [chunk] { required("remove " + chunk.name(), [&] { return chunk.remove(std::nothrow); }); };
-}
-
-Change recycleChunk(const Chunk& chunk) {
-  return [chunk] {
-    Chunk recycled = chunk;
-    required("recycle " + chunk.name(), [&] { return recycled.recycle(std::nothrow); });
-  };
-}
-
-uint64_t roomFor(const Value& value) { return value.size() + 2 * HEADER_SIZE; }
-
-void requireAllBytes(const Chunk& chunk) {
-  std::array<char, 1> last{};
-  if (chunk.dataSize() > 0 && !chunk.read(last, chunk.dataSize() - 1, std::nothrow)) {
-    errno = 0;  // the file ends too early, which is no system error
-    throw Refused(chunk.name() + " cannot be read to its end");
   }
 }
 

@@ -1,16 +1,14 @@
-// What the editing commands share: the steps from a file to its edited result, and the edits, which
-// check before they change anything.
+// What the editing commands share: the steps from a file to its edited result.
 #ifndef VELMOR_CORE_TOOLS_EDITING_EDITING_H
 #define VELMOR_CORE_TOOLS_EDITING_EDITING_H
 
 #include <array>
-#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "app/command.h"
-#include "editing/store.h"
-#include "editing/value.h"
+#include "editing/changes.h"
 #include "file/target.h"
 
 namespace tool {
@@ -21,32 +19,15 @@ inline constexpr Option FORCE{"--force"};
 inline constexpr Option IN_PLACE{"--in-place"};
 inline constexpr std::array EDIT_OPTIONS = {DRY_RUN, OUTPUT, FORCE, IN_PLACE};
 
-// An edit in two steps. The first finds the chunks and throws Failure for what cannot be done; it
-// changes nothing. The second, which it returns, changes the bytes.
-using Change = std::function<void()>;
-using Edit = std::function<Change(const Chunk& virtualRoot)>;
-
-// Each function checks an edit of a chunk that has been found, and returns the change. The chunk,
-// the group and the value have to live until the change has run.
-
-// Replaces a data chunk's bytes. The chunk takes the new size, and a pad byte is 0.
-Change setValue(const Chunk& chunk, const Value& value);
-// Adds a data chunk to a group; a pad byte is 0.
-Change addValue(const Chunk& group, uint32_t id, const Value& value);
-Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId);
-Change removeChunk(const Chunk& chunk);
-Change recycleChunk(const Chunk& chunk);
-
-// How much an edit can lengthen a file: header, data, and the pad byte that the file may lack at
-// its end.
-uint64_t roomFor(const Value& value);
-constexpr uint64_t ROOM_FOR_GROUP = 16;
-constexpr uint64_t ROOM_FOR_PAD = 2;
-
 // How the result of an edit gets to the disk.
 struct EditWay {
+  enum Force {
+    FOR_OUTPUT,  // --force makes sense with -o only
+    FOR_MORE     // the command has another use for it
+  };
+
   // Throws UsageError for EDIT_OPTIONS that contradict each other.
-  explicit EditWay(const Arguments& arguments);
+  explicit EditWay(const Arguments& arguments, Force force = FOR_OUTPUT);
 
   bool isDryRun;  // shows the tree of the result; nothing is written
   bool inPlace;
@@ -61,11 +42,13 @@ struct EditJob {
 };
 
 // Carries out an edit: in a copy that replaces the file, in another file, in place, or in memory to
-// show the tree. Throws Failure if it cannot be made; the file is then as before.
+// show the tree. Throws Failure if it cannot be made; the file is then as before. Writes no file if
+// nothing is to be done and the result needs no other name.
 void editFile(const EditJob& job, const EditWay& way, const Edit& edit);
 
-// Throws Failure unless the chunk's last data byte can be read: the file may be cut short.
-void requireAllBytes(const Chunk& chunk);
+// Carries out several edits as one. Each is checked on the result of those before it. The file is
+// changed in place only if all of them could be made in memory.
+void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edits);
 
 }  // namespace tool
 

@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "editing/cut.h"
+
 namespace tool {
 
 namespace {
@@ -19,10 +21,26 @@ Opened::Opened(const std::string& name, Original::Purpose purpose, uint64_t room
     : source(name, purpose), mapping(source.get(), source.size(), room) {
   RawBytes raw(source.get());
   firstFound = requireOpenable(name, raw);
-  explain([this] {
-    chunks = required("read the chunks", [this] {
+  loadChunks(source.size());
+}
+
+void Opened::cut(const Cut& cut) {
+  const std::span<char> edited = mapping.bytes().first(chunks.size());
+  chunks = Object();
+  loadChunks(cut.applyTo(edited));
+}
+
+void Opened::undoChanges() {
+  chunks = Object();
+  mapping.undoChanges();
+  loadChunks(source.size());
+}
+
+void Opened::loadChunks(uint64_t size) {
+  explain([this, size] {
+    chunks = required("read the chunks", [this, size] {
       const std::span<char> memory = mapping.bytes();
-      return Object::openBuffer(memory, source.size(), std::nothrow);
+      return Object::openBuffer(memory, size, std::nothrow);
     });
   });
 }

@@ -19,6 +19,8 @@ namespace tool {
 
 using velmor_core::Object;
 
+class Cut;
+
 // A chunk of an open object, or none, with the questions that commands ask about it.
 class Chunk : public velmor_core::Chunk {
  public:
@@ -54,13 +56,20 @@ class Opened {
   // The first finding of the survey that is no warning.
   const std::optional<Finding>& damage() const { return firstFound; }
   const Object& object() const { return chunks; }
+  Chunk root() const { return virtualRoot(chunks); }
   std::span<const char> bytes() const { return mapping.bytes().first(chunks.size()); }
+  // Removes bytes in memory and loads the chunks again. All handles of chunks end.
+  void cut(const Cut& cut);
+  // Makes the bytes and chunks those of the file again. All handles of chunks end.
+  void undoChanges();
 
   // Runs work on these chunks or on those of a copy of the file. If the work throws a Failure, puts
   // the name of the file before its message, and the reason after it if the library refused a call.
   void explain(const std::function<void()>& work) const;
 
  private:
+  void loadChunks(uint64_t size);
+
   Original source;
   Mapping mapping;
   std::optional<Finding> firstFound;
@@ -71,7 +80,8 @@ class Opened {
 // the reason.
 class Refused : public Failure {
  public:
-  explicit Refused(const std::string& what) : Failure(what), error(errno) {}
+  explicit Refused(const std::string& what) : Refused(what, errno) {}
+  Refused(const std::string& what, int systemError) : Failure(what), error(systemError) {}
   int systemError() const { return error; }
 
  private:

@@ -27,6 +27,17 @@ Value::Value(const std::string& word) {
     const Descriptor file = openToRead(word.substr(1));
     bytes.readToEnd(file.get(), word.substr(1), MAX_SIZE);
   }
+  finish();
+}
+
+Value Value::ofBytes(std::string_view bytes) {
+  Value value;
+  value.bytes.append(bytes);
+  value.finish();
+  return value;
+}
+
+void Value::finish() {
   length = bytes.size();
   bytes.append({NUL_AND_PAD.data(), NUL_AND_PAD.size()});
 }

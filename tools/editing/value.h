@@ -17,6 +17,8 @@ class Value {
   // "@@text" for the text "@text". Reads all bytes here, before anything is changed. Throws Failure
   // if it cannot be read, or is too long for a chunk.
   explicit Value(const std::string& word);
+  // These bytes, as they are.
+  static Value ofBytes(std::string_view bytes);
 
   std::size_t size() const { return length; }
   // The data size in a group. In LIST:INFO, the format requires a NUL at the end of texts.
@@ -25,6 +27,9 @@ class Value {
   std::string_view storedIn(const Chunk& group) const;
 
  private:
+  Value() = default;
+  void finish();  // after all bytes have been appended
+
   Bytes bytes;  // followed by two zeros
   std::size_t length = 0;
   bool isText = false;  // typed on the command line, not read from a file

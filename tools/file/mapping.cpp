@@ -82,6 +82,12 @@ Mapping::~Mapping() {
   ::munmap(begin, mappedLength);
 }
 
+void Mapping::undoChanges() {
+  if (::madvise(begin, mappedLength, MADV_DONTNEED) == -1) {
+    throw Failure(file.name(), "cannot be read again: " + systemError());
+  }
+}
+
 void Mapping::requireIntact() const {
   if (!guarded.lost) return;
   const auto offset = static_cast<uint64_t>(guarded.lost - begin);

@@ -21,6 +21,8 @@ class Mapping {
   ~Mapping();
 
   std::span<char> bytes() const { return {begin, length}; }
+  // Gives back the pages that have changed: the bytes are those of the file again.
+  void undoChanges();
   // Throws Failure if bytes could not be loaded since the mapping was made, because the file became
   // shorter or cannot be read. The mapping has zeros in their place. Call it before you use a
   // result.

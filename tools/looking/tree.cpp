@@ -7,6 +7,7 @@
 
 #include "app/terminal.h"
 #include "app/text.h"
+#include "known/known.h"
 
 namespace tool {
 
@@ -104,7 +105,17 @@ std::string remark(const TreeItem& item, uint64_t fileSize) {
   return styled(Style::FREE, pad.empty() ? "free" : "pad, free");
 }
 
-void printLine(const TreeItem& item, const Layout& layout, uint64_t fileSize) {
+// A chunk's value in words, or its text in quotes. Empty if the chunk is not known.
+std::string shownValue(const TreeItem& item, RawBytes& bytes) {
+  constexpr std::size_t WIDTH = 60;
+  constexpr uint64_t MOST_BYTES = 4 * (WIDTH + 1);  // a character has four bytes at most
+  if (item.kind != TreeItem::CHUNK) return "";
+  const ChunkValue value = valueOf(ChunkData(bytes, item.chunk, item.parent), MOST_BYTES);
+  const std::string text = shortened(value.text, WIDTH);
+  return value.isText ? "\"" + text + "\"" : text;
+}
+
+void printLine(const TreeItem& item, const Layout& layout, RawBytes& bytes, Values values) {
   const bool isChunk = item.kind == TreeItem::CHUNK;
   const bool isFree = !isChunk || item.chunk.id == ID_JUNK;
   const std::string name = indentedName(item);
@@ -119,7 +130,9 @@ void printLine(const TreeItem& item, const Layout& layout, uint64_t fileSize) {
   line.append(layout.nameWidth - name.size(), ' ');
   alignRight(line, isChunk ? grouped(item.chunk.dataSize) : "", layout.sizeWidth + GAP);
   alignRight(line, grouped(totalSize(item)), layout.totalWidth + GAP);
-  const std::string note = remark(item, fileSize);
+  const std::string value = values == Values::SHOWN ? shownValue(item, bytes) : "";
+  if (!value.empty()) line.append(GAP, ' ').append(value);
+  const std::string note = remark(item, bytes.size());
   if (!note.empty()) line.append(GAP, ' ').append(note);
   std::cout << line << '\n';
 }
@@ -138,7 +151,7 @@ uint64_t pastGroup(const TreeItem& item, uint64_t fileSize) {
   return leaves ? end - item.limit : 0;
 }
 
-void printTree(std::string_view title, RawBytes& bytes, const RawNode& start) {
+void printTree(std::string_view title, RawBytes& bytes, const RawNode& start, Values values) {
   const Layout layout(TreeItems(bytes, start));
   std::cout << styled(Style::TITLE, printable(title)) << "  (" << grouped(bytes.size())
             << (bytes.size() == 1 ? " byte, " : " bytes, ") << counted(layout.chunks, "chunk")
@@ -146,7 +159,7 @@ void printTree(std::string_view title, RawBytes& bytes, const RawNode& start) {
   TreeItems items(bytes, start);
   for (bool isFirst = true; items.next(); isFirst = false) {
     if (isFirst) printHead(layout);
-    printLine(items.item(), layout, bytes.size());
+    printLine(items.item(), layout, bytes, values);
   }
 }
 

@@ -3,11 +3,22 @@
 #include <iostream>
 
 #include "app/json.h"
+#include "known/known.h"
 #include "looking/tree.h"
 
 namespace tool {
 
-void printJson(std::string_view file, RawBytes& bytes, const RawNode& start) {
+namespace {
+
+constexpr uint64_t MAX_TEXT = 4096;  // bytes
+
+void printValue(const ChunkValue& value) {
+  if (value.isText || !value.text.empty()) std::cout << ",\"value\":" << quoted(value.text);
+}
+
+}  // namespace
+
+void printJson(std::string_view file, RawBytes& bytes, const RawNode& start, Values values) {
   const uint64_t size = bytes.size();
   std::cout << jsonStart("tree", file) << ",\"size\":" << size << ",\"chunks\":[";
   std::string_view separator;
@@ -28,6 +39,8 @@ void printJson(std::string_view file, RawBytes& bytes, const RawNode& start) {
               << ",\"free\":" << (chunk.id == ID_JUNK ? "true" : "false")
               << ",\"missing\":" << missingBytes(item, size);
     if (const uint64_t past = pastGroup(item, size); past > 0) std::cout << ",\"past\":" << past;
+    if (values == Values::SHOWN)
+      printValue(valueOf(ChunkData(bytes, chunk, item.parent), MAX_TEXT));
     std::cout << '}';
   }
   std::cout << "]}\n";

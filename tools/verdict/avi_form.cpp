@@ -8,29 +8,15 @@
 #include <vector>
 
 #include "app/text.h"
+#include "known/avi.h"
+#include "known/chunk_data.h"
 #include "verdict/form.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint32_t ID_HDRL = VELMOR_CORE_RIFF_ID('h', 'd', 'r', 'l');
-constexpr uint32_t ID_AVIH = VELMOR_CORE_RIFF_ID('a', 'v', 'i', 'h');
-constexpr uint32_t ID_STRL = VELMOR_CORE_RIFF_ID('s', 't', 'r', 'l');
-constexpr uint32_t ID_INDX = VELMOR_CORE_RIFF_ID('i', 'n', 'd', 'x');
-constexpr uint32_t ID_REC = VELMOR_CORE_RIFF_ID('r', 'e', 'c', ' ');
-constexpr uint32_t ID_IX = VELMOR_CORE_RIFF_ID('i', 'x', '\0', '\0');
-
-constexpr uint32_t FLAGS_OFFSET = 12;  // in avih
-constexpr uint32_t FLAG_HAS_INDEX = 0x10;
-
-constexpr uint64_t OPEN_DML_HEADER = 24;
-constexpr uint8_t INDEX_OF_INDEXES = 0;
-constexpr uint8_t INDEX_OF_CHUNKS = 1;
 constexpr uint64_t ENTRIES_AT_ONCE = 256;
-
-// The first two characters of an id; "ix##" and "##ix" name their stream in the other two.
-constexpr uint32_t firstHalf(uint32_t id) { return id & 0xFFFF; }
 
 // Reads the entries of an index in blocks and counts those that point at no chunk of their id.
 class IndexCheck {
@@ -108,20 +94,17 @@ class AviForm : public Form {
 
   void takeMainHeader(const RawChunk& chunk) {
     hasMainHeader = true;
-    if (chunk.dataSize < FLAGS_OFFSET + 4 || !isComplete(chunk)) return;
-    std::array<uint8_t, 4> field{};
-    bytes.copy(field.data(), field.size(), chunk.dataOffset() + FLAGS_OFFSET);
-    announcesIndex = (littleEndian32(field.data()) & FLAG_HAS_INDEX) != 0;
+    if (!isComplete(chunk)) return;
+    const uint32_t flags = ChunkData(bytes, chunk).number32(AVIH_FLAGS);
+    announcesIndex = (flags & AVIH_HAS_INDEX) != 0;
   }
 
-  // An id, flags, an offset and a size of 32 bits each. Entries of size 0 stand for dropped frames
-  // and may point anywhere.
+  // Entries of size 0 stand for dropped frames and may point anywhere.
   void checkIdx1(const RawChunk& chunk) {
-    constexpr uint64_t ENTRY = 16;
-    const uint64_t count = chunk.dataSize / ENTRY;
+    const uint64_t count = chunk.dataSize / IDX1_ENTRY;
     if (count == 0 || movi == 0 || !isReadable(chunk)) return;
     const auto countMisses = [&](uint64_t base, uint64_t entries) {
-      IndexCheck check(bytes, chunk.dataOffset(), entries, ENTRY);
+      IndexCheck check(bytes, chunk.dataOffset(), entries, IDX1_ENTRY);
       check.run([&](const uint8_t* entry) {
         return littleEndian32(entry + 12) == 0 ||
                isAt(littleEndian32(entry), base + littleEndian32(entry + 8));
@@ -137,22 +120,19 @@ class AviForm : public Form {
 
   static bool isOpenDml(const RawChunk& chunk, uint32_t parent) {
     if (parent == ID_STRL) return chunk.id == ID_INDX;
-    return (parent == ID_MOVI || parent == ID_REC) && firstHalf(chunk.id) == ID_IX;
+    return (parent == ID_MOVI || parent == ID_REC) && (chunk.id & FIRST_HALF) == ID_IX;
   }
 
-  // The size of an entry in 32-bit words, two bytes for the kind of index, the number of entries,
-  // the id of the chunks, and 12 bytes: the base of the offsets (8 bytes) and 4 reserved bytes, or
-  // 12 reserved bytes in an index of indexes.
   void checkOpenDml(const RawChunk& chunk) {
     if (!isReadable(chunk) || chunk.dataSize < OPEN_DML_HEADER) return;
-    std::array<uint8_t, OPEN_DML_HEADER> header{};
-    bytes.copy(header.data(), header.size(), chunk.dataOffset());
-    const uint64_t entrySize = littleEndian16(&header[0]) * uint64_t{4};
-    const uint64_t claimed = littleEndian32(&header[4]);
-    const uint32_t id = littleEndian32(&header[8]);
-    const uint64_t base = littleEndian64(&header[12]);
-    const bool isOfIndexes = header[3] == INDEX_OF_INDEXES && entrySize == 16;
-    const bool isOfChunks = header[3] == INDEX_OF_CHUNKS && (entrySize == 8 || entrySize == 12);
+    const ChunkData data(bytes, chunk);
+    const uint64_t entrySize = data.number16(0) * uint64_t{4};
+    const uint8_t kind = data.byte(OPEN_DML_KIND);
+    const uint64_t claimed = data.number32(OPEN_DML_COUNT);
+    const uint32_t id = data.id(OPEN_DML_ID);
+    const uint64_t base = data.number(OPEN_DML_BASE, 8);
+    const bool isOfIndexes = kind == INDEX_OF_INDEXES && entrySize == 16;
+    const bool isOfChunks = kind == INDEX_OF_CHUNKS && (entrySize == 8 || entrySize == 12);
     if (!isOfIndexes && !isOfChunks) return;
     const uint64_t room = (chunk.dataSize - OPEN_DML_HEADER) / entrySize;
     if (claimed > room) {
@@ -165,7 +145,7 @@ class AviForm : public Form {
     check.run([&](const uint8_t* entry) {
       if (!isOfIndexes) return isAt(id, base + littleEndian32(entry) - HEADER_SIZE);
       const uint64_t target = littleEndian64(entry);
-      return target < bytes.size() && firstHalf(bytes.chunkAt(target).id) == ID_IX;
+      return target < bytes.size() && (bytes.chunkAt(target).id & FIRST_HALF) == ID_IX;
     });
     if (check.misses > 0) warn(chunk.offset, check.text(idText(chunk.id)));
   }

@@ -5,15 +5,10 @@
 #include <memory>
 
 #include "chunks/raw_bytes.h"
+#include "known/ids.h"
 #include "verdict/finding.h"
 
 namespace tool {
-
-constexpr uint32_t ID_MOVI = VELMOR_CORE_RIFF_ID('m', 'o', 'v', 'i');
-constexpr uint32_t ID_IDX1 = VELMOR_CORE_RIFF_ID('i', 'd', 'x', '1');
-constexpr uint32_t FORM_WAVE = VELMOR_CORE_RIFF_ID('W', 'A', 'V', 'E');
-constexpr uint32_t FORM_AVI = VELMOR_CORE_RIFF_ID('A', 'V', 'I', ' ');
-constexpr uint32_t FORM_WEBP = VELMOR_CORE_RIFF_ID('W', 'E', 'B', 'P');
 
 // Looks at the chunks of one RIFF group. Reports a warning where players still work, and doubtful
 // damage where they fail.

@@ -1,28 +1,12 @@
 // WAVE: "fmt " comes before "data", samples that are not PCM need a "fact", and the data consists
 // of whole sample blocks.
-#include <array>
-
 #include "app/text.h"
+#include "known/wave_format.h"
 #include "verdict/form.h"
 
 namespace tool {
 
 namespace {
-
-constexpr uint32_t ID_FMT = VELMOR_CORE_RIFF_ID('f', 'm', 't', ' ');
-constexpr uint32_t ID_FACT = VELMOR_CORE_RIFF_ID('f', 'a', 'c', 't');
-constexpr uint32_t ID_WAVL = VELMOR_CORE_RIFF_ID('w', 'a', 'v', 'l');
-
-constexpr uint32_t TAG_PCM = 1;
-constexpr uint32_t TAG_FLOAT = 3;
-constexpr uint32_t TAG_A_LAW = 6;
-constexpr uint32_t TAG_MU_LAW = 7;
-constexpr uint32_t TAG_EXTENSIBLE =
-    0xFFFE;  // the lower half of the GUID's first number, at byte 24, is the real tag
-
-constexpr uint32_t SMALLEST_FMT = 14;  // a WAVEFORMAT without the sample size
-constexpr uint32_t PCM_FMT = 16;
-constexpr uint32_t EXTENSIBLE_FMT = 40;
 
 class WaveForm : public Form {
  public:
@@ -62,43 +46,33 @@ class WaveForm : public Form {
       return;
     }
     if (!isComplete(chunk)) return;
-    std::array<uint8_t, EXTENSIBLE_FMT> fields{};
-    bytes.copy(fields.data(), std::min<uint64_t>(chunk.dataSize, fields.size()),
-               chunk.dataOffset());
-    const auto field = [&](std::size_t at, std::size_t size) {
-      return static_cast<uint32_t>(numberIn(std::span(fields).subspan(at, size), bytes.order()));
-    };
-    tag = field(0, 2);
-    if (tag == TAG_EXTENSIBLE) tag = field(24, 4) & 0xFFFF;
-    const uint32_t channels = field(2, 2);
-    blockAlign = field(12, 2);
-    const uint32_t bits = field(14, 2);
-    if (channels == 0) fail(chunk.offset, name + "/fmt has 0 channels");
-    if (field(4, 4) == 0) fail(chunk.offset, name + "/fmt has the rate 0");
-    if (!hasPlainSamples()) return;
+    const WaveFormat format(ChunkData(bytes, chunk));
+    tag = format.tag;
+    hasPlainSamples = format.hasPlainSamples();
+    blockAlign = format.blockAlign;
+    if (format.channels == 0) fail(chunk.offset, name + "/fmt has 0 channels");
+    if (format.rate == 0) fail(chunk.offset, name + "/fmt has the rate 0");
+    if (!hasPlainSamples) return;
     if (blockAlign == 0) {
       fail(chunk.offset, name + "/fmt has the block alignment 0");
-    } else if (chunk.dataSize >= PCM_FMT && blockAlign != channels * ((bits + 7) / 8)) {
+    } else if (chunk.dataSize >= PCM_FMT &&
+               blockAlign != format.channels * ((format.bits + 7U) / 8)) {
       warn(chunk.offset, "the block alignment " + std::to_string(blockAlign) + " of " + name +
-                             "/fmt does not fit " + counted(channels, "channel") + " of " +
-                             counted(bits, "bit"));
+                             "/fmt does not fit " + counted(format.channels, "channel") + " of " +
+                             counted(format.bits, "bit"));
     }
   }
 
   void takeData(const RawChunk& chunk) {
     if (!hasFormat && !hasSamples) dataBeforeFormat = chunk.offset;
     hasSamples = true;
-    if (!isComplete(chunk) || !hasPlainSamples() || blockAlign == 0) return;
+    if (!isComplete(chunk) || !hasPlainSamples || blockAlign == 0) return;
     if (const uint64_t rest = chunk.dataSize % blockAlign; rest > 0) {
       warn(chunk.offset, name + "/data ends " + counted(rest, "byte") + " into a sample block of " +
                              std::to_string(blockAlign));
     }
   }
 
-  // Each sample has its own bytes. Blocks of compressed sound may be cut short.
-  bool hasPlainSamples() const {
-    return tag == TAG_PCM || tag == TAG_FLOAT || tag == TAG_A_LAW || tag == TAG_MU_LAW;
-  }
   bool wantsFact() const { return tag != 0 && tag != TAG_PCM; }
 
   const std::string name = riff.name();
@@ -106,7 +80,8 @@ class WaveForm : public Form {
   bool hasSamples = false;
   bool hasFact = false;
   uint64_t dataBeforeFormat = 0;  // the offset of a data chunk before the fmt chunk, or 0
-  uint32_t tag = 0;
+  uint16_t tag = 0;
+  bool hasPlainSamples = false;
   uint32_t blockAlign = 0;
 };
 

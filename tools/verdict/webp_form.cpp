@@ -3,40 +3,20 @@
 #include <array>
 #include <string_view>
 
+#include "known/chunk_data.h"
+#include "known/webp.h"
 #include "verdict/form.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint32_t ID_VP8 = VELMOR_CORE_RIFF_ID('V', 'P', '8', ' ');
-constexpr uint32_t ID_VP8L = VELMOR_CORE_RIFF_ID('V', 'P', '8', 'L');
-constexpr uint32_t ID_VP8X = VELMOR_CORE_RIFF_ID('V', 'P', '8', 'X');
-constexpr uint32_t ID_ALPH = VELMOR_CORE_RIFF_ID('A', 'L', 'P', 'H');
-constexpr uint32_t ID_ANIM = VELMOR_CORE_RIFF_ID('A', 'N', 'I', 'M');
-constexpr uint32_t ID_ANMF = VELMOR_CORE_RIFF_ID('A', 'N', 'M', 'F');
-constexpr uint32_t ID_ICCP = VELMOR_CORE_RIFF_ID('I', 'C', 'C', 'P');
-constexpr uint32_t ID_EXIF = VELMOR_CORE_RIFF_ID('E', 'X', 'I', 'F');
-constexpr uint32_t ID_XMP = VELMOR_CORE_RIFF_ID('X', 'M', 'P', ' ');
-
-constexpr uint32_t VP8X_SIZE = 10;
-constexpr uint8_t FLAG_ANIMATION = 0x02;
-constexpr uint8_t FLAG_ALPHA = 0x10;
-
-// A signature, two sizes of 14 bits, the alpha bit.
-constexpr std::size_t LOSSLESS_HEADER = 5;
-constexpr uint8_t LOSSLESS_SIGNATURE = 0x2F;
-// A frame tag of 24 bits, whose upper 19 are the size of the first partition; three bytes that
-// never change; two sizes. The first partition follows. Without it, nothing can be decoded.
-constexpr std::size_t LOSSY_HEADER = 10;
-constexpr uint32_t START_CODE = 0x2A019D;
-
 struct Announced {
   uint8_t flag;
   uint32_t id;
 };
-constexpr std::array ANNOUNCED = {Announced{0x20, ID_ICCP}, Announced{0x08, ID_EXIF},
-                                  Announced{0x04, ID_XMP}, Announced{FLAG_ANIMATION, ID_ANIM}};
+constexpr std::array ANNOUNCED = {Announced{FLAG_ICC, ID_ICCP}, Announced{FLAG_EXIF, ID_EXIF},
+                                  Announced{FLAG_XMP, ID_XMP}, Announced{FLAG_ANIMATION, ID_ANIM}};
 
 class WebpForm : public Form {
  public:
@@ -84,25 +64,23 @@ class WebpForm : public Form {
 
   void takeLossy(const RawChunk& chunk) {
     hasPicture = true;
-    std::array<uint8_t, LOSSY_HEADER> header{};
-    const uint64_t there = std::min(chunk.dataEnd(), bytes.size()) - chunk.dataOffset();
-    bytes.copy(header.data(), std::min<uint64_t>(header.size(), there), chunk.dataOffset());
-    if ((littleEndian32(&header[3]) & 0xFF'FFFF) != START_CODE) {
+    const ChunkData data(bytes, chunk);
+    if (data.number(LOSSY_START, 3) != START_CODE) {
       fail(chunk.offset, "RIFF:WEBP/VP8 does not begin like a picture");
-    } else if (LOSSY_HEADER + ((littleEndian32(header.data()) & 0xFF'FFFF) >> 5) > there) {
+    } else if (LOSSY_HEADER + (data.number(0, 3) >> PARTITION_SHIFT) > data.size()) {
       fail(chunk.offset, "RIFF:WEBP/VP8 ends before the first part of the picture does");
     }
   }
 
   void takeLossless(const RawChunk& chunk) {
     hasPicture = true;
+    const ChunkData data(bytes, chunk);
     if (!isComplete(chunk)) {
       fail(chunk.offset, "RIFF:WEBP/VP8L is cut short, and nothing of it can be decoded");
-    } else if (chunk.dataSize < LOSSLESS_HEADER ||
-               bytes.byteAt(chunk.dataOffset()) != LOSSLESS_SIGNATURE) {
+    } else if (chunk.dataSize < LOSSLESS_HEADER || data.byte(0) != LOSSLESS_SIGNATURE) {
       fail(chunk.offset, "RIFF:WEBP/VP8L does not begin like a picture");
     } else {
-      hasAlpha |= (bytes.byteAt(chunk.dataOffset() + LOSSLESS_HEADER - 1) & 0x10) != 0;
+      hasAlpha |= (data.number32(LOSSLESS_BITS) & LOSSLESS_ALPHA) != 0;
     }
   }
 

@@ -1,0 +1,29 @@
+// The values of the fields of a "bext" chunk as texts.
+#ifndef VELMOR_CORE_TOOLS_KNOWN_BEXT_VALUE_H
+#define VELMOR_CORE_TOOLS_KNOWN_BEXT_VALUE_H
+
+#include <string>
+#include <string_view>
+
+#include "chunks/layout.h"
+#include "known/bext.h"
+
+namespace tool {
+
+// The field with a name, or null.
+const BextField* findBextField(std::string_view name);
+
+// The number in the bytes of a field.
+uint64_t bextNumber(std::string_view bytes, ByteOrder order = ByteOrder::LITTLE);
+
+// The value of a field; empty if the field is not set. Texts keep their encoding.
+std::string bextText(const BextField& field, std::string_view bytes, ByteOrder order);
+
+// The bytes of a field, as many as it has, for a text; an empty text makes a field that is not set.
+// Texts keep their encoding. Lines of the coding history end in CR LF. Throws UsageError if the
+// text is no value of this field.
+std::string bextBytes(const BextField& field, std::string_view text);
+
+}  // namespace tool
+
+#endif
