@@ -112,7 +112,7 @@ sizes_have_64_bits() {
 
 standard_input_is_read() {
   needs ffmpeg
-  local file
+  local file said
   take tagged.wav clip.avi card.webp
   head -c 8000 tagged.wav >cut.wav
   head -c 300000 /dev/zero >zeros
@@ -130,6 +130,10 @@ standard_input_is_read() {
   for file in *.*; do piped $file; done
   expect_equal "not RIFF" "velmor-core: standard input: not a RIFF file: it holds only zeros" \
     "$(cat zeros | "$program" tree - 2>&1)"
+  expect_equal show "$("$program" show long.avi RIFF/LIST/avih | tail -n +2)" \
+    "$(cat long.avi | "$program" show - RIFF/LIST/avih | tail -n +2)"
+  said=$(cat long.avi | "$program" show --all - RIFF/LIST:movi/00dc[9] 2>&1) && fail "pictures are kept"
+  [[ $said == *"standard input: "*"was not kept"* ]] || fail "$said"
   expect_equal redirected "$("$program" tree clip.avi | tail -n +2)" "$("$program" tree - <clip.avi | tail -n +2)"
   # Sound of 1 GB, in little memory.
   { printf 'RIFF\xff\xff\xff\xff' && head -c 36 "$data/tone.wav" | tail -c +9 && printf 'data\xff\xff\xff\xff' &&
