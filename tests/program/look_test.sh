@@ -79,8 +79,8 @@ diff_names_what_changed() {
   printf '\x7f' | dd of=a.wav bs=1 seek=$((116 + 8 + 5000)) conv=notrunc status=none
   differences 1 "changed RIFF:WAVE/data;" tagged.wav a.wav
   grep -q 'from data byte 5000 on' out || fail "offset: $(<out)"
-  "$program" remove clip.avi 'RIFF/LIST:movi/00dc[2]' -o b.avi || fail remove
-  differences 1 "removed RIFF:AVI/LIST:movi/00dc;" clip.avi b.avi
+  "$program" remove clip.avi 'RIFF/LIST:movi/00dc[2]' -o b.avi 2>/dev/null || fail remove
+  differences 1 "removed RIFF:AVI/LIST:movi/00dc; changed RIFF:AVI/idx1;" clip.avi b.avi
   printf 'x' | cat clip.avi - >c.avi
   differences 1 "added (no;" clip.avi c.avi
   "$program" diff --quiet clip.avi c.avi
