@@ -42,6 +42,7 @@ others_read_what_was_set() {
     expect_lists 1 $file
     expect_equal "$file" "Größe 東|A. Fork|7||odd" "$(probed $file title)|$(probed $file artist)|$(probed $file track)|$(probed $file comment)|$(exiftool -s3 -Subject $file)"
     expect_equal "exiftool $file" "Größe 東" "$(exiftool -s3 -charset riff=utf8 -Title $file)"
+    expect_equal "NUL in $file" 6f646400 "$("$program" extract $file RIFF/LIST:INFO/ISBJ | od -An -tx1 | tr -d ' ')"
     expect_equal "contents of $file" "$sound" "$(ffmpeg -v error -i $file -map 0 -f md5 -)"
     [[ $file == *.avi ]] || expect_equal "sndfile $file" "A. Fork" "$(sndfile-metadata-get --str-artist $file | sed 's/.*: //')"
     "$program" tag $file title= artist= track= ISBJ= || fail "removal $file"

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include "app/errors.h"
+
 namespace tool {
 
 namespace {
@@ -22,6 +24,11 @@ std::size_t leadingZeros(std::span<const std::byte> bytes) {
   return index;
 }
 
+[[noreturn]] void throwNotKept(uint64_t offset) {
+  throw Failure("a part of standard input is needed that was not kept (at offset " +
+                std::to_string(offset) + "): save it as a file first");
+}
+
 }  // namespace
 
 RawBytes::RawBytes(const File& file)
@@ -29,6 +36,9 @@ RawBytes::RawBytes(const File& file)
 
 RawBytes::RawBytes(std::span<const char> memory)
     : memory(memory), stored(memory.size()), length(stored), headers(readFormat()) {}
+
+RawBytes::RawBytes(const KeptBytes& kept)
+    : kept(&kept), stored(kept.size()), length(stored), headers(readFormat()) {}
 
 HeaderFormat RawBytes::readFormat() const {
   return HeaderFormat(
@@ -51,16 +61,28 @@ uint64_t RawBytes::number(uint64_t offset, uint64_t size) const {
 }
 
 void RawBytes::copy(void* to, uint64_t count, uint64_t offset) const {
+  if (!fetch(to, count, offset)) throwNotKept(offset);
+}
+
+void RawBytes::require(uint64_t offset, uint64_t count) const {
+  if (!has(offset, count)) throwNotKept(offset);
+}
+
+bool RawBytes::fetch(void* to, uint64_t count, uint64_t offset) const {
   const uint64_t there = offset < stored ? std::min(count, stored - offset) : 0;
+  if (there < count) std::memset(static_cast<char*>(to) + there, 0, count - there);
+  if (there == 0) return true;
+  if (kept) return kept->copy(to, there, offset);
   if (file) {
     file->readAll(to, there, offset);
-  } else if (there > 0) {
+  } else {
     std::memcpy(to, memory.data() + offset, there);
   }
-  if (there < count) std::memset(static_cast<char*>(to) + there, 0, count - there);
+  return true;
 }
 
 uint64_t RawBytes::endOfZeros(uint64_t offset, uint64_t end) {
+  if (kept) return kept->endOfZeros(offset, end);
   // Most runs are short and lie in the window. Most offsets that are asked for begin no run.
   if (offset < end) {
     bytesAt(offset, 1);
@@ -85,7 +107,7 @@ const uint8_t* RawBytes::bytesAt(uint64_t offset, uint64_t count) {
   if (offset < windowOffset || offset + count > windowOffset + windowSize) {
     windowSize = offset < length ? std::min<uint64_t>(WINDOW, length - offset) : 0;
     windowOffset = offset;
-    copy(window.data(), windowSize, offset);
+    fetch(window.data(), windowSize, offset);
     std::fill(window.begin() + static_cast<std::ptrdiff_t>(windowSize), window.end(), uint8_t{0});
   }
   return &window[offset - windowOffset];

@@ -8,17 +8,20 @@
 #include <vector>
 
 #include "chunks/header_format.h"
+#include "chunks/kept_bytes.h"
 #include "chunks/raw_chunk.h"
 #include "file/file.h"
 
 namespace tool {
 
-// The bytes of a file or of memory, which has to outlive this. Keeps the last few KiB that were
-// read, so a header near the previous one needs no system call.
+// The bytes of a file, of memory or of a pipe, which has to outlive this. Keeps the last few KiB
+// that were read, so a header near the previous one needs no system call.
 class RawBytes {
  public:
   explicit RawBytes(const File& file);
   explicit RawBytes(std::span<const char> memory);
+  // The headers are all there. So is the data that keepHeaders() keeps.
+  explicit RawBytes(const KeptBytes& kept);
 
   uint64_t size() const { return length; }
   // How the headers store sizes.
@@ -46,8 +49,13 @@ class RawBytes {
   uint16_t number16(uint64_t offset) const { return static_cast<uint16_t>(number(offset, 2)); }
   uint32_t number32(uint64_t offset) const { return static_cast<uint32_t>(number(offset, 4)); }
   uint64_t number64(uint64_t offset) const { return number(offset, 8); }
-  // Copies bytes. Those past the end of the file are 0. Throws Failure if the file became shorter.
+  // Copies bytes. Those past the end of the file are 0. Throws Failure if the file became shorter,
+  // or bytes of a pipe were not kept.
   void copy(void* to, uint64_t count, uint64_t offset) const;
+  // Throws Failure if bytes of a pipe were not kept.
+  void require(uint64_t offset, uint64_t count) const;
+  // Whether bytes can be copied; false only for bytes of a pipe that were not kept.
+  bool has(uint64_t offset, uint64_t count) const { return !kept || kept->has(offset, count); }
   // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
   // files are skipped unread.
   uint64_t endOfZeros(uint64_t offset, uint64_t end);
@@ -57,10 +65,14 @@ class RawBytes {
 
   // `count` bytes at an offset, GROUP_HEADER_SIZE at most.
   const uint8_t* bytesAt(uint64_t offset, uint64_t count);
+  // As copy(), but bytes that were not kept are 0. Returns whether there are none.
+  bool fetch(void* to, uint64_t count, uint64_t offset) const;
   uint64_t number(uint64_t offset, uint64_t size) const;
   HeaderFormat readFormat() const;
 
-  const File* file = nullptr;  // or null, for memory
+  // Both are null for memory.
+  const File* file = nullptr;
+  const KeptBytes* kept = nullptr;
   std::span<const char> memory;
   uint64_t stored;  // bytes in the file or memory
   uint64_t length;

@@ -49,6 +49,7 @@ bool TreeItems::next() {
       walk.level() == 0 ? outerGroup : ParentGroup{walk.group().groupId, walk.group().offset}};
   const uint64_t left = limit - walk.offset();
   if (left >= HEADER_SIZE && chunk.id == 0 && chunk.dataSize == 0) {
+    bytes.require(chunk.offset, HEADER_SIZE);
     const uint64_t zeros = bytes.endOfZeros(chunk.offset, limit) - chunk.offset;
     current.kind = TreeItem::ZEROS;
     current.size = zeros == left ? left : zeros / HEADER_SIZE * HEADER_SIZE;

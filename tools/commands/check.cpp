@@ -8,6 +8,7 @@
 #include "app/jobs.h"
 #include "app/json.h"
 #include "app/text.h"
+#include "chunks/input.h"
 #include "verdict/survey.h"
 
 namespace tool {
@@ -28,9 +29,10 @@ void printSound(const std::string& file, const Survey& survey) {
 
 Status statusOf(const Survey& survey) { return survey.damages > 0 ? DAMAGED : CLEAN; }
 
-Status reportAll(const std::string& file) {
+Status reportAll(const std::string& operand) {
+  const std::string file = inputName(operand);
   uint64_t shown = 0;
-  const Survey survey = surveyFile(file, [&](const Finding& finding) {
+  const Survey survey = surveyFile(operand, [&](const Finding& finding) {
     ++shown;
     complain(file + ": " + (finding.isWarning() ? "warning: " : "") + findingText(finding));
   });
@@ -41,9 +43,10 @@ Status reportAll(const std::string& file) {
   return statusOf(survey);
 }
 
-Status reportFirst(const std::string& file) {
+Status reportFirst(const std::string& operand) {
+  const std::string file = inputName(operand);
   std::optional<Finding> first;
-  const Survey survey = surveyFile(file, [&](const Finding& finding) {
+  const Survey survey = surveyFile(operand, [&](const Finding& finding) {
     if (!first && !finding.isWarning()) first = finding;
   });
   if (first) {
@@ -114,6 +117,12 @@ These findings are warnings, since other programs read such files without troubl
 
 The data of chunks is not decoded: a file with damaged audio or pictures may still be "sound" here.
 Several RIFF groups, and other chunks at the top level, are allowed.
+
+RF64, BW64 and RIFX files are checked too; 64-bit sizes come from the chunk ds64.
+
+FILE "-" is standard input. A pipe is read once, and only headers, small data and indexes are kept
+in memory. An index of more than 64 MiB is not checked then. Entries of an index that point into
+data where a size is wrong are reported as wrong, too.
 
 -q, --quiet   print one line for each file: its first damage, or that it is sound; no warnings
 --jobs N      check N files at the same time; see "velmor-core --help"

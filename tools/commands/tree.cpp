@@ -10,7 +10,7 @@
 #include "app/jobs.h"
 #include "chunks/chunk_path.h"
 #include "chunks/file_kind.h"
-#include "file/original.h"
+#include "chunks/input.h"
 
 namespace tool {
 
@@ -26,13 +26,15 @@ int runTree(const Arguments& arguments) {
   if (const auto text = arguments.value(PATH.name)) path.emplace(*text);
   const auto print = arguments.has(JSON.name) ? printJson : printTree;
   const Values values = arguments.has(RAW.name) ? Values::LEFT_OUT : Values::SHOWN;
-  return forEachFile(arguments, [&](const std::string& file) {
-    const Original original(file, Original::LOOK);
-    RawBytes bytes(original.get());
+  return forEachFile(arguments, [&](const std::string& operand) {
+    const Input input(operand);
+    const std::string file = inputName(operand);
+    RawBytes bytes = input.bytes();
     if (!arguments.has(ANY.name)) requireRiff(file, bytes);
     try {
       const RawNode root = RawNode::virtualRoot(bytes);
-      print(file, bytes, path ? path->find(root) : root, values);
+      print(arguments.has(JSON.name) ? operand : file, bytes, path ? path->find(root) : root,
+            values);
     } catch (const Failure& failure) {
       throw Failure(file, failure.what());
     }
@@ -53,7 +55,11 @@ byte). All sizes are in bytes. The chunks in a group follow it and are indented 
 A value follows for chunks whose format is known: sound, pictures and streams in words, texts in
 quotes. "velmor-core show" shows all of a value. "pad" marks a chunk with a pad byte, "free" a JUNK
 chunk, whose space later edits can use. Only headers and the start of known chunks are read, also in
-large files.
+large files. FILE "-" is standard input; of a pipe, only headers and small data are kept in memory,
+and the tree appears at its end.
+
+RF64 and BW64 files are shown with the 64-bit sizes of their chunk ds64, RIFX files with their
+big-endian sizes. They can be read, but not edited.
 
 Damaged files are shown too. A remark follows a chunk that is cut short by the end of the file or
 that ends past the end of its group. The line (zeros) shows a run of zeros, the line (no chunk)

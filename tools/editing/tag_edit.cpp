@@ -68,8 +68,9 @@ bool holdsAny(const Chunk& list, const std::vector<InfoAssignment>& assignments)
 // The lists that change.
 std::vector<NewListPointer> rebuildLists(const Chunk& group,
                                          const std::vector<InfoAssignment>& assignments) {
-  std::vector<bool> missing;
-  for (const InfoAssignment& each : assignments) missing.push_back(!each.text.empty());
+  std::vector<bool> missing(assignments.size());
+  std::transform(assignments.begin(), assignments.end(), missing.begin(),
+                 [](const InfoAssignment& each) { return !each.text.empty(); });
   std::vector<NewListPointer> changed;
   Chunk first;
   forEachTagChunk(group, [&](const Chunk& list) {
@@ -203,7 +204,7 @@ Change setTags(const Chunk& virtualRoot, const TagAssignments& assignments) {
     throw Failure(std::string(assignments.bext[0].field->name) + " is a field of bext, which " +
                   group.name() + " does not have");
   }
-  const Change info = setInfo(group, assignments.info);
+  Change info = setInfo(group, assignments.info);
   if (assignments.bext.empty()) return info;
   return [info, bext = setBext(group, assignments.bext)] {
     bext();

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "chunks/chunk_id.h"
+#include "known/ids.h"
 
 namespace tool {
 
@@ -16,28 +16,24 @@ struct InfoName {
   uint32_t id;
 };
 
-constexpr uint32_t infoId(const char (&text)[5]) {
-  return VELMOR_CORE_RIFF_ID(text[0], text[1], text[2], text[3]);
-}
-
 // Names that mean the same in most programs. Where a name has several ids, programs disagree: all
 // are read, and the first is the one that new texts get.
 inline constexpr std::array INFO_NAMES = {
-    InfoName{"title", infoId("INAM")},     InfoName{"artist", infoId("IART")},
-    InfoName{"album", infoId("IPRD")},     InfoName{"comment", infoId("ICMT")},
-    InfoName{"date", infoId("ICRD")},      InfoName{"genre", infoId("IGNR")},
-    InfoName{"track", infoId("ITRK")},     InfoName{"track", infoId("IPRT")},
-    InfoName{"copyright", infoId("ICOP")}, InfoName{"software", infoId("ISFT")},
-    InfoName{"engineer", infoId("IENG")},  InfoName{"technician", infoId("ITCH")},
-    InfoName{"subject", infoId("ISBJ")},   InfoName{"keywords", infoId("IKEY")},
-    InfoName{"source", infoId("ISRC")},    InfoName{"source-form", infoId("ISRF")},
-    InfoName{"medium", infoId("IMED")},    InfoName{"language", infoId("ILNG")},
-    InfoName{"location", infoId("IARL")},  InfoName{"commissioned", infoId("ICMS")},
-    InfoName{"country", infoId("ICNT")},   InfoName{"rating", infoId("IRTD")},
-    InfoName{"starring", infoId("ISTR")},  InfoName{"editor", infoId("IEDT")},
-    InfoName{"producer", infoId("IPRO")},  InfoName{"writer", infoId("IWRI")},
-    InfoName{"music", infoId("IMUS")},     InfoName{"camera", infoId("ICNM")},
-    InfoName{"timecode", infoId("ISMP")},
+    InfoName{"title", idOf("INAM")},     InfoName{"artist", idOf("IART")},
+    InfoName{"album", idOf("IPRD")},     InfoName{"comment", idOf("ICMT")},
+    InfoName{"date", idOf("ICRD")},      InfoName{"genre", idOf("IGNR")},
+    InfoName{"track", idOf("ITRK")},     InfoName{"track", idOf("IPRT")},
+    InfoName{"copyright", idOf("ICOP")}, InfoName{"software", idOf("ISFT")},
+    InfoName{"engineer", idOf("IENG")},  InfoName{"technician", idOf("ITCH")},
+    InfoName{"subject", idOf("ISBJ")},   InfoName{"keywords", idOf("IKEY")},
+    InfoName{"source", idOf("ISRC")},    InfoName{"source-form", idOf("ISRF")},
+    InfoName{"medium", idOf("IMED")},    InfoName{"language", idOf("ILNG")},
+    InfoName{"location", idOf("IARL")},  InfoName{"commissioned", idOf("ICMS")},
+    InfoName{"country", idOf("ICNT")},   InfoName{"rating", idOf("IRTD")},
+    InfoName{"starring", idOf("ISTR")},  InfoName{"editor", idOf("IEDT")},
+    InfoName{"producer", idOf("IPRO")},  InfoName{"writer", idOf("IWRI")},
+    InfoName{"music", idOf("IMUS")},     InfoName{"camera", idOf("ICNM")},
+    InfoName{"timecode", idOf("ISMP")},
 };
 
 // The common name of an id; empty if it has none.

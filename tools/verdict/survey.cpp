@@ -18,7 +18,7 @@
 #include "app/text.h"
 #include "chunks/file_kind.h"
 #include "chunks/header_walk.h"
-#include "file/original.h"
+#include "chunks/input.h"
 #include "verdict/form.h"
 #include "verdict/trailing.h"
 #include "verdict/wide_sizes.h"
@@ -329,6 +329,7 @@ class Surveyor {
   // Zeros. The library takes them for chunks of 8 bytes with the null id.
   void passZeros() {
     const uint64_t begin = walk.offset();
+    bytes.require(begin, HEADER_SIZE);
     const uint64_t firstByte = bytes.endOfZeros(begin, walk.limit());
     const uint64_t zeros = firstByte - begin;
     zeroBytes += zeros;
@@ -449,9 +450,9 @@ Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& repor
 }
 
 Survey surveyFile(const std::string& file, const Report& report) {
-  const Original original(file, Original::LOOK);
-  RawBytes bytes(original.get());
-  return surveyBytes(file, bytes, report);
+  const Input input(file);
+  RawBytes bytes = input.bytes();
+  return surveyBytes(inputName(file), bytes, report);
 }
 
 std::optional<Finding> firstDamage(const std::string& name, RawBytes& bytes) {

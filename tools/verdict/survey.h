@@ -36,6 +36,7 @@ constexpr uint64_t MAX_REPORTED = 1000;
 // first MAX_REPORTED doubtful findings and as many others; the rest is only counted. `name` is the
 // file's, for progress. Throws Failure if the file cannot be read.
 Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report);
+// The same for a file, or for standard input if the name is "-".
 Survey surveyFile(const std::string& file, const Report& report);
 
 // The first finding that is no warning; none where the file is sound.

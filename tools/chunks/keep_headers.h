@@ -1,0 +1,23 @@
+// Reads a pipe once, and keeps what the commands that look at a file need.
+#ifndef VELMOR_CORE_TOOLS_CHUNKS_KEEP_HEADERS_H
+#define VELMOR_CORE_TOOLS_CHUNKS_KEEP_HEADERS_H
+
+#include <string>
+
+#include "chunks/kept_bytes.h"
+
+namespace tool {
+
+// Reads a descriptor to its end. Keeps
+//   - the header of each chunk, also wherever else a header could be expected in a damaged file:
+//     after each chunk and each group, and in each group;
+//   - the first 64 KiB of each chunk's data, and all data of an AVI's indexes, but not the pictures
+//     and sound of an AVI: of all chunks together, 64 MiB;
+//   - the number of zeros where a header is expected;
+//   - the first 64 KiB, and the last bytes, where tags lie.
+// Throws Failure, with `name`, if the descriptor cannot be read.
+KeptBytes keepHeaders(int descriptor, const std::string& name);
+
+}  // namespace tool
+
+#endif
