@@ -22,7 +22,8 @@ HeaderFormat::HeaderFormat(const Read& read) {
 }
 
 void HeaderFormat::readWideSizes(const Read& read) {
-  std::array<uint8_t, HEADER_SIZE + WideSizes::FIXED_SIZE> start{};
+  constexpr std::size_t START_SIZE = HEADER_SIZE + WideSizes::FIXED_SIZE;
+  std::array<uint8_t, START_SIZE> start{};
   read(start.data(), start.size(), GROUP_HEADER_SIZE);
   const uint64_t size = littleEndian32(&start[4]);
   if (littleEndian32(start.data()) != ID_DS64 || size < WideSizes::SMALLEST) return;

@@ -32,7 +32,8 @@ void warnOfDamage(const Opened& before, RawBytes after) {
 using Warnings = std::vector<std::string>;
 
 void complainAll(const std::string& name, const Warnings& warnings) {
-  for (const std::string& warning : warnings) complain(name + ": warning: " + warning);
+  const std::string prefix = name + ": warning: ";
+  for (const std::string& warning : warnings) complain(prefix + warning);
 }
 
 constexpr uint64_t ROOM_FOR_FORM = WebpHeader::ROOM;
