@@ -9,11 +9,16 @@
 
 namespace {
 
+// Not inlined, so that the fast path does not set up a stack frame for the copy of the text.
+template <typename Value>
+[[gnu::noinline]] bool convertCopy(const char* str, Value* value) {
+  return api::guarded(false, [&] { return StrToNum::convert(std::string(str), value); });
+}
+
+// The fast path neither copies the text nor throws.
 template <typename Value>
 bool convert(const char* str, Value* value) {
-  // The fast path. It neither copies the text nor throws.
-  if (StrToNum::convertPlain(str, value)) return true;
-  return api::guarded(false, [&] { return StrToNum::convert(std::string(str), value); });
+  return StrToNum::convertPlain(str, value) || convertCopy(str, value);
 }
 
 }  // namespace

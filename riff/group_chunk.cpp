@@ -33,12 +33,15 @@ GroupChunk::GroupChunk(Object& object, int64_t offset, FourCC id, uint32_t size,
     : Chunk(object, offset, id, size, parent),
       children(PoolAllocator<Chunk*>(object.getPool())),
       freeList(object.getPool(), !parent),
-      groupId(groupId) {}
+      groupId(groupId) {
+  if (parent) parent->hasHadGroups = true;
+}
 
 GroupChunk::GroupChunk(Object& object, int64_t offset, GroupChunk* parent)
     : Chunk(object, offset, parent),
       children(PoolAllocator<Chunk*>(object.getPool())),
       freeList(object.getPool(), !parent) {
+  parent->hasHadGroups = true;
   object.readField(dataStart(), groupId);
 }
 

@@ -49,6 +49,8 @@ class GroupChunk : public Chunk {
     return index < children.size() ? children[index] : nullptr;
   }
   Chunk* getLastChild() const { return children.empty() ? nullptr : children.back(); }
+  // Whether a child may be a group. False saves loops over the children a look at each node's type.
+  bool mayHoldGroups() const { return hasHadGroups; }
   // The children after a child, in byte order.
   std::span<Chunk* const> childrenAfter(const Chunk& child) const;
 
@@ -130,6 +132,7 @@ class GroupChunk : public Chunk {
   std::vector<Chunk*, PoolAllocator<Chunk*>> children;
   FreeList freeList;
   FourCC groupId;
+  bool hasHadGroups = false;  // a group with this parent has been built
 };
 
 // The group that a chunk is, null if it is a data chunk.

@@ -154,9 +154,11 @@ void Object::shiftOffsets(GroupChunk* group, int64_t delta, const Chunk* after) 
     return;
   }
   for (; group; group = group->parent) {
+    const bool checkTypes = group->mayHoldGroups();
     for (Chunk* c : group->childrenAfter(*after)) {
       c->offset += delta;
-      if (GroupChunk* inner = asGroup(c)) shiftOffsets(inner, delta, nullptr);
+      GroupChunk* inner = checkTypes ? asGroup(c) : nullptr;
+      if (inner) shiftOffsets(inner, delta, nullptr);
     }
     after = group;
   }

@@ -32,4 +32,6 @@ run fuzz_edit -max_len=4096 & edit=$!
 run fuzz_number & number=$!
 wait $edit || failed=1
 wait $number || failed=1
+# At most 64 bytes: a text of 36 characters and 24 changes of it.
+run fuzz_uuid -max_len=64 || failed=1
 exit $failed

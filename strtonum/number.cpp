@@ -164,17 +164,22 @@ struct Exponent {
 [[gnu::always_inline]] inline Exponent readExponent(const char* mark) {
   const bool isNegative = mark[1] == '-';
   const char* digits = mark + (isNegative || mark[1] == '+' ? 2 : 1);
-  const char* last = digits;
-  // The limit is larger than the length of any text, so it does not change a result. It is so small
-  // that no sum overflows.
-  constexpr uint64_t LIMIT = uint64_t{1} << 62;
-  const auto value = static_cast<std::ptrdiff_t>(std::min(readDigits(last), LIMIT));
+  uint64_t magnitude = 0;
+  const char* last = appendDigits(digits, magnitude);
+  if (last - digits >= MAX_DIGITS) {
+    // The limit is larger than the length of any text, so it does not change a result. It is so
+    // small that no sum overflows. Fewer digits do not reach it.
+    constexpr uint64_t LIMIT = uint64_t{1} << 62;
+    magnitude = std::min(saturate(digits, last, magnitude), LIMIT);
+  }
+  const auto value = static_cast<std::ptrdiff_t>(magnitude);
   return {last == digits ? mark : last, isNegative ? -value : value};
 }
 
 // "1.", "1.5", "1.5e-3", "1.5k", "4.5da". An exponent or prefix needs a digit after the point.
-// digits is the integer before the point, modulo 2^64.
-inline Value readDecimal(const char* text, const char* point, uint64_t digits) {
+// digits is the integer before the point, modulo 2^64. Not inlined, so that it saves only the
+// registers that it needs.
+[[gnu::noinline]] Value readDecimal(const char* text, const char* point, uint64_t digits) {
   const char* last = appendDigits(point + 1, digits);
   const std::ptrdiff_t count = last - text - 1;
   const std::ptrdiff_t scale = point + 1 - last;
@@ -232,8 +237,9 @@ Number readNumber(const char* text) {
 Value readConstant(const char* text) {
   uint64_t digits = 0;
   const char* last = appendDigits(text, digits);
+  if (*last == '.') return readDecimal(text, last, digits);
   const bool isLetter = static_cast<unsigned char>((*last | 0x20) - 'a') < 26;
-  if (isLetter || *last == '.' || last - text > MAX_DIGITS) {
+  if (isLetter || last - text > MAX_DIGITS) {
     return readOtherConstant(text, last, digits);
   }
   return {last, constantValue(digits)};

@@ -144,7 +144,7 @@ Value evaluatePlain(const char* text) noexcept {
   // Skip blanks only. A sign and its number have to be on the same line.
   if (sign == '+' || sign == '-') first = skipBlanks(first + 1);
   if (!isDigit(*first)) return *first == '(' ? start(text) : NO_VALUE;
-  const Value number = constant(first);
+  const Value number = readConstant(first);
   const char* end = skipBlanksAndLineEnds(number.end);
   if (endsText(text, end)) return {end, sign == '-' ? -number.value : number.value};
   return isOperator(*end) ? start(text) : NO_VALUE;

@@ -15,9 +15,9 @@
 namespace tool {
 namespace {
 
-constexpr std::array COMMANDS = {&TREE,   &SHOW,    &EXTRACT, &TAG,    &SET,   &ADD,
-                                 &REMOVE, &RECYCLE, &EDIT,    &STRIP,  &CHECK, &VERIFY,
-                                 &REPAIR, &NUM,     &UUID,    &SHA256, &CPU,   &VERSION};
+constexpr std::array COMMANDS = {&TREE,   &MAP,    &DIFF,    &SHOW,   &EXTRACT, &TAG,    &SET,
+                                 &ADD,    &REMOVE, &RECYCLE, &EDIT,   &STRIP,   &CHECK,  &VERIFY,
+                                 &REPAIR, &NUM,    &UUID,    &SHA256, &CPU,     &VERSION};
 
 constexpr std::string_view OVERVIEW_TAIL = R"(
 A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a
@@ -37,6 +37,7 @@ made in a copy, which replaces the file when it is complete and on the disk. Onl
 promise this: it marks a file while it edits it. See "velmor-core set --help".
 
 Exit status: 0 done, 1 failed, 2 wrong use. "check" also gives 3: a file cannot be read.
+"diff" gives 1 for files that differ, and 2 if one cannot be read.
 "velmor-core COMMAND --help" explains a command.
 )";
 

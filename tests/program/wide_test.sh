@@ -112,7 +112,7 @@ sizes_have_64_bits() {
 
 standard_input_is_read() {
   needs ffmpeg
-  local file
+  local file said
   take tagged.wav clip.avi card.webp
   head -c 8000 tagged.wav >cut.wav
   head -c 300000 /dev/zero >zeros
@@ -123,13 +123,17 @@ standard_input_is_read() {
   poke wrong.avi $(($("$program" tree wrong.avi | awk '$2 == "idx1" { print $1 }') + 8 + 16 + 8)) '\x77\x77'
   [[ $("$program" check wrong.avi 2>&1) == *"1 of "*" of RIFF:AVI/idx1 points at no chunk"* ]] || fail "index"
   { cat long.avi && printf TAG && head -c 125 /dev/zero; } >tag.avi
-  { cat long.avi zeros && printf xyz; } >trailing.avi
+  { cat long.avi && printf 'text of no chunk' && cat zeros; } >trailing.avi
   head -c 1234567 long.avi >short.avi
   cp long.avi unknown.avi
   poke unknown.avi 4 '\0\0\0\0'
   for file in *.*; do piped $file; done
   expect_equal "not RIFF" "velmor-core: standard input: not a RIFF file: it holds only zeros" \
     "$(cat zeros | "$program" tree - 2>&1)"
+  expect_equal show "$("$program" show long.avi RIFF/LIST/avih | tail -n +2)" \
+    "$(cat long.avi | "$program" show - RIFF/LIST/avih | tail -n +2)"
+  said=$(cat long.avi | "$program" show --all - RIFF/LIST:movi/00dc[9] 2>&1) && fail "pictures are kept"
+  [[ $said == *"standard input: "*"was not kept"* ]] || fail "$said"
   expect_equal redirected "$("$program" tree clip.avi | tail -n +2)" "$("$program" tree - <clip.avi | tail -n +2)"
   # Sound of 1 GB, in little memory.
   { printf 'RIFF\xff\xff\xff\xff' && head -c 36 "$data/tone.wav" | tail -c +9 && printf 'data\xff\xff\xff\xff' &&

@@ -62,13 +62,16 @@ struct Command {
   std::size_t minOperands;
   std::size_t maxOperands;
   std::span<const Option> options;
-  // Returns the exit status: 0 or 1; "check" also returns 3. Throws UsageError and Failure.
+  // Returns the exit status: 0 or 1; "check" also returns 3, "diff" 2. Throws UsageError and
+  // Failure.
   int (*run)(const Arguments& arguments);
   // A word that begins with a dash is an operand, for values such as -5.
   bool dashesAreOperands = false;
 };
 
 extern const Command TREE;
+extern const Command MAP;
+extern const Command DIFF;
 extern const Command SHOW;
 extern const Command EXTRACT;
 extern const Command SET;

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <iostream>
 #include <mutex>
@@ -33,6 +34,14 @@ std::string_view sequenceOf(Style style) {
       return "\x1b[2m";
     case Style::WARNING:
       return "\x1b[33m";
+    case Style::GROUP_BOX:
+      return "\x1b[97;44m";
+    case Style::DATA_BOX:
+      return "\x1b[30;46m";
+    case Style::FREE_BOX:
+      return "\x1b[37;100m";
+    case Style::OTHER_BOX:
+      return "\x1b[30;43m";
   }
   return "";
 }
@@ -90,6 +99,18 @@ bool outputIsTerminal() {
   static const bool IS_TERMINAL = ::isatty(STDOUT_FILENO) == 1;
   return IS_TERMINAL;
 }
+
+std::size_t outputWidth() {
+  constexpr std::size_t DEFAULT = 80;
+  constexpr std::size_t LARGEST = 1000;
+  winsize window{};
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0 && window.ws_col > 0) return window.ws_col;
+  const std::string_view columns = variable("COLUMNS");
+  std::size_t width = 0;
+  std::from_chars(columns.data(), columns.data() + columns.size(), width);
+  return width == 0 ? DEFAULT : std::min(width, LARGEST);
+}
+
 bool errorsAreSeen() { return ::isatty(STDERR_FILENO) == 1; }
 
 void showProgressLine(std::string_view what, std::string_view state) {

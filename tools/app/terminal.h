@@ -7,14 +7,17 @@
 
 namespace tool {
 
-enum class Style { TITLE, GROUP, FREE, WARNING };
+enum class Style { TITLE, GROUP, FREE, WARNING, GROUP_BOX, DATA_BOX, FREE_BOX, OTHER_BOX };
 
 // The text in its style if standard output is a terminal with colour and the environment variable
 // NO_COLOR (see no-color.org) is not set; otherwise the text unchanged.
 std::string styled(Style style, std::string_view text);
 
 bool outputIsTerminal();  // for a worker: whether the program's standard output is one
-bool errorsAreSeen();     // standard error is a terminal
+// The columns of the terminal on standard output; without one, those of the environment variable
+// COLUMNS, or 80.
+std::size_t outputWidth();
+bool errorsAreSeen();  // standard error is a terminal
 
 // These write to standard error and may be called by several threads.
 

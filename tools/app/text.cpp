@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace tool {
 
@@ -42,6 +43,28 @@ std::string grouped(uint64_t number) {
     text.insert(i, 1, ',');
   }
   return text;
+}
+
+std::string binarySize(uint64_t bytes) {
+  constexpr std::array UNITS = {"KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+  constexpr uint64_t STEP = 1024;
+  if (bytes < STEP) return counted(bytes, "byte");
+  std::size_t unit = 0;
+  uint64_t whole = bytes;
+  for (; whole >= STEP * STEP; whole /= STEP) ++unit;
+  const uint64_t tenths = whole * 10 / STEP;
+  std::string text = std::to_string(tenths / 10);
+  if (tenths % 10 > 0) text.append(".").append(std::to_string(tenths % 10));
+  return text.append(" ").append(UNITS[unit]);
+}
+
+std::string percentage(uint64_t part, uint64_t whole) {
+  if (part == 0 || part == whole) return part == 0 ? "0 %" : "100 %";
+  constexpr double ALL = 1000;
+  const auto tenths = static_cast<uint64_t>(
+      std::min(ALL - 1, std::round(static_cast<double>(part) / static_cast<double>(whole) * ALL)));
+  if (tenths == 0) return "<0.1 %";
+  return std::to_string(tenths / 10) + "." + std::to_string(tenths % 10) + " %";
 }
 
 std::string decimal(double number) {

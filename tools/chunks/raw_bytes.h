@@ -59,12 +59,14 @@ class RawBytes {
   // The offset of the first byte in [offset, end) that is not 0; `end` if all are. Holes of sparse
   // files are skipped unread.
   uint64_t endOfZeros(uint64_t offset, uint64_t end);
+  // The first offset from `offset` on that is not in a hole of a sparse file.
+  uint64_t nextStored(uint64_t offset) const { return file ? file->nextData(offset) : offset; }
+
+  static constexpr std::size_t WINDOW = 4096;
+  // `count` bytes at an offset, WINDOW at most. They are valid until the next call that reads.
+  const uint8_t* bytesAt(uint64_t offset, uint64_t count);
 
  private:
-  static constexpr std::size_t WINDOW = 4096;
-
-  // `count` bytes at an offset, GROUP_HEADER_SIZE at most.
-  const uint8_t* bytesAt(uint64_t offset, uint64_t count);
   // As copy(), but bytes that were not kept are 0. Returns whether there are none.
   bool fetch(void* to, uint64_t count, uint64_t offset) const;
   uint64_t number(uint64_t offset, uint64_t size) const;

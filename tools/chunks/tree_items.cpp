@@ -4,6 +4,40 @@
 
 namespace tool {
 
+namespace {
+
+// Too few bytes for a header are no chunk. Neither is a data chunk whose size does not fit, if its
+// id is not printable or it is at the top level. The first header is shown as a chunk all the same.
+bool isChunk(const TreeItem& item, bool isStart) {
+  const uint64_t left = item.limit - item.chunk.offset;
+  if (left < HEADER_SIZE) return false;
+  if (item.chunk.isGroup()) return left >= GROUP_HEADER_SIZE;
+  const bool fits = item.chunk.dataEnd() <= item.limit;
+  return isStart || fits || (isPrintable(item.chunk.id) && item.level > 0);
+}
+
+}  // namespace
+
+uint64_t TreeItem::end() const {
+  if (kind != CHUNK) return chunk.offset + size;
+  return isOpenEnded() ? limit : std::min(chunk.end(), limit);
+}
+
+TreeItem itemAt(RawBytes& bytes, uint64_t offset, uint64_t limit, uint64_t level, bool isStart) {
+  TreeItem item{TreeItem::CHUNK, bytes.chunkAt(offset), level, 0, limit, {}};
+  const uint64_t left = limit - offset;
+  if (left >= HEADER_SIZE && item.chunk.id == 0 && item.chunk.dataSize == 0) {
+    bytes.require(offset, HEADER_SIZE);
+    const uint64_t zeros = bytes.endOfZeros(offset, limit) - offset;
+    item.kind = TreeItem::ZEROS;
+    item.size = zeros == left ? left : zeros / HEADER_SIZE * HEADER_SIZE;
+  } else if (!isChunk(item, isStart)) {
+    item.kind = TreeItem::BYTES;
+    item.size = left;
+  }
+  return item;
+}
+
 RawNode RawNode::at(uint64_t offset, uint64_t limit, uint64_t level,
                     const ParentGroup& parent) const {
   if (offset < limit)
@@ -38,42 +72,20 @@ TreeItems::TreeItems(RawBytes& bytes, const RawNode& start)
 bool TreeItems::next() {
   while (walk.isAtGroupEnd()) walk.leave();
   if (walk.isDone()) return false;
-  const RawChunk chunk = walk.chunk();
-  const uint64_t limit = walk.limit();
-  current = {
-      TreeItem::CHUNK,
-      chunk,
-      firstLevel + walk.level(),
-      0,
-      walk.level() == 0 ? outerLimit : limit,
-      walk.level() == 0 ? outerGroup : ParentGroup{walk.group().groupId, walk.group().offset}};
-  const uint64_t left = limit - walk.offset();
-  if (left >= HEADER_SIZE && chunk.id == 0 && chunk.dataSize == 0) {
-    bytes.require(chunk.offset, HEADER_SIZE);
-    const uint64_t zeros = bytes.endOfZeros(chunk.offset, limit) - chunk.offset;
-    current.kind = TreeItem::ZEROS;
-    current.size = zeros == left ? left : zeros / HEADER_SIZE * HEADER_SIZE;
-    walk.moveTo(chunk.offset + current.size);
-  } else if (!isChunk(chunk, left)) {
-    current.kind = TreeItem::BYTES;
-    current.size = left;
-    walk.moveTo(limit);
-  } else if (chunk.isGroup()) {
-    walk.enter(chunk, chunk.dataSize < GROUP_ID_SIZE);
+  current = itemAt(bytes, walk.offset(), walk.limit(), firstLevel + walk.level(), isFirst);
+  if (walk.level() == 0) {
+    current.limit = outerLimit;
+    current.parent = outerGroup;
   } else {
-    walk.moveTo(std::min(chunk.end(), limit));
+    current.parent = {walk.group().groupId, walk.group().offset};
+  }
+  if (current.isGroup()) {
+    walk.enter(current.chunk, current.isOpenEnded());
+  } else {
+    walk.moveTo(current.end());
   }
   isFirst = false;
   return true;
-}
-
-// Too few bytes for a header are no chunk. Neither is a data chunk whose size does not fit, if its
-// id is not printable or it is at the top level. The first header is shown as a chunk all the same.
-bool TreeItems::isChunk(const RawChunk& chunk, uint64_t left) const {
-  if (left < HEADER_SIZE) return false;
-  if (chunk.isGroup()) return left >= GROUP_HEADER_SIZE;
-  const bool fits = chunk.dataEnd() <= walk.limit();
-  return isFirst || fits || (isPrintable(chunk.id) && walk.level() > 0);
 }
 
 }  // namespace tool

@@ -62,7 +62,18 @@ struct TreeItem {
   uint64_t size = 0;   // number of bytes that are no chunk; 0 for a chunk
   uint64_t limit = 0;  // where the parent ends, or the file if that is earlier
   ParentGroup parent;
+
+  // Its header tells where it begins, but not where it ends: it reaches to the limit.
+  bool isOpenEnded() const { return isGroup() && chunk.dataSize < GROUP_ID_SIZE; }
+  bool isGroup() const { return kind == CHUNK && chunk.isGroup(); }
+  bool isFree() const { return kind == CHUNK && chunk.id == ID_JUNK; }
+  // Where the next sibling begins, or the limit.
+  uint64_t end() const;
 };
+
+// The item at an offset before the limit of its siblings. At the start of a file, any header is
+// taken for a chunk.
+TreeItem itemAt(RawBytes& bytes, uint64_t offset, uint64_t limit, uint64_t level, bool isStart);
 
 // Goes through the items of a file in the order of its bytes, groups before the chunks in them.
 // Stores only the open groups.
@@ -76,8 +87,6 @@ class TreeItems {
   const TreeItem& item() const { return current; }
 
  private:
-  bool isChunk(const RawChunk& chunk, uint64_t left) const;
-
   RawBytes& bytes;
   HeaderWalk walk;
   uint64_t firstLevel;

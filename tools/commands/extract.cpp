@@ -1,7 +1,5 @@
 // velmor-core extract
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <array>
 #include <iostream>
@@ -81,27 +79,6 @@ void printData(const Data& data, bool mayBeBinary) {
   });
 }
 
-// Writes directly to a device or a named pipe, which cannot be replaced by a new file.
-void writeThrough(const Data& data, const std::string& output) {
-  Descriptor opened(::open(output.c_str(), O_WRONLY | O_CLOEXEC));
-  if (!opened) throw Failure(output, systemError());
-  const File file(output, std::move(opened));
-  data.copyTo([&](const char* bytes, std::size_t count) { file.write(bytes, count); });
-}
-
-void writeData(const Data& data, const std::string& name, bool mayReplace) {
-  constexpr mode_t PERMISSIONS = 0666;
-  struct stat status {};
-  if (::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-    return writeThrough(data, name);
-  }
-  const Output output(name, mayReplace);
-  NewFile file(output.path, output.replaced());
-  data.copyTo([&](const char* bytes, std::size_t count) { file.get().write(bytes, count); });
-  file.complete(PERMISSIONS);
-  file.publish();
-}
-
 // The data chunk that a path names. Only the headers on the way to it are read, so damage elsewhere
 // in the file does not matter.
 RawChunk findData(const Original& original, const ChunkPath& path) {
@@ -128,7 +105,9 @@ int runExtract(const Arguments& arguments) {
   const Original original(name, Original::LOOK);
   const Data data(original.get(), findData(original, path));
   if (output) {
-    writeData(data, *output, arguments.has(FORCE.name));
+    writeNamed(*output, arguments.has(FORCE.name), [&](const File& file) {
+      data.copyTo([&](const char* bytes, std::size_t count) { file.write(bytes, count); });
+    });
   } else {
     printData(data, arguments.has(FORCE.name));
   }

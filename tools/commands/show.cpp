@@ -8,7 +8,7 @@
 #include "app/errors.h"
 #include "chunks/chunk_path.h"
 #include "chunks/file_kind.h"
-#include "file/original.h"
+#include "chunks/input.h"
 
 namespace tool {
 
@@ -19,15 +19,15 @@ constexpr Option HEX{"--hex"};
 constexpr std::array OPTIONS = {JSON, ALL, HEX};
 
 int runShow(const Arguments& arguments) {
-  const std::string& file = arguments[0];
+  const std::string file = inputName(arguments[0]);
   const ChunkPath path(arguments[1]);
-  const Original original(file, Original::LOOK);
-  RawBytes bytes(original.get());
+  const Input input(arguments[0]);
+  RawBytes bytes = input.bytes();
   requireRiff(file, bytes);
   try {
     const RawNode node = path.find(RawNode::virtualRoot(bytes));
     if (arguments.has(JSON.name)) {
-      showJson(file, path.text(), bytes, node);
+      showJson(arguments[0], path.text(), bytes, node);
     } else {
       showChunk(file, path.text(), bytes, node,
                 {.all = arguments.has(ALL.name), .hex = arguments.has(HEX.name)});
@@ -53,6 +53,9 @@ a group are shown as by "velmor-core tree".
 Known are: fmt, fact, cue, smpl, inst, bext, ds64, DISP, id3, iXML, axml, _PMX, and labl, note and
 ltxt in LIST:adtl (WAVE); avih, strh, strf, strn, indx, ix##, dmlh, idx1 and IDIT (AVI); VP8X, VP8,
 VP8L, ANIM, ANMF, ALPH and XMP (WebP); and all chunks in LIST:INFO.
+
+FILE "-" is standard input. Of a chunk in a pipe, only the first 64 KiB can be shown, and nothing of
+the pictures and sound of an AVI.
 
 --all    show all bytes; without it, the first 256, or 65,536 of a text
 --hex    show the bytes of texts, too

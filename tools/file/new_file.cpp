@@ -152,4 +152,20 @@ Output::Output(const std::string& name, bool mayReplace) : path(name) {
   }
 }
 
+void writeNamed(const std::string& name, bool mayReplace,
+                const std::function<void(const File&)>& write) {
+  constexpr mode_t PERMISSIONS = 0666;
+  struct stat status {};
+  if (::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    Descriptor opened(::open(name.c_str(), O_WRONLY | O_CLOEXEC));
+    if (!opened) throw Failure(name, systemError());
+    return write(File(name, std::move(opened)));
+  }
+  const Output output(name, mayReplace);
+  NewFile file(output.path, output.replaced());
+  write(file.get());
+  file.complete(PERMISSIONS);
+  file.publish();
+}
+
 }  // namespace tool

@@ -2,6 +2,7 @@
 #ifndef VELMOR_CORE_TOOLS_FILE_NEW_FILE_H
 #define VELMOR_CORE_TOOLS_FILE_NEW_FILE_H
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -56,6 +57,11 @@ struct Output {
   std::optional<File> existing;  // the file to replace
   const File* replaced() const { return existing ? &*existing : nullptr; }
 };
+
+// Writes a file that appears under its name only when it is complete. A device or a named pipe is
+// written directly, since no new file can replace it. Throws Failure as Output and NewFile do.
+void writeNamed(const std::string& name, bool mayReplace,
+                const std::function<void(const File&)>& write);
 
 }  // namespace tool
 

@@ -91,7 +91,8 @@ std::string animWords(const ChunkData& data) {
 
 void animFields(FieldList& list) {
   std::string colour = "#";  // blue, green, red and alpha are stored
-  for (const uint64_t i : {2U, 1U, 0U, 3U}) colour += hexDigits(static_cast<uint8_t>(list.at(i, 1)));
+  for (const uint64_t i : {2U, 1U, 0U, 3U})
+    colour += hexDigits(static_cast<uint8_t>(list.at(i, 1)));
   list.word("background", 0, 4, colour);
   list.number("loops", 4, 2, list.at(4, 2), list.at(4, 2) == 0 ? "forever" : "");
 }

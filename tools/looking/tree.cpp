@@ -47,12 +47,13 @@ struct Layout {
   std::size_t totalWidth = TOTAL_HEAD.size();
   uint64_t chunks = 0;
 
-  explicit Layout(TreeItems items) {
+  explicit Layout(ShownItems items) {
     uint64_t largestSize = 0;
     uint64_t largestTotal = 0;
     uint64_t lastOffset = 0;
     while (items.next()) {
       const TreeItem& item = items.item();
+      chunks += items.hidden();
       nameWidth = std::max(nameWidth, indentedName(item).size());
       largestTotal = std::max(largestTotal, totalSize(item));
       lastOffset = item.chunk.offset;
@@ -115,7 +116,8 @@ std::string shownValue(const TreeItem& item, RawBytes& bytes) {
   return value.isText ? "\"" + text + "\"" : text;
 }
 
-void printLine(const TreeItem& item, const Layout& layout, RawBytes& bytes, Values values) {
+void printLine(const ShownItems& items, const Layout& layout, RawBytes& bytes, Values values) {
+  const TreeItem& item = items.item();
   const bool isChunk = item.kind == TreeItem::CHUNK;
   const bool isFree = !isChunk || item.chunk.id == ID_JUNK;
   const std::string name = indentedName(item);
@@ -134,6 +136,10 @@ void printLine(const TreeItem& item, const Layout& layout, RawBytes& bytes, Valu
   if (!value.empty()) line.append(GAP, ' ').append(value);
   const std::string note = remark(item, bytes.size());
   if (!note.empty()) line.append(GAP, ' ').append(note);
+  if (items.hidden() > 0) {
+    line.append(GAP, ' ').append(
+        styled(Style::FREE, "+ " + counted(items.hidden(), "chunk") + " in it"));
+  }
   std::cout << line << '\n';
 }
 
@@ -151,15 +157,19 @@ uint64_t pastGroup(const TreeItem& item, uint64_t fileSize) {
   return leaves ? end - item.limit : 0;
 }
 
-void printTree(std::string_view title, RawBytes& bytes, const RawNode& start, Values values) {
-  const Layout layout(TreeItems(bytes, start));
-  std::cout << styled(Style::TITLE, printable(title)) << "  (" << grouped(bytes.size())
-            << (bytes.size() == 1 ? " byte, " : " bytes, ") << counted(layout.chunks, "chunk")
-            << ")\n";
-  TreeItems items(bytes, start);
+std::string titleLine(std::string_view title, uint64_t size, uint64_t chunks) {
+  return styled(Style::TITLE, printable(title)) + "  (" + grouped(size) +
+         (size == 1 ? " byte, " : " bytes, ") + counted(chunks, "chunk") + ")";
+}
+
+void printTree(std::string_view title, RawBytes& bytes, const RawNode& start, Values values,
+               uint64_t depth) {
+  const Layout layout(ShownItems(bytes, start, depth));
+  std::cout << titleLine(title, bytes.size(), layout.chunks) << '\n';
+  ShownItems items(bytes, start, depth);
   for (bool isFirst = true; items.next(); isFirst = false) {
     if (isFirst) printHead(layout);
-    printLine(items.item(), layout, bytes, values);
+    printLine(items, layout, bytes, values);
   }
 }
 

@@ -18,11 +18,12 @@ void printValue(const ChunkValue& value) {
 
 }  // namespace
 
-void printJson(std::string_view file, RawBytes& bytes, const RawNode& start, Values values) {
+void printJson(std::string_view file, RawBytes& bytes, const RawNode& start, Values values,
+               uint64_t depth) {
   const uint64_t size = bytes.size();
   std::cout << jsonStart("tree", file) << ",\"size\":" << size << ",\"chunks\":[";
   std::string_view separator;
-  for (TreeItems items(bytes, start); items.next(); separator = ",") {
+  for (ShownItems items(bytes, start, depth); items.next(); separator = ",") {
     const TreeItem& item = items.item();
     const RawChunk& chunk = item.chunk;
     std::cout << separator << "{\"offset\":" << chunk.offset << ",\"level\":" << item.level;
@@ -41,6 +42,7 @@ void printJson(std::string_view file, RawBytes& bytes, const RawNode& start, Val
     if (const uint64_t past = pastGroup(item, size); past > 0) std::cout << ",\"past\":" << past;
     if (values == Values::SHOWN)
       printValue(valueOf(ChunkData(bytes, chunk, item.parent), MAX_TEXT));
+    if (items.hidden() > 0) std::cout << ",\"hidden\":" << items.hidden();
     std::cout << '}';
   }
   std::cout << "]}\n";

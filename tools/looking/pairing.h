@@ -1,0 +1,46 @@
+// Pairs the items of two groups that do not line up.
+#ifndef VELMOR_CORE_TOOLS_LOOKING_PAIRING_H
+#define VELMOR_CORE_TOOLS_LOOKING_PAIRING_H
+
+#include <limits>
+#include <vector>
+
+#include "looking/item_name.h"
+
+namespace tool {
+
+// A range of siblings in a file: [offset, limit).
+struct Siblings {
+  uint64_t offset = 0;
+  uint64_t limit = 0;
+
+  bool isEmpty() const { return offset >= limit; }
+  TreeItem first(RawBytes& bytes, uint64_t level) const {
+    return itemAt(bytes, offset, limit, level, offset == 0);
+  }
+};
+
+// An item, and its partner in the other file. Kept small: a group may have millions.
+struct Paired {
+  static constexpr uint32_t NOBODY = std::numeric_limits<uint32_t>::max();
+
+  uint64_t offset = 0;
+  uint32_t partner = NOBODY;  // its index among the other items
+  bool isMoved = false;       // set in the first file only
+};
+
+struct Pairing {
+  std::vector<Paired> first;
+  std::vector<Paired> second;
+};
+
+// Pairs items of equal names: those with equal contents, then the others in their order. Fewest
+// pairs are then marked as moved: the others keep their order. Groups whose content is needed take
+// their size from `budget`, and are paired in their order when it is used up: without it, nested
+// groups would be read once for each level.
+Pairing pairItems(RawBytes& firstBytes, const Siblings& first, RawBytes& secondBytes,
+                  const Siblings& second, uint64_t level, uint64_t& budget);
+
+}  // namespace tool
+
+#endif
