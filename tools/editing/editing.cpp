@@ -186,6 +186,7 @@ void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edit
     return;
   }
   if (!checkEdits(opened, way.inPlace, edits) && !way.output) return;
+  opened.closeChunks();  // a file can have millions, and they are loaded once more for the target
   const auto target = openTarget(opened.original(), job, way);
   try {
     changeTarget(opened, *target, edits);
