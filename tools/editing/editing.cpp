@@ -54,8 +54,8 @@ class FormKeeper {
   WebpHeader header;
 };
 
-// Makes the edits one after the other, in the bytes of an Opened or of a TargetChunks, and then
-// what the form needs. The first has been checked.
+// Makes the edits one after the other, and then the corrections that the form needs. `bytes` is an
+// Opened or a TargetChunks. `change` is the second step of the first edit.
 template <typename Bytes>
 Warnings makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
   Warnings warnings;
@@ -64,8 +64,8 @@ Warnings makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
     if (!form) form.emplace(bytes.root());
     if (i > 0) change = edits[i](bytes.root());
     if (change.getCut() && i > 0) {
-      // A cut ends all handles, so it is followed alone, after the corrections for the edits
-      // before.
+      // A cut ends all handles, and the corrections after it need to know only what the cut moved.
+      // So the corrections for the edits before it are made first.
       form->correct(bytes.root(), nullptr, warnings);
       form.emplace(bytes.root());
       change = edits[i](bytes.root());
@@ -142,9 +142,10 @@ void changeTarget(const Opened& opened, Target& target, std::span<const Edit> ed
   target.finish();
 }
 
-// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Only edits in
-// place are all made in memory, since they cannot be undone; it costs memory for the bytes that
-// change. In a copy, the first edit is checked before the file is copied.
+// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Several edits
+// in place are first made in memory, because they cannot be undone in the file. This needs memory
+// for the bytes that change. In all other cases, only the first edit is checked here, before the
+// file is copied.
 bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
   if (edits.size() > 1 && inPlace) {
     changeInMemory(opened, edits);
@@ -169,7 +170,7 @@ EditWay::EditWay(const Arguments& arguments, Force force)
     throw UsageError("--dry-run, -o and --in-place exclude each other");
   }
   if (force == FOR_OUTPUT && mayReplaceOutput && !output) {
-    throw UsageError("--force goes with -o");
+    throw UsageError("--force needs -o");
   }
 }
 

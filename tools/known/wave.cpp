@@ -126,7 +126,7 @@ std::string bextWords(const ChunkData& data) {
   return words;
 }
 
-// The two kinds of UMID have 32 and 64 bytes. Of no UMID, all bytes are 0.
+// A UMID has 32 or 64 bytes. If none is set, all bytes of the field are 0.
 std::string umidText(const ChunkData& data, const BextField& field) {
   constexpr uint64_t BASIC_DIGITS = 64;
   std::string digits;
