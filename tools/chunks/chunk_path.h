@@ -36,8 +36,8 @@ std::string missingText(const PathStep& step, const std::string& place);
 class ChunkPath {
  public:
   enum Reach {
-    ONE,  // names one chunk: "[*]" is no part of it
-    MANY
+    ONE,  // names one chunk, so "[*]" is an error
+    MANY  // may name several chunks with "[*]"
   };
 
   // Slashes at the start and the end have no meaning. Throws UsageError for a text that is no path.

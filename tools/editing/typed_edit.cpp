@@ -46,7 +46,7 @@ class SetEdit : public TypedEdit {
         value(operands[1]),
         makesMissing(options.has(MAKE_MISSING.name)),
         atTop(options.has(AT_TOP.name)) {
-    if (atTop && !makesMissing) throw UsageError("--top goes with --add");
+    if (atTop && !makesMissing) throw UsageError("--top needs --add");
   }
 
   Change check(const Chunk& virtualRoot) override {
@@ -71,7 +71,7 @@ class SetEdit : public TypedEdit {
     for (const PathStep& step : missing) {
       const bool isLast = &step == &missing.back();
       const std::string why =
-          step.number                    ? "a chunk that is missing is named without a number"
+          step.number                    ? "a new chunk is named without a number"
           : isLast && isGroupId(step.id) ? "a group has no value"
           : !isLast && !(isGroupId(step.id) && step.groupId)
               ? "a group that is missing is named with its group id, such as LIST:INFO"

@@ -93,7 +93,7 @@ std::unique_ptr<Form> makeWaveForm(RawBytes& bytes, const Report& report, const 
 
 std::unique_ptr<Form> makeForm(RawBytes& bytes, const Report& report, const RawChunk& riff) {
   if (riff.groupId == FORM_WAVE) return makeWaveForm(bytes, report, riff);
-  // The others read little-endian numbers, and are not known to exist in other kinds of files.
+  // The other forms read little-endian numbers. They are not known to occur in RIFX or RF64 files.
   if (riff.id != ID_RIFF) return nullptr;
   switch (riff.groupId) {
     case FORM_AVI:
