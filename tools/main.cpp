@@ -1,5 +1,7 @@
 // velmor-core: shows RIFF files as trees of chunks and edits them.
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -67,7 +69,10 @@ void printHelp(const Command& command) {
 const Command& findCommand(std::string_view name) {
   const auto* const* found = std::ranges::find(COMMANDS, name, &Command::name);
   if (found == COMMANDS.end()) {
-    throw UsageError("there is no command \"" + std::string(name) + "\"");
+    const std::string word(name);
+    const bool isFile = access(word.c_str(), F_OK) == 0;
+    throw UsageError("there is no command \"" + word + "\"" +
+                     (isFile ? ": \"velmor-core tree\" shows the chunks of this file" : ""));
   }
   return **found;
 }

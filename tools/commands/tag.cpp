@@ -219,7 +219,8 @@ not set.
                      {"name":"title","chunk":"INAM","value":"Concert pitch"},...
                   Numbers of bext are JSON numbers. U+FFFD replaces bytes that cannot be converted.
 
-See "velmor-core set --help" for the other options.
+A WebP file has no tags of this kind. Its texts are in the chunks XMP and EXIF, which "velmor-core
+show" and "velmor-core set" read and write. See "velmor-core set --help" also for the other options.
 )";
 
 }  // namespace
