@@ -142,19 +142,27 @@ void changeTarget(const Opened& opened, Target& target, std::span<const Edit> ed
   target.finish();
 }
 
+<<<<<<< HEAD
 // Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Several edits
 // in place are first made in memory, because they cannot be undone in the file. This needs memory
 // for the bytes that change. In all other cases, only the first edit is checked here, before the
 // file is copied.
+=======
+// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. The first edit
+// is checked before the file is copied. Several edits in place, and those of a damaged file, which
+// the library may refuse, are first made in memory, since they cannot be undone. That costs memory
+// for the bytes that change.
+>>>>>>> main
 bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
-  if (edits.size() > 1 && inPlace) {
-    changeInMemory(opened, edits);
-    opened.undoChanges();
-    return true;
-  }
   Change first;
   opened.explain([&] { first = edits.front()(opened.root()); });
-  return edits.size() > 1 || !first.isNothing();
+  const bool isOne = edits.size() == 1;
+  if (isOne && first.isNothing()) return false;
+  if (inPlace && (!isOne || opened.damage())) {
+    changeInMemory(opened, edits);
+    opened.undoChanges();
+  }
+  return true;
 }
 
 }  // namespace
@@ -185,6 +193,7 @@ void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edit
     return;
   }
   if (!checkEdits(opened, way.inPlace, edits) && !way.output) return;
+  opened.closeChunks();  // a file can have millions, and they are loaded once more for the target
   const auto target = openTarget(opened.original(), job, way);
   try {
     changeTarget(opened, *target, edits);
