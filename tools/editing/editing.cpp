@@ -142,17 +142,10 @@ void changeTarget(const Opened& opened, Target& target, std::span<const Edit> ed
   target.finish();
 }
 
-<<<<<<< HEAD
-// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Several edits
-// in place are first made in memory, because they cannot be undone in the file. This needs memory
-// for the bytes that change. In all other cases, only the first edit is checked here, before the
-// file is copied.
-=======
-// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. The first edit
-// is checked before the file is copied. Several edits in place, and those of a damaged file, which
-// the library may refuse, are first made in memory, since they cannot be undone. That costs memory
-// for the bytes that change.
->>>>>>> main
+// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Checks the
+// first edit before the file is copied. An edit in place cannot be undone. So it is first made in
+// memory if it has several parts, or if the file is damaged and the library may refuse the edit
+// half-way. This needs memory for the bytes that change.
 bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
   Change first;
   opened.explain([&] { first = edits.front()(opened.root()); });
