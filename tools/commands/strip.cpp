@@ -114,7 +114,7 @@ class Stripper {
 
 int runStrip(const Arguments& arguments) {
   const EditWay way(arguments);
-  if (way.output && arguments.count() > 1) throw UsageError("-o takes the result of one FILE only");
+  if (way.output && arguments.count() > 1) throw UsageError("-o takes the result of one file");
   Stripper stripper(arguments.values(KEEP.name));
   return forEachFile(arguments, [&](const std::string& file) {
     editFile({file, "strip", ROOM_FOR_PAD}, way,

@@ -142,10 +142,10 @@ void changeTarget(const Opened& opened, Target& target, std::span<const Edit> ed
   target.finish();
 }
 
-// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. The first edit
-// is checked before the file is copied. An edit in place cannot be undone in the file. So several
-// of them are first made in memory. So is an edit of a damaged file, because the library may refuse
-// it. This needs memory for the bytes that change.
+// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Checks the
+// first edit before the file is copied. An edit in place cannot be undone. So it is first made in
+// memory if it has several parts, or if the file is damaged and the library may refuse the edit
+// half-way. This needs memory for the bytes that change.
 bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
   Change first;
   opened.explain([&] { first = edits.front()(opened.root()); });

@@ -14,8 +14,8 @@ namespace tool {
 
 // Made before the edit, from the object that the edit will change. If the edit changes what VP8X
 // describes, correct() makes flags and canvas agree with the chunks, adds a VP8X that is missing,
-// and moves the chunks that have to come before the picture. Other edits leave VP8X as it is, even
-// if it was wrong.
+// and moves chunks before the picture if they have to be there. Other edits leave VP8X as it is,
+// even if it was wrong.
 class WebpHeader {
  public:
   explicit WebpHeader(const Chunk& root);
