@@ -1,4 +1,4 @@
-"""Gives the wheel its tag: one that holds the library runs on Linux on x86-64, any Python 3."""
+"""Sets the tag of the wheel. A wheel that holds the library is for Linux on x86-64, any Python 3."""
 
 from pathlib import Path
 
