@@ -346,8 +346,8 @@ void replaceInFile(benchmark::State& state) {
 }
 
 // How the time of an edit grows with the number of free chunks. The tree has n chunks and n data
-// chunks between them. The peer makes as many of these edits, but in trees of 2,500
-// chunks.
+// chunks between them. The peer makes as many of these edits in smaller trees, of
+// 2,500 chunks.
 enum Sizes { EQUAL, RANDOM };
 enum Edits { FILL_EXACTLY, RECYCLE };
 constexpr uint32_t FEW = 2'500;

@@ -64,15 +64,12 @@ void CalcNode::print(std::ostream& out, uint32_t depth) const {
 
 // No node has operands when it is deleted, so destructors never nest. Each step looks at the top:
 //
-//   - It has no left operand. It is deleted, and its right operand becomes the top.
-//   - Its left operand is binary. The tree is rotated to the right: the left operand becomes the
-//   top,
+//   - No left operand: the top is deleted, and its right operand becomes the top.
+//   - A binary left operand: the tree is rotated to the right. The left operand becomes the top,
 //     and the old top becomes its right operand.
-//   - Its left operand is a negation or a constant. That one is deleted. The operand of the
-//   negation,
-//     or nothing, takes its place.
+//   - Another left operand: it is deleted. If it is a negation, its operand takes its place.
 //
-// Each rotation adds a node to the chain of right operands, so there are fewer rotations than
+// Each rotation adds a node to the chain of right operands. So there are fewer rotations than
 // nodes.
 void CalcNode::deleteNodes(std::unique_ptr<CalcNode> tree) noexcept {
   for (Operands top = tree->operands();;) {

@@ -61,14 +61,15 @@
  *
  *  Large integers.  An integer from 2^63 to 2^64 - 1 becomes negative, with or without a binary
  *  prefix: the calculation uses the integer minus 2^64. For example, 18446744073709551615 gives -1
- * as a signed integer and as a double. As an unsigned integer, it gives the number that was typed.
- * The text -1 gives the same three results. So does 18446744073709551616, which counts as 2^64 - 1.
+ *  as a signed integer and as a double. As an unsigned integer, it gives the number that was typed.
+ *  The text -1 gives the same three results. So does 18446744073709551616, which counts as
+ *  2^64 - 1.
  *
  *  To check that a single number is from 0 to a limit below 2^63, convert it to a double and
- * compare with 0 and the limit. A number that is too large fails the comparison: its double is
- * negative, or at least 2^63. If negative numbers are valid, remove the sign from the text, convert
- * the rest and compare in the same way. An expression cannot be checked like this:
- * 18446744073709551615+10 is 9. Numbers with a decimal point do not become negative.
+ *  compare with 0 and the limit. A number that is too large fails the comparison: its double is
+ *  negative, or at least 2^63. If negative numbers are valid, remove the sign from the text,
+ *  convert the rest and compare in the same way. An expression cannot be checked like this:
+ *  18446744073709551615+10 is 9. Numbers with a decimal point do not become negative.
  *
  *  Rounding.  A decimal number is the double nearest to it. A prefix multiplies this double, and
  *  the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an
