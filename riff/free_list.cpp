@@ -56,7 +56,8 @@ DataChunk* FreeList::findFitting(uint64_t n) {
     const FreeIndex::Key* key = index.at(index.find(rank, LEAST_OFFSET));
     if (key && fits(*key->entry)) return *key->entry;
   }
-  // The trailing chunk can fit although its rank is below n: n can exceed 2^32.
+  // n counts the header, so it can be above the rank of the trailing chunk. Then the bisection has
+  // missed that chunk, which may still fit.
   return last() && fits(last()) ? last() : nullptr;
 }
 

@@ -33,8 +33,8 @@ class MemoryObject;
 //      and a free chunk that a split has left without data.
 //
 // An edit that throws stops where it is: nothing is rolled back. So an edit first checks what it
-// has to refuse (missing bytes, a group into itself), then asks for room, which is where most
-// failures occur, and changes the tree last.
+// has to refuse (missing bytes, a group into itself). Then it gets the memory and file space that
+// it needs, which is where most failures occur. It changes the tree last.
 class GroupChunk : public Chunk {
  public:
   GroupChunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChunk* parent,
@@ -49,7 +49,7 @@ class GroupChunk : public Chunk {
     return index < children.size() ? children[index] : nullptr;
   }
   Chunk* getLastChild() const { return children.empty() ? nullptr : children.back(); }
-  // Whether a child may be a group. False saves loops over the children a look at each node's type.
+  // Whether a child may be a group. If not, loops over the children need not look at their types.
   bool mayHoldGroups() const { return hasHadGroups; }
   // The children after a child, in byte order.
   std::span<Chunk* const> childrenAfter(const Chunk& child) const;

@@ -121,7 +121,8 @@ Value expr(const char* text, int depth) noexcept { return addexpr(text, depth); 
 
 // Part of the text may have been evaluated before it proves not to be plain. The parser may then
 // reject it without evaluating anything. So errno and the flags of floating-point exceptions are
-// put back. Where these exceptions trap, only the tree may evaluate.
+// put back. If the program has made these exceptions trap, this gives up before it evaluates
+// anything: a trap cannot be put back.
 [[gnu::noinline]] Value start(const char* text) noexcept {
   const unsigned flags = _mm_getcsr();
   if ((flags & _MM_MASK_MASK) != _MM_MASK_MASK) return NO_VALUE;

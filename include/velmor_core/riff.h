@@ -44,7 +44,7 @@
  *  Free space.  A data chunk with the id "JUNK" is free space. velmor_core_riff_chunk_recycle()
  *  turns a chunk into free space. velmor_core_riff_chunk_add_data_chunk() and
  *  velmor_core_riff_chunk_add_cache() use the free chunks of the group that they add to, before the
- *  group grows. Edits do not use two kinds of free chunks until the object is opened again, even if
+ *  group grows. Two kinds of free chunks are not used until the object is opened again, even if
  *  recycling a neighbour makes them larger:
  *
  *  - a chunk with the id "JUNK" that was itself added into free space
@@ -95,11 +95,11 @@
  *  - an object handle in all other functions
  *  - the out-pointer of an open function
  *
- *  New bytes.  An edit does not write all bytes that it adds. The others are uninitialised: the new
- *  bytes of a lengthened data chunk, the data of a data chunk that is added with null data, and
- *  every pad byte. They hold what was stored at their place before, such as a part of a chunk that
- *  has moved, or the old data of free space. Where a file grows at its end, they are zeros.
- *  Overwrite them if the old data is secret.
+ *  New bytes.  An edit leaves some of the bytes that it adds uninitialised. These are the new bytes
+ *  of a lengthened data chunk, the data of a data chunk that is added with null data, and every pad
+ *  byte. They hold what was stored at their place before, such as a part of a chunk that has moved,
+ *  or the old data of free space. Where a file grows at its end, they are zeros. Overwrite them if
+ *  the old data is secret.
  *
  *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes keeps the
  *  size that its header states. Reading or writing the missing data fails. An edit that needs
@@ -579,9 +579,11 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
 /** Add a data chunk to a group.
  *
  *  The new chunk goes into the first free chunk of the group that fits: see "Order of free space".
- *  If none fits, the last free chunk in that order may grow until the new chunk fits. It grows only
- *  if it is the last top-level chunk of the object. In all other cases, and always if data_size is
- *  0, the new chunk is appended as the group's last child, and the bytes after the group move.
+ *  If none fits, the last free chunk in that order may grow. It grows only if it is the last
+ *  top-level chunk of the object. Its data size becomes the total size of the new chunk. So an
+ *  empty free chunk of 8 bytes remains after the new chunk. In all other cases, and always if
+ *  data_size is 0, the new chunk is appended as the group's last child, and the bytes after the
+ *  group move.
  *
  *  If the new chunk fills a free chunk exactly, the handle of the free chunk ends. The pad byte of
  *  data of odd size is not written. Ancestors must stay below 4 GiB: see "Size limit".

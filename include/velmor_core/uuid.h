@@ -24,7 +24,8 @@ typedef struct {
 /** Make a random UUID: version 4 of RFC 4122, with 122 bits from the kernel's random source.
  *
  *  Calls getrandom(2). Directly after the system has started, this can wait until the random source
- *  is ready. Nothing is kept between calls: UUIDs differ between threads and after fork(2).
+ *  is ready. Nothing is kept between calls, so all threads get different UUIDs, and so do
+ *  both processes after fork(2).
  *
  *  The random source fails only on a system that forbids the call. This is not reported, and the
  *  record stays as it is. To find out, clear the record before the call and test it afterwards with

@@ -78,7 +78,7 @@ class Trial:
         self.compare()
 
     def added(self, node, chunks):
-        """New chunks stand before what is left of free space, or in its place if they fill it."""
+        """Add new chunks to the model. A free chunk comes after them, or ends if they fill it."""
         siblings = list(node.chunk)
         at = siblings.index(chunks[0])
         if len(siblings) < len(node.children) + len(chunks):
@@ -113,7 +113,7 @@ class Trial:
         free = node.chunk.recycle()
         at, siblings = parent.children.index(node), list(parent.chunk)
         index, gone = siblings.index(free), len(parent.children) - len(siblings)
-        if index < at:  # the free chunk before it took it, and perhaps the one after it
+        if index < at:  # merged into the one before it, perhaps with the one after it
             ended = parent.children[at : at + gone]
         elif gone or node.is_group:
             ended = [node]

@@ -179,8 +179,8 @@ class Container:
         otherwise. A free chunk that it fills exactly ends.
 
         Raises `ValueError` for an id that is not four bytes, and for "RIFF" and "LIST": see
-        `add_group`. Raises `SizeLimitError` if the group could not hold the chunk without its free
-        space, and `NoRoomError` if a buffer could not.
+        `add_group`. Raises `SizeLimitError` if a group would reach 4 GiB when the chunk
+        is appended, even if it fits into free space. Raises `NoRoomError` if a buffer is too small.
 
         >>> with velmor_core.open("song.wav", "r+") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO"].add("ICOP", b"2024 A Fork\\0"))
@@ -575,7 +575,8 @@ class Chunk(Container):
     def read_into(self, buffer: Buffer, offset: int = 0) -> int:
         """Read data from an offset on into a writable buffer. Return the number of bytes read.
 
-        It is smaller than the buffer if the data ends before. There is no second copy.
+        The number is smaller than the buffer if the data ends earlier. The data is copied once,
+        straight into the buffer.
 
         >>> block = bytearray(4)
         >>> with velmor_core.open("song.wav") as f:
