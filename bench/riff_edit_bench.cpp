@@ -267,8 +267,8 @@ class Replacer {
   uint32_t state = 1;
 };
 
-// Edits of a fresh tree. The processor learns a sequence of 200 edits by heart, but not one of
-// 5,000.
+// Edits of a fresh tree. The processor's branch predictor learns the branches of 200 edits that are
+// repeated, but not those of 5,000.
 template <typename Peer>
 void replaceInMemory(benchmark::State& state, Peer peer) {
   const Bytes holed = makeHoled();
@@ -345,8 +345,9 @@ void replaceInFile(benchmark::State& state) {
   velmor_core_riff_close(object);
 }
 
-// How the time of an edit grows with the number of free chunks. The tree has n chunks and n data
-// chunks between them. The peer makes the same edits in trees of 2,500 chunks, as often.
+// How the time of an edit grows with the number of free chunks. The tree has n chunks that are free
+// or are recycled, each followed by a data chunk that stays. The peer makes the same number of
+// edits in several trees with 2,500 such chunks each.
 enum Sizes { EQUAL, RANDOM };
 enum Edits { FILL_EXACTLY, RECYCLE };
 constexpr uint32_t FEW = 2'500;

@@ -11,8 +11,9 @@
 
 namespace {
 
-// 16 bytes give a UUID, whose text form is changed: each two more bytes are a place and the
-// character there. Fewer bytes are a text themselves.
+// The first 16 bytes of an input are a UUID. Each pair of bytes after them changes one character of
+// its text form: the first byte selects the place, the second is the new character. An input of
+// fewer than 16 bytes is used as the text.
 std::vector<char> makeText(const uint8_t* data, size_t size) {
   velmor_core_uuid_t uuid;
   if (size < sizeof uuid) return {data, data + size};

@@ -1,4 +1,4 @@
-"""Gives the wheel its tag: one that holds the library runs on Linux on x86-64, any Python 3."""
+"""Gives the wheel its tag: any Python 3, and this platform only if the library is in it."""
 
 from pathlib import Path
 

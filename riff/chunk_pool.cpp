@@ -28,10 +28,12 @@ void ChunkPool::removeBlock(void* memory) {
 }
 
 // Each block is four times as large as the one before, up to MAX_REST. So a small tree takes little
-// memory, and a larger one has most of its memory in one block, unless it needs several of the
-// largest. This makes malloc() keep the memory for the next tree: it returns the free end of the
-// heap to the system only if that end is more than twice as large as the largest block that was
-// ever freed. Getting the memory anew would cost more than building the nodes in it.
+// memory. A larger tree has most of its memory in one block. Only a tree that needs several blocks
+// of MAX_REST bytes has not.
+//
+// One large block makes malloc() keep the memory for the next tree: malloc() returns the free end
+// of the heap to the system only if that end is more than twice as large as the largest block that
+// was ever freed. Getting the memory anew would cost more than building the nodes in it.
 //
 // The unused end of the block before is wasted. It is shorter than the largest small piece.
 void ChunkPool::renewRest() {

@@ -11,9 +11,9 @@
 
 namespace RIFF {
 
-// The order: the smallest free chunk first, equal sizes in byte order, the trailing chunk last. So
-// the first one that fits is the best. The trailing chunk, which can grow without moving anything,
-// is taken only if no other fits.
+// The order: from the smallest data size to the largest, equal sizes in the order of their offsets.
+// The trailing chunk comes last. So the first one that fits is the best. The trailing chunk, which
+// can grow without moving anything, is taken only if no other fits.
 //
 // The list borrows its chunks. None is in it twice. It is sorted only at certain points of an edit.
 // In between it keeps its order, even if another chunk becomes the trailing one or an entry gets

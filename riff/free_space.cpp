@@ -17,8 +17,8 @@ namespace {
 // The largest data size. Free chunks are merged only up to this total size.
 constexpr uint64_t MAX_FREE_TOTAL = 0xFFFF'FFFF;
 
-// Builds the chunks that lie back to back in the `length` bytes at `offset`, with group as their
-// parent to be, and appends them to chunks.
+// Builds the nodes of the chunks in the `length` bytes at `offset` and appends them to chunks. They
+// are to be attached to group.
 void loadChunks(GroupChunk& group, uint64_t offset, uint64_t length,
                 std::vector<ChunkPointer>& chunks) {
   for (const uint64_t end = offset + length; offset < end;) {
