@@ -112,8 +112,9 @@ double powerOfTen(std::ptrdiff_t exponent) {
 }
 
 // The slow path of toDouble(). Numbers out of the range of double give infinity or 0. `magnitude`
-// is the number of digits before the point after the exponent has moved it. If the first nonzero
-// digit is one of them, a number out of range is too large. Otherwise it is too small.
+// is the number of digits before the point if the number is written without an exponent: 2 for
+// 1.5e1. If the first nonzero digit is before that point, a number out of range is too large.
+// Otherwise it is too small.
 [[gnu::noinline]] double toNearestDouble(const char* text, const char* end,
                                          std::ptrdiff_t magnitude) {
   double value = 0.0;

@@ -7,7 +7,7 @@
  *
  *    12            an integer, up to 2^64 - 1; a larger one counts as 2^64 - 1
  *    1.5           a decimal fraction; the digits after the point may be missing: 1.
- *    1e3  1.5e-3   a decimal exponent after a small e; then a point needs digits on both sides
+ *    1e3  1.5e-3   a decimal exponent after a small e; a point before it needs digits on both sides
  *    4k  1.5k      an SI prefix: p n u m c d h k M G T, from 10^-12 to 10^12
  *    4k7           an SI prefix in place of the decimal point: 4700
  *    1.5da  4da7   the SI prefix da (10): 15 and 47; 4da is rejected, see below
@@ -71,8 +71,8 @@
  *  convert the rest and compare in the same way. An expression cannot be checked like this:
  *  18446744073709551615+10 is 9. Numbers with a decimal point do not become negative.
  *
- *  Rounding.  A decimal number is the double nearest to it. A prefix multiplies this double, and
- *  the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an
+ *  Rounding.  A decimal number is rounded to the nearest double. A prefix multiplies this double,
+ *  and the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an
  *  integer. If people type fractions with prefixes, convert to a double and round it.
  *
  *  Results.  Every function returns true and writes its result, or returns false and leaves the

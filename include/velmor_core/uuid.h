@@ -50,8 +50,8 @@ VELMOR_CORE_API void velmor_core_uuid_clear(velmor_core_uuid_t* uuid);
  *    {00112233-4455-6677-8899-aabbccddeeff}
  *    {00112233445566778899aabbccddeeff}
  *
- *  Digits may be in upper or lower case. No other form is accepted. White space around it, a
- *  prefix, and hyphens at other places or in another number make the text invalid.
+ *  Digits may be in upper or lower case. No other form is accepted: a text with white space, with a
+ *  prefix, with hyphens at other places, or with only some of the hyphens is invalid.
  *
  *  In:   text  bytes up to a NUL; may be null, which fails
  *  Out:  uuid  receives the UUID
