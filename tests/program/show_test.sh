@@ -65,7 +65,7 @@ broadcast_fields_are_those_that_were_written() {
   "$program" extract bext.wav RIFF/bext -o old || fail extract
   { head -c 346 old && bytes '<H64s5h180s' "2, b'UMID', -2345, 250, -100, 32767, -2200, b''"; } >new
   "$program" set bext.wav RIFF/bext @new || fail set
-  expect_equal loudness "-23.45|2.5|-1|327.67 (not measured)|-22" "$(for name in loudness loudness-range max-true-peak \
+  expect_equal loudness "-23.45|2.50|-1.00|not measured|-22.00" "$(for name in loudness loudness-range max-true-peak \
     max-momentary-loudness max-short-term-loudness; do field bext.wav RIFF/bext $name; done | paste -sd '|')"
   [[ $(field bext.wav RIFF/bext umid) =~ ^554d49440{56}$ ]] || fail umid
 }

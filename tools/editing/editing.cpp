@@ -142,18 +142,20 @@ void changeTarget(const Opened& opened, Target& target, std::span<const Edit> ed
   target.finish();
 }
 
-// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Only edits in
-// place are all made in memory, since they cannot be undone; it costs memory for the bytes that
-// change. In a copy, the first edit is checked before the file is copied.
+// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. The first edit
+// is checked before the file is copied. Several edits in place, and those of a damaged file, which
+// the library may refuse, are first made in memory, since they cannot be undone. That costs memory
+// for the bytes that change.
 bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
-  if (edits.size() > 1 && inPlace) {
-    changeInMemory(opened, edits);
-    opened.undoChanges();
-    return true;
-  }
   Change first;
   opened.explain([&] { first = edits.front()(opened.root()); });
-  return edits.size() > 1 || !first.isNothing();
+  const bool isOne = edits.size() == 1;
+  if (isOne && first.isNothing()) return false;
+  if (inPlace && (!isOne || opened.damage())) {
+    changeInMemory(opened, edits);
+    opened.undoChanges();
+  }
+  return true;
 }
 
 }  // namespace
@@ -184,6 +186,7 @@ void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edit
     return;
   }
   if (!checkEdits(opened, way.inPlace, edits) && !way.output) return;
+  opened.closeChunks();  // a file can have millions, and they are loaded once more for the target
   const auto target = openTarget(opened.original(), job, way);
   try {
     changeTarget(opened, *target, edits);

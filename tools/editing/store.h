@@ -63,6 +63,9 @@ class Opened {
   // Makes the bytes and chunks those of the file again. All handles of chunks end.
   void undoChanges();
 
+  // Gives the memory of the chunks back. All handles of chunks end.
+  void closeChunks() { chunks = Object(); }
+
   // Runs work on these chunks or on those of a copy of the file. If the work throws a Failure, puts
   // the name of the file before its message, and the reason after it if the library refused a call.
   void explain(const std::function<void()>& work) const;

@@ -43,15 +43,6 @@ std::string littleEndian(uint64_t number, std::size_t size) {
 
 // --- levels
 
-std::string levelText(int16_t level) {
-  if (level == UNSET_LEVEL) return "";
-  const int size = std::abs(int{level});
-  const std::string digits = std::to_string(size % HUNDRED + HUNDRED).substr(1);
-  std::string text = std::to_string(size / HUNDRED).append(".").append(digits);
-  if (level < 0) text.insert(text.begin(), '-');
-  return text;
-}
-
 int16_t levelIn(const BextField& field, std::string_view text) {
   const auto number = parsed<double>(text);
   if (!number || !std::isfinite(*number)) refuse(field, text, "is no number, such as -23.5");
@@ -63,16 +54,6 @@ int16_t levelIn(const BextField& field, std::string_view text) {
 }
 
 // --- UMIDs, as hexadecimal digits
-
-std::string umidText(std::string_view bytes) {
-  const std::size_t used = bytes.find_last_not_of('\0') + 1;  // 0 if there is none
-  if (used == 0) return "";
-  std::string text;
-  for (const char byte : used <= BASIC_UMID ? bytes.substr(0, BASIC_UMID) : bytes) {
-    text += hexDigits(static_cast<uint8_t>(byte));
-  }
-  return text;
-}
 
 std::string umidIn(const BextField& field, std::string_view text) {
   constexpr int BASE = 16;
@@ -146,6 +127,25 @@ std::string textBytes(const BextField& field, std::string_view text) {
 }
 
 }  // namespace
+
+std::string levelText(int16_t level) {
+  if (level == UNSET_LEVEL) return "";
+  const int size = std::abs(int{level});
+  const std::string digits = std::to_string(size % HUNDRED + HUNDRED).substr(1);
+  std::string text = std::to_string(size / HUNDRED).append(".").append(digits);
+  if (level < 0) text.insert(text.begin(), '-');
+  return text;
+}
+
+std::string umidText(std::string_view bytes) {
+  const std::size_t used = bytes.find_last_not_of('\0') + 1;  // 0 if there is none
+  if (used == 0) return "";
+  std::string text;
+  for (const char byte : used <= BASIC_UMID ? bytes.substr(0, BASIC_UMID) : bytes) {
+    text += hexDigits(static_cast<uint8_t>(byte));
+  }
+  return text;
+}
 
 const BextField* findBextField(std::string_view name) {
   const auto* const found = std::ranges::find(BEXT_FIELDS, name, &BextField::name);

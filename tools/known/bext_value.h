@@ -16,6 +16,12 @@ const BextField* findBextField(std::string_view name);
 // The number in the bytes of a field.
 uint64_t bextNumber(std::string_view bytes, ByteOrder order = ByteOrder::LITTLE);
 
+// A level that is stored in hundredths, such as -23.45; empty if it is not set.
+std::string levelText(int16_t level);
+
+// The hexadecimal digits of a UMID: 64 if it is a basic one, 128 if not, none if all bytes are 0.
+std::string umidText(std::string_view bytes);
+
 // The value of a field; empty if the field is not set. Texts keep their encoding.
 std::string bextText(const BextField& field, std::string_view bytes, ByteOrder order);
 

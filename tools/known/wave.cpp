@@ -4,6 +4,7 @@
 
 #include "app/text.h"
 #include "known/bext.h"
+#include "known/bext_value.h"
 #include "known/ids.h"
 #include "known/known.h"
 #include "known/wave_format.h"
@@ -126,21 +127,21 @@ std::string bextWords(const ChunkData& data) {
   return words;
 }
 
-// The two kinds of UMID have 32 and 64 bytes. Of no UMID, all bytes are 0.
-std::string umidText(const ChunkData& data, const BextField& field) {
-  constexpr uint64_t BASIC_DIGITS = 64;
-  std::string digits;
-  for (uint64_t i = 0; i < field.size; ++i) digits += hexDigits(data.byte(field.offset + i));
-  const std::size_t last = digits.find_last_not_of('0');
-  if (last == std::string::npos) return "";
-  return last < BASIC_DIGITS ? digits.substr(0, BASIC_DIGITS) : digits;
+void addUmid(FieldList& list, const BextField& field) {
+  std::string bytes;
+  for (uint64_t i = 0; i < field.size; ++i) {
+    bytes += static_cast<char>(list.data.byte(field.offset + i));
+  }
+  list.word(field.name, field.offset, field.size, umidText(bytes));
 }
 
 void addLevel(FieldList& list, const BextField& field) {
-  constexpr int16_t NOT_MEASURED = 0x7FFF;
-  const auto stored = static_cast<int16_t>(list.at(field.offset, field.size));
-  list.add(field.name, field.offset, field.size, Field::NUMBER, decimal(stored / 100.0),
-           stored == NOT_MEASURED ? "not measured" : "");
+  const std::string level = levelText(static_cast<int16_t>(list.at(field.offset, field.size)));
+  if (level.empty()) {
+    list.word(field.name, field.offset, field.size, "not measured");
+  } else {
+    list.add(field.name, field.offset, field.size, Field::NUMBER, level);
+  }
 }
 
 // Older versions have zeros in place of the fields that were added later.
@@ -157,7 +158,7 @@ void bextFields(FieldList& list) {
         list.number(field.name, field.offset, size);
         break;
       case BextField::UMID:
-        list.word(field.name, field.offset, size, umidText(list.data, field));
+        addUmid(list, field);
         break;
       case BextField::LEVEL:
         addLevel(list, field);
