@@ -89,7 +89,7 @@ every_example_works() {
   velmor-core() { "$program" "$@"; }
   for command in $("$program" --help | sed -n 's/^  \([a-z0-9]*\)  .*/\1/p'); do
     mkdir "$command" && cd "$command" && take tone.wav clip.avi alpha.webp || fail "$command"
-    cp "$data/tagged.wav" song.wav && head -c 5000 song.wav >cut.wav && head -c 400 song.wav >edited.raw
+    cp "$data/tagged.wav" song.wav && head -c 5000 song.wav >cut.wav && head -c 400 song.wav >edited.raw && cp edited.raw alpha.xmp
     "$program" "$command" --help | sed '1,/^Examples:$/d' >examples
     [[ -s examples ]] || fail "$command has no examples"
     while read -r line; do

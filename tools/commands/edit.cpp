@@ -75,7 +75,7 @@ the file meanwhile, the edit fails and the file stays as that program left it.
     .examples = R"(
   velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
   velmor-core set --add tone.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
-  velmor-core set --add picture.webp RIFF:WEBP/XMP @picture.xmp
+  velmor-core set --add alpha.webp RIFF:WEBP/XMP @alpha.xmp
   velmor-core set song.wav RIFF:WAVE/data @edited.raw -o new.wav
 )",
     .minOperands = 3,
