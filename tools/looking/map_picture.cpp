@@ -103,7 +103,7 @@ std::string pixels(double number) {
 
 // "1.25 MiB": exact for ticks, which have four digits at most.
 std::string tickSize(uint64_t tick) {
-  const std::string rounded = binarySize(tick);
+  std::string rounded = binarySize(tick);
   if (tick < 1024) return rounded;
   auto number = static_cast<double>(tick);
   while (number >= 1024) number /= 1024;
