@@ -105,6 +105,7 @@ commands refuse to open. These findings are damage:
   - Bytes belong to no chunk, in a group or after the last one. ID3v1, ID3v2 and APE tags are named.
   - A pad byte is missing.
   - WAVE: fmt or data is missing, data stands before fmt, fmt has no channels or no rate.
+    bext ends before its time reference.
   - AVI: LIST:hdrl or LIST:movi is missing.
   - WebP: the picture or its start is missing, or an animation has no frames.
 
@@ -112,6 +113,7 @@ These findings are warnings, since other programs read such files without troubl
 
   - A pad byte is not 0, or an id is not printable.
   - WAVE: the samples are not PCM and fact is missing. The data ends within a block of samples.
+    bext is shorter than its fixed fields.
   - AVI: an entry of an index (idx1, indx, ix##) points at no chunk of its id. The index is missing.
   - WebP: a flag of VP8X does not agree with the chunks.
 

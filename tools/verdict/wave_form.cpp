@@ -1,6 +1,7 @@
 // WAVE: "fmt " comes before "data", samples that are not PCM need a "fact", and the data consists
-// of whole sample blocks.
+// of whole sample blocks. A "bext" has all its fixed fields.
 #include "app/text.h"
+#include "known/bext.h"
 #include "known/wave_format.h"
 #include "verdict/form.h"
 
@@ -20,6 +21,8 @@ class WaveForm : public Form {
       takeData(chunk);
     } else if (chunk.id == ID_FACT) {
       hasFact = true;
+    } else if (chunk.id == ID_BEXT) {
+      takeBext(chunk);
     } else if (chunk.isGroup() && chunk.groupId == ID_WAVL) {
       hasSamples = true;
     }
@@ -70,6 +73,20 @@ class WaveForm : public Form {
     if (const uint64_t rest = chunk.dataSize % blockAlign; rest > 0) {
       warn(chunk.offset, name + "/data ends " + counted(rest, "byte") + " into a sample block of " +
                              std::to_string(blockAlign));
+    }
+  }
+
+  void takeBext(const RawChunk& chunk) {
+    // FFmpeg does not open a file whose bext ends before the time reference.
+    constexpr uint64_t SMALLEST_READ = 338;
+    if (chunk.dataSize >= BEXT_FIXED_SIZE) return;
+    const std::string text = name + "/bext holds " + counted(chunk.dataSize, "byte") +
+                             ", fewer than the " + std::to_string(BEXT_FIXED_SIZE) +
+                             " of its fixed fields";
+    if (chunk.dataSize < SMALLEST_READ) {
+      fail(chunk.offset, text);
+    } else {
+      warn(chunk.offset, text);
     }
   }
 
