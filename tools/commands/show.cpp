@@ -54,8 +54,8 @@ Known are: fmt, fact, cue, smpl, inst, bext, ds64, DISP, id3, iXML, axml, _PMX, 
 ltxt in LIST:adtl (WAVE); avih, strh, strf, strn, indx, ix##, dmlh, idx1 and IDIT (AVI); VP8X, VP8,
 VP8L, ANIM, ANMF, ALPH and XMP (WebP); and all chunks in LIST:INFO.
 
-FILE "-" is standard input. Of a chunk in a pipe, only the first 64 KiB can be shown, and nothing of
-the pictures and sound of an AVI.
+FILE "-" is standard input. Of a chunk in a pipe, only the first 64 KiB are kept, and nothing of the
+pictures and sound of an AVI. Then --all is refused.
 
 --all    show all bytes; without it, the first 256, or 65,536 of a text
 --hex    show the bytes of texts, too

@@ -30,8 +30,8 @@ struct TagAssignments {
   uint64_t room() const;
 };
 
-// Checks that the tags can be set, and returns the change. The assignments have to live until the
-// change has run.
+// Checks that the tags can be set, and returns the change: nothing if the file has them already.
+// The assignments have to live until the change has run.
 //
 // Each text replaces the first chunk that holds it, in whichever LIST:INFO that is; further chunks
 // of the same text are removed. Texts that no list holds are added to the first list. If there is
