@@ -105,6 +105,7 @@ tagged.wav|cut 7|refused|the file ends inside a chunk header, 7 bytes into it (a
 tagged.wav|cut 121|refused|the file ends inside a chunk header, 5 bytes into it (at offset 116)
 tagged.wav|cut 8000|repaired|RIFF:WAVE/data ends 124 bytes past the end of the file (at offset 116)
 tagged.wav|poke 120 00 00 10|repaired|RIFF:WAVE/data ends 1040576 bytes past the end of the file (at offset 116)
+tagged.wav|poke 22 03; poke 32 06; poke 120 00 00 10|refused|RIFF:WAVE/data ends 1040576 bytes past the end of the file
 tagged.wav|poke 120 00 00|repaired|RIFF:WAVE/data has the size 0 of an unfinished stream, and 8000 bytes
 tagged.wav|poke 4 00 00|repaired|RIFF:WAVE has the size 0 of an unfinished stream
 tagged.wav|poke 4 80 1f|repaired|RIFF:WAVE/data ends 52 bytes past the end of its group (at offset 116)
@@ -144,6 +145,15 @@ card.webp|poke 23 00|refused|RIFF:WEBP/VP8 does not begin like a picture
 alpha.webp|poke 20 10|warning|RIFF:WEBP/VP8X does not announce XMP, but the file has it
 alpha.webp|poke 20 34|warning|RIFF:WEBP/VP8X announces ICCP, but the file has none
 END
+}
+
+# Data that is cut short may end within a sample. The warnings are those that check finds in the result.
+cut_samples_are_repaired() {
+  head -c 8001 "$data/tagged.wav" >cut.wav
+  "$program" repair cut.wav >out 2>warnings || fail "$(<warnings)"
+  "$program" check cut.repaired.wav >out 2>err
+  expect_equal warnings "velmor-core: cut.repaired.wav: warning: RIFF:WAVE/data ends 1 byte into a sample block of 2 (at offset 116)" "$(<warnings)"
+  expect_equal check "$(<warnings)" "$(<err)"
 }
 
 # A file that is cut anywhere is damaged. Repair refuses it, or keeps every byte except the sizes.

@@ -176,6 +176,20 @@ wide_files_are_listed_only() {
   ffmpeg -v error -i tagged.wav -c copy -rf64 always wide.wav || exit 77
   expect_equal RF64 "Concert pitch" "$(tags wide.wav | grep -oP 'title=\K.*')"
   refuses "wide.wav" wide.wav title=x
+  expect_equal pipe "$(tags wide.wav)" "$(cat wide.wav | tags -)"
+}
+
+tags_that_are_there_are_not_written() {
+  take tone.wav
+  local inode tag
+  "$program" tag tone.wav title=One originator=Me || fail "first"
+  inode=$(stat -c %i tone.wav)
+  expect_equal same "tone.wav: has these tags already" "$("$program" tag tone.wav title=One originator=Me artist= umid=)"
+  expect_equal inode "$inode" "$(stat -c %i tone.wav)"
+  for tag in title=Two originator=You; do
+    expect_equal change "" "$("$program" tag tone.wav "$tag")"
+    [[ $(tags tone.wav) == *"$tag"* ]] || fail "$tag is not stored"
+  done
 }
 
 main

@@ -109,6 +109,10 @@ END
 0 0 RIFF test 30 38 0 False 0
 12 1 \"\\x5c\\x09\\xff None 5 14 1 False 0
 26 1 LIST grp 4 12 0 False 0" "$("$program" tree --json na* | python3 read.py)"
+  # the table says "pad" where JSON does, also of a group
+  { printf 'RIFF\x1c\0\0\0testLIST\x0f\0\0\0grp abcd' && bytes 03 00 00 00 31 32 33 00; } >odd
+  expect_equal pads "0 1 1, 2" \
+    "$("$program" tree --json odd | grep -oP 'pad":\K[01]' | xargs), $("$program" tree odd | grep -c pad)"
   take clip.avi
   expect_equal clip "$(read_tree clip.avi)" "$("$program" tree --json clip.avi | python3 read.py | tail -n +2 |
     awk '{ print $2, $3 ($4 == "None" ? "" : ":" $4), $5 }')"

@@ -9,10 +9,18 @@
 
 namespace tool {
 
-constexpr uint32_t ID_RIFF = VELMOR_CORE_RIFF_ID('R', 'I', 'F', 'F');
-constexpr uint32_t ID_LIST = VELMOR_CORE_RIFF_ID('L', 'I', 'S', 'T');
-constexpr uint32_t ID_JUNK = VELMOR_CORE_RIFF_ID('J', 'U', 'N', 'K');
-constexpr uint32_t ID_INFO = VELMOR_CORE_RIFF_ID('I', 'N', 'F', 'O');
+// An id from its four characters.
+constexpr uint32_t idOf(const char (&text)[5]) {
+  return VELMOR_CORE_RIFF_ID(text[0], text[1], text[2], text[3]);
+}
+
+// The ids that the program needs for reading headers. known/ids.h has the others.
+constexpr uint32_t ID_RIFF = idOf("RIFF");
+constexpr uint32_t ID_LIST = idOf("LIST");
+constexpr uint32_t ID_JUNK = idOf("JUNK");
+constexpr uint32_t ID_INFO = idOf("INFO");
+constexpr uint32_t ID_INDX = idOf("indx");
+constexpr uint32_t ID_IDX1 = idOf("idx1");
 
 // The ids under which a chunk is read as a group.
 constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }

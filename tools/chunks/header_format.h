@@ -15,11 +15,11 @@
 
 namespace tool {
 
-constexpr uint32_t ID_RIFX = VELMOR_CORE_RIFF_ID('R', 'I', 'F', 'X');
-constexpr uint32_t ID_RF64 = VELMOR_CORE_RIFF_ID('R', 'F', '6', '4');
-constexpr uint32_t ID_BW64 = VELMOR_CORE_RIFF_ID('B', 'W', '6', '4');
-constexpr uint32_t ID_DS64 = VELMOR_CORE_RIFF_ID('d', 's', '6', '4');
-constexpr uint32_t ID_DATA = VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a');
+constexpr uint32_t ID_RIFX = idOf("RIFX");
+constexpr uint32_t ID_RF64 = idOf("RF64");
+constexpr uint32_t ID_BW64 = idOf("BW64");
+constexpr uint32_t ID_DS64 = idOf("ds64");
+constexpr uint32_t ID_DATA = idOf("data");
 
 // Sizes in ds64 that are larger count as this one. No file reaches it.
 constexpr uint64_t MAX_WIDE_SIZE = uint64_t{1} << 62;

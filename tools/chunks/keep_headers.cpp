@@ -22,9 +22,6 @@ constexpr uint64_t DATA_OF_ALL = 1 << 26;
 constexpr uint64_t TAIL = 256;  // an ID3v1 tag and the end of an APE tag before it
 constexpr std::size_t BLOCK = 1 << 18;
 
-constexpr uint32_t ID_IDX1 = VELMOR_CORE_RIFF_ID('i', 'd', 'x', '1');
-constexpr uint32_t ID_INDX = VELMOR_CORE_RIFF_ID('i', 'n', 'd', 'x');
-
 // "ix00" to "ix99" are indexes, too.
 bool isIndex(uint32_t id) { return id == ID_IDX1 || id == ID_INDX || idText(id).starts_with("ix"); }
 

@@ -34,11 +34,9 @@ Status reportAll(const std::string& operand) {
   uint64_t shown = 0;
   const Survey survey = surveyFile(operand, [&](const Finding& finding) {
     ++shown;
-    complain(file + ": " + (finding.isWarning() ? "warning: " : "") + findingText(finding));
+    complain(file, finding);
   });
-  if (const uint64_t all = survey.damages + survey.warnings; all > shown) {
-    complain(file + ": " + counted(all - shown, "more finding"));
-  }
+  complainOfMore(file, survey.damages + survey.warnings - shown);
   if (survey.damages == 0) printSound(file, survey);
   return statusOf(survey);
 }

@@ -11,6 +11,7 @@
 #include "app/progress.h"
 #include "app/text.h"
 #include "chunks/file_kind.h"
+#include "editing/editing.h"
 #include "file/file.h"
 #include "file/target.h"
 #include "verdict/survey.h"
@@ -19,14 +20,11 @@ namespace tool {
 
 namespace {
 
-constexpr Option OUTPUT{"--output", true, "-o"};
-constexpr Option FORCE{"--force"};
-constexpr Option IN_PLACE{"--in-place"};
 constexpr Option KEEP_TRAILING{"--keep-trailing"};
 constexpr Option DROP_TRAILING{"--drop-trailing"};
 constexpr std::array OPTIONS = {OUTPUT, FORCE, IN_PLACE, KEEP_TRAILING, DROP_TRAILING, JOBS};
 
-constexpr uint32_t ID_TAIL = VELMOR_CORE_RIFF_ID('t', 'a', 'i', 'l');
+constexpr uint32_t ID_TAIL = idOf("tail");
 // A header for bytes that belong to no chunk, and a pad byte.
 constexpr uint64_t ROOM = HEADER_SIZE + 2;
 constexpr uint64_t BLOCK = 1 << 20;
@@ -126,35 +124,74 @@ struct Wishes {
   std::optional<std::string> output;
 };
 
-// Surveys a file and prints its warnings, which are not repaired. Throws Failure if any damage has
-// no single right repair, unless the options say what to do with it.
-Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes& wishes) {
+// The warnings of "check" about a file. They are not repaired.
+struct Warnings {
+  std::vector<Finding> first;
+  uint64_t count = 0;
+
+  void print(const std::string& file) const {
+    for (const Finding& warning : first) complain(file, warning);
+    complainOfMore(file, count - first.size());
+  }
+};
+
+// Surveys a file. Throws Failure if any damage has no single right repair, unless the options say
+// what to do with it.
+Survey requireRepairable(const std::string& file, RawBytes& bytes, const Wishes& wishes,
+                         Warnings& warnings) {
   requireEditable(file, bytes);
   constexpr std::size_t SHOWN = 100;
   std::vector<Finding> doubts;
   Survey survey = surveyBytes(file, bytes, [&](const Finding& finding) {
-    if (finding.isWarning()) complain(file + ": warning: " + findingText(finding));
+    if (finding.isWarning()) warnings.first.push_back(finding);
     if (finding.isDoubtful() && doubts.size() < SHOWN) doubts.push_back(finding);
   });
+  warnings.count = survey.warnings;
   uint64_t doubtful = survey.doubtful;
   if (survey.trailingIsDoubtful && (wishes.keepTrailing || wishes.dropTrailing)) {
     --doubtful;
     std::erase_if(doubts, [&](const Finding& doubt) { return doubt.offset == survey.plan.end; });
   }
-  for (const Finding& doubt : doubts) complain(file + ": " + findingText(doubt));
-  if (doubtful > doubts.size()) {
-    complain(file + ": " + counted(doubtful - doubts.size(), "more finding"));
-  }
+  for (const Finding& doubt : doubts) complain(file, doubt);
+  complainOfMore(file, doubtful - doubts.size());
   if (doubtful == 0) return survey;
   const bool canDecide = survey.trailingIsDoubtful && doubtful == 1;
   throw Failure(file, std::string("not repaired: the damage above has no single right repair") +
                           (canDecide ? " (see --keep-trailing and --drop-trailing)" : ""));
 }
 
-void requireSound(const std::string& file, RawBytes& repaired) {
-  if (const auto damage = firstDamage(file, repaired)) {
+// Throws Failure if the repaired bytes are still damaged.
+Warnings requireSound(const std::string& file, RawBytes& repaired) {
+  Warnings warnings;
+  std::optional<Finding> damage;
+  const Survey survey = surveyBytes(file, repaired, [&](const Finding& finding) {
+    if (finding.isWarning()) {
+      warnings.first.push_back(finding);
+    } else if (!damage) {
+      damage = finding;
+    }
+  });
+  if (damage) {
     throw Failure(file, "not repaired: the result would still be damaged: " + findingText(*damage));
   }
+  warnings.count = survey.warnings;
+  return warnings;
+}
+
+// Throws Failure if the chunk whose size the plan has chosen gets a warning. The data of a file
+// that was cut may end anywhere. That of a whole file ends with a whole sample block, or else other
+// bytes follow it.
+void requireGoodSize(const std::string& file, const RepairPlan& plan, const Warnings& warnings) {
+  if (!plan.claimed || !plan.isOfWholeFile) return;
+  const auto isAboutChunk = [&](const Finding& warning) {
+    return warning.offset + HEADER_SIZE == plan.claimed->begin;
+  };
+  const auto found = std::ranges::find_if(warnings.first, isAboutChunk);
+  if (found == warnings.first.end()) return;
+  throw Failure(file,
+                "not repaired: the file is not cut short, but with the size that reaches to its "
+                "end, " +
+                    findingText(*found));
 }
 
 // Throws Failure unless the plan makes the file sound. From then on `bytes` shows the file with the
@@ -175,15 +212,17 @@ void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& sur
   std::vector<RawBytes::Patch> sizes(plan.sizes.begin(), plan.sizes.end());
   std::ranges::sort(sizes, {}, &RawBytes::Patch::offset);
   bytes.patch(std::move(sizes), plan.end + (plan.padIsMissing ? 1 : 0));
-  requireSound(file, bytes);
+  requireGoodSize(file, plan, requireSound(file, bytes));
 }
 
 int repairFile(const std::string& file, const Wishes& wishes) {
   const Original original(file, wishes.inPlace ? Original::EDIT : Original::COPY);
   RawBytes bytes(original.get());
-  const Survey survey = requireRepairable(file, bytes, wishes);
+  Warnings warnings;
+  const Survey survey = requireRepairable(file, bytes, wishes, warnings);
   const bool nothingToDo = survey.plan.isEmpty(survey.fileSize);
   if (nothingToDo && !wishes.output) {
+    warnings.print(file);
     std::cout << printable(file) << ": sound, nothing to repair\n";
     return 0;
   }
@@ -196,12 +235,13 @@ int repairFile(const std::string& file, const Wishes& wishes) {
     target->begin();
     repairer.repair(target->file());
     RawBytes result(target->file());
-    requireSound(file, result);
+    warnings = requireSound(file, result);
     target->finish();
   } catch (const Failure& failure) {
     throw Failure(failure.what() + target->consequence());
   }
   repairer.print(name, bytes);
+  warnings.print(name);
   if (nothingToDo) {
     std::cout << printable(file) << ": sound, copied to " << printable(name) << '\n';
   }
@@ -235,7 +275,9 @@ none is lost without --drop-trailing. The result is checked before it gets its n
 check" finds no damage in it.
 
 Damage that could be repaired in more than one way, such as a chunk that ends past the end of its
-group, is reported with its offset, and nothing is written. Warnings of "check" are not repaired.
+group, is reported with its offset, and nothing is written. Warnings of "check" are not repaired; those
+that the result has are printed. Nothing is written either if a file is not cut short, but data with
+a wrong size would end within a block of samples when it reaches to the end of the file.
 
 Two kinds of bytes after the last chunk are kept in a top-level chunk "tail" at the end of the file:
 tags (ID3v1, ID3v2, APE), and a chunk header that is cut short by the end of the file. For other

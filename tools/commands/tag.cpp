@@ -4,14 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <iostream>
 
 #include "app/command.h"
 #include "app/encoding.h"
 #include "app/errors.h"
 #include "app/jobs.h"
+#include "app/text.h"
 #include "chunks/file_kind.h"
+#include "chunks/input.h"
 #include "editing/tag_edit.h"
-#include "file/original.h"
 #include "known/bext_value.h"
 #include "known/info_names.h"
 #include "looking/tags.h"
@@ -125,13 +127,14 @@ int listTags(const Operands& operands, const Arguments& arguments, const Encodin
   }
   const auto print = arguments.has(JSON.name) ? printTagsJson : printTags;
   return forEachFile(arguments, operands.files, [&](const std::string& file) {
-    const Original original(file, Original::LOOK);
-    RawBytes bytes(original.get());
-    requireRiff(file, bytes);
+    const std::string name = inputName(file);
+    const Input input(file);
+    RawBytes bytes = input.bytes();
+    requireRiff(name, bytes);
     try {
-      print(file, bytes, encoding);
+      print(arguments.has(JSON.name) ? file : name, bytes, encoding);
     } catch (const Failure& failure) {
-      throw Failure(file, failure.what());
+      throw Failure(name, failure.what());
     }
     return 0;
   });
@@ -142,8 +145,13 @@ int editTags(const Operands& operands, const Arguments& arguments) {
   const EditWay way(arguments);
   if (way.output && operands.files.size() > 1) throw UsageError("-o takes the result of one file");
   const auto edit = [&](const std::string& file) {
-    editFile({file, "tag", operands.assignments.room()}, way,
-             [&](const Chunk& root) { return setTags(root, operands.assignments); });
+    bool isChanged = true;
+    editFile({file, "tag", operands.assignments.room()}, way, [&](const Chunk& root) {
+      Change change = setTags(root, operands.assignments);
+      isChanged = !change.isNothing();
+      return change;
+    });
+    if (!isChanged) std::cout << printable(file) << ": has these tags already\n";
     return 0;
   };
   return forEachFile(arguments, operands.files, edit, 1, USUAL_JOBS);
@@ -177,7 +185,7 @@ std::string infoNamesText() {
 const std::string HELP = R"(
 Without NAME=TEXT, lists the tags of each file: the common name, the chunk that holds it, and the
 value. With NAME=TEXT, sets the tags of all files: a text replaces the one before, and an empty TEXT
-removes it. All tags of a file are set in one edit.
+removes it. All tags of a file are set in one edit. A file that has them already is not written.
 
 WAVE and AVI files have texts in LIST:INFO. These are the common names and their chunks:
 
@@ -205,6 +213,9 @@ The version of the chunk is listed as bext-version. It becomes at least 1 if a U
 Names may be typed in capitals. A word in which "=" follows a name or an id always sets a tag: write
 ./title=x.wav for a file with such a name. The tags of RF64, BW64 and RIFX files can be listed, but
 not set.
+
+When tags are listed, FILE "-" is standard input. Of a text in a pipe, only the first 64 KiB are
+kept, and files with longer texts are refused.
 
 --encoding NAME   the texts in the files have this encoding instead of UTF-8, such as ISO-8859-1 or
                   WINDOWS-1252, both when they are listed and when they are set. Texts on the

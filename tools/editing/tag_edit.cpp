@@ -128,9 +128,26 @@ Change addList(const Chunk& group, const NewListPointer& to) {
   };
 }
 
+// Whether a list of texts has the same ones as another, whatever free chunks are between them.
+bool hasSameTexts(const Chunk& list, const Chunk& other) {
+  const auto nextText = [](Chunk chunk) {
+    while (chunk && chunk.id() == ID_JUNK) chunk = chunk.next();
+    return chunk;
+  };
+  Chunk a = nextText(list.firstChild());
+  Chunk b = nextText(other.firstChild());
+  for (; a && b; a = nextText(a.next()), b = nextText(b.next())) {
+    if (a.id() != b.id() || a.isGroup() || a.dataSize() != b.dataSize()) return false;
+    const auto text = a.data<std::string>(std::nothrow);
+    if (!text || text != b.data<std::string>(std::nothrow)) return false;
+  }
+  return !a && !b;
+}
+
 Change setInfo(const Chunk& group, const std::vector<InfoAssignment>& assignments) {
   std::vector<Change> changes;
   for (const NewListPointer& each : rebuildLists(group, assignments)) {
+    if (each->list && hasSameTexts(each->list, virtualRoot(each->contents))) continue;
     if (!each->list) {
       changes.push_back(addList(group, each));
     } else if (each->contents.size() == 0) {
@@ -140,6 +157,7 @@ Change setInfo(const Chunk& group, const std::vector<InfoAssignment>& assignment
           each->list, [each](const Chunk& list) { return replaceContents(list, each); }));
     }
   }
+  if (changes.empty()) return {};
   return [changes] {
     for (const Change& change : changes) change();
   };
@@ -180,10 +198,11 @@ Change setBext(const Chunk& group, const std::vector<BextAssignment>& assignment
     requireAllBytes(chunk);
     data = *required("read bext", [&] { return chunk.data<std::string>(std::nothrow); });
   } else if (std::ranges::all_of(assignments, &BextAssignment::isRemoval)) {
-    return [] {};
+    return {};
   }
-  const auto value =
-      std::make_shared<const Value>(Value::ofBytes(changedBext(std::move(data), assignments)));
+  const std::string changed = changedBext(data, assignments);
+  if (chunk && changed == data) return {};
+  const auto value = std::make_shared<const Value>(Value::ofBytes(changed));
   if (!chunk) return [change = addValue(group, ID_BEXT, *value), value] { change(); };
   return useRoomBeside(chunk, [value](const Chunk& bext) { return setValue(bext, *value); });
 }
@@ -206,7 +225,9 @@ Change setTags(const Chunk& virtualRoot, const TagAssignments& assignments) {
   }
   Change info = setInfo(group, assignments.info);
   if (assignments.bext.empty()) return info;
-  return [info, bext = setBext(group, assignments.bext)] {
+  Change bext = setBext(group, assignments.bext);
+  if (info.isNothing() || bext.isNothing()) return info.isNothing() ? bext : info;
+  return [info, bext] {
     bext();
     info();
   };

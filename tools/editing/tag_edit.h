@@ -30,8 +30,8 @@ struct TagAssignments {
   uint64_t room() const;
 };
 
-// Checks that the tags can be set, and returns the change. The assignments have to live until the
-// change has run.
+// Checks that the tags can be set, and returns the change: nothing if the file has them already.
+// The assignments have to live until the change has run.
 //
 // A new text replaces the first chunk with one of its ids, in any LIST:INFO. Further chunks with
 // these ids are removed. If there is no such chunk, the text is added to the first list. If there

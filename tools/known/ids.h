@@ -2,14 +2,9 @@
 #ifndef VELMOR_CORE_TOOLS_KNOWN_IDS_H
 #define VELMOR_CORE_TOOLS_KNOWN_IDS_H
 
-#include <velmor_core/riff.h>
+#include "chunks/chunk_id.h"
 
 namespace tool {
-
-// An id from its four characters.
-constexpr uint32_t idOf(const char (&text)[5]) {
-  return VELMOR_CORE_RIFF_ID(text[0], text[1], text[2], text[3]);
-}
 
 constexpr uint32_t FORM_WAVE = idOf("WAVE");
 constexpr uint32_t FORM_AVI = idOf("AVI ");
@@ -28,8 +23,6 @@ constexpr uint32_t ID_AVIH = idOf("avih");
 constexpr uint32_t ID_STRL = idOf("strl");
 constexpr uint32_t ID_STRH = idOf("strh");
 constexpr uint32_t ID_ODML = idOf("odml");
-constexpr uint32_t ID_INDX = idOf("indx");
-constexpr uint32_t ID_IDX1 = idOf("idx1");
 constexpr uint32_t ID_MOVI = idOf("movi");
 constexpr uint32_t ID_REC = idOf("rec ");
 // "ix##" and "##ix" name their stream in the other two characters.

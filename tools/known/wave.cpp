@@ -116,7 +116,7 @@ std::string bextWords(const ChunkData& data) {
     if (!text.empty()) words.append(words.empty() ? "" : separator).append(text);
   };
   const auto text = [&](std::string_view name) {
-    const auto* field = std::ranges::find(BEXT_FIELDS, name, &BextField::name);
+    const BextField* const field = findBextField(name);
     return data.text(field->offset, field->size);
   };
   const std::string description = text("description");
@@ -146,7 +146,7 @@ void addLevel(FieldList& list, const BextField& field) {
 
 // Older versions have zeros in place of the fields that were added later.
 void bextFields(FieldList& list) {
-  const auto* version = std::ranges::find(BEXT_FIELDS, "bext-version", &BextField::name);
+  const BextField* const version = findBextField("bext-version");
   for (const BextField& field : BEXT_FIELDS) {
     if (field.version > list.at(version->offset, version->size)) continue;
     const uint64_t size = field.size == 0 ? list.data.size() : field.size;
@@ -261,7 +261,7 @@ constexpr std::array CHUNKS = {
     Known{FORM_WAVE, idOf("cue "), CUE_POINTS, cueWords, cueFields},
     Known{FORM_WAVE, idOf("smpl"), SMPL_SIZE, smplWords, smplFields},
     Known{FORM_WAVE, idOf("inst"), 7, instWords, instFields},
-    Known{FORM_WAVE, idOf("bext"), BEXT_FIXED_SIZE, bextWords, bextFields},
+    Known{FORM_WAVE, ID_BEXT, BEXT_FIXED_SIZE, bextWords, bextFields},
     Known{FORM_WAVE, ID_DS64, WideSizes::SMALLEST, ds64Words, ds64Fields},
     Known{FORM_WAVE, idOf("DISP"), 4, dispWords, dispFields},
     Known{FORM_WAVE, idOf("id3 "), ID3_HEADER, id3Words, id3Fields},

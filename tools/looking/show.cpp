@@ -178,9 +178,12 @@ void showChunk(std::string_view file, std::string_view path, RawBytes& bytes, co
     return printTree(std::string(file).append(": ").append(path), bytes, node);
   }
   const ChunkData data(bytes, node.chunk(), node.parent());
-  printTitle(file, path, data);
   const Known* known = findKnown(data);
   const bool asText = known && known->isText() && !way.hex;
+  const uint64_t most = asText ? FIRST_TEXT : FIRST_BYTES;
+  const uint64_t count = way.all ? data.size() : std::min(data.size(), most);
+  if (way.all) bytes.require(data.chunk().dataOffset(), count);
+  printTitle(file, path, data);
   if (known && !known->isText()) {
     const std::string value = valueOf(data, 0).text;
     if (!value.empty()) std::cout << "  " << shortened(value, VALUE_WIDTH) << "\n";
@@ -189,8 +192,10 @@ void showChunk(std::string_view file, std::string_view path, RawBytes& bytes, co
     known->fields(list);
     printFields(list);
   }
-  const uint64_t most = asText ? FIRST_TEXT : FIRST_BYTES;
-  const uint64_t count = way.all ? data.size() : std::min(data.size(), most);
+  if (!bytes.has(data.chunk().dataOffset(), count)) {
+    std::cout << styled(Style::FREE, "  the data of a pipe is not kept: save it as a file first") << '\n';
+    return;
+  }
   if (asText) {
     printText(bytes, data, count);
   } else {

@@ -8,6 +8,7 @@
 #include "app/terminal.h"
 #include "app/text.h"
 #include "known/known.h"
+#include "looking/item_name.h"
 
 namespace tool {
 
@@ -22,17 +23,12 @@ constexpr std::string_view NAME_HEAD = "chunk";
 constexpr std::string_view SIZE_HEAD = "data size";
 constexpr std::string_view TOTAL_HEAD = "total";
 
-std::string_view kindName(TreeItem::Kind kind) {
-  return kind == TreeItem::ZEROS ? "(zeros)" : "(no chunk)";
-}
-
 std::string indentedName(const TreeItem& item) {
   std::string text(std::min(item.level, MAX_INDENTED_LEVEL) * INDENT, ' ');
   if (item.level > MAX_INDENTED_LEVEL) {
     text.append("(").append(std::to_string(item.level)).append(") ");
   }
-  if (item.kind != TreeItem::CHUNK) return text.append(kindName(item.kind));
-  return text + item.chunk.name();
+  return text + textOf(nameOf(item));
 }
 
 uint64_t totalSize(const TreeItem& item) {
@@ -102,7 +98,7 @@ std::string remark(const TreeItem& item, uint64_t fileSize) {
     return styled(Style::WARNING, "cut short by " + grouped(missing - pad) +
                                       (missing - pad == 1 ? " byte" : " bytes"));
   }
-  const std::string_view pad = !chunk.isGroup() && chunk.dataSize % 2 == 1 ? "pad" : "";
+  const std::string_view pad = chunk.dataSize % 2 == 1 ? "pad" : "";
   if (chunk.id != ID_JUNK) return std::string(pad);
   return styled(Style::FREE, pad.empty() ? "free" : "pad, free");
 }

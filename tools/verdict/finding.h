@@ -26,6 +26,11 @@ struct Finding {
 // "what (at offset N)".
 std::string findingText(const Finding& finding);
 
+// Prints a finding about a file as "check" does.
+void complain(const std::string& file, const Finding& finding);
+// Prints how many findings about a file were not printed, unless it is none.
+void complainOfMore(const std::string& file, uint64_t count);
+
 // Receives findings as they are met.
 using Report = std::function<void(const Finding&)>;
 

@@ -21,6 +21,9 @@ struct RepairPlan {
     uint64_t end;
   };
   std::optional<Range> claimed;
+  // The group of that chunk ends with the file. So the file was not cut, and the size is the only
+  // thing that is wrong.
+  bool isOfWholeFile = false;
 
   bool isEmpty(uint64_t fileSize) const {
     return sizes.empty() && !padIsMissing && end >= fileSize;

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 
+#include "app/command.h"
 #include "app/errors.h"
 #include "app/progress.h"
 #include "app/text.h"
@@ -191,9 +192,9 @@ class Surveyor {
 
   void passData(const RawChunk& chunk) {
     if (isStream(chunk)) {
-      walk.extendGroups();
       found(chunk.offset, path(chunk) + streamText(chunk.dataSize, size - chunk.dataOffset()));
       extendToFile(chunk);
+      walk.extendGroups();
     } else if (chunk.end() <= walk.limit()) {
       passWholeData(chunk);
     } else {
@@ -269,6 +270,7 @@ class Surveyor {
     take(chunk);
     setSize(chunk.offset, size);
     survey.plan.claimed = {chunk.dataOffset(), size};
+    survey.plan.isOfWholeFile = walk.claimedEnd() == size;
     repairedAt = size + (size - chunk.dataOffset()) % 2;
     walk.moveTo(std::max(chunk.end(), size));
   }
@@ -443,6 +445,14 @@ class Surveyor {
 
 std::string findingText(const Finding& finding) {
   return finding.what + " (at offset " + std::to_string(finding.offset) + ")";
+}
+
+void complain(const std::string& file, const Finding& finding) {
+  complain(file + ": " + (finding.isWarning() ? "warning: " : "") + findingText(finding));
+}
+
+void complainOfMore(const std::string& file, uint64_t count) {
+  if (count > 0) complain(file + ": " + counted(count, "more finding"));
 }
 
 Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report) {
