@@ -552,7 +552,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
  *
  *  They are added one directly after the other, in the same order. Their place is where
  *  velmor_core_riff_chunk_add_data_chunk() would add one chunk of the same total size: in free
- *  space, or as the last children. Free space is used even if they are a single chunk without data.
+ *  space, or as the last children. Unlike that function, this one uses free space also for a single
+ *  chunk without data.
  *  If they fill a free chunk exactly, the handle of the free chunk ends. The cache is not changed.
  *  Ancestors must stay below 4 GiB: see "Size limit".
  *
@@ -645,7 +646,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *
  *  - that of the chunk, if it is a group or is merged with a free neighbour
  *  - those of all chunks in it, if it is a group
- *  - that of the free chunk after it, if both are merged with a free chunk before it
+ *  - that of the free chunk directly after the chunk, if there is also one directly before it and
+ *    all three are merged
  *
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null; nothing is changed

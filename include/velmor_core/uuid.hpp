@@ -53,8 +53,8 @@ class Uuid {
   }
 #endif
 
-  /** The usual 36 characters, in lower case. Allocates the string; velmor_core_uuid_unparse() on
-   *  get() does not.
+  /** The usual 36 characters, in lower case. Allocates the string. To avoid that,
+   *  pass get() to velmor_core_uuid_unparse(), which allocates nothing.
    */
   std::string text() const {
     std::array<char, VELMOR_CORE_UUID_TEXT_SIZE> buffer{};

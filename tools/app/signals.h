@@ -24,7 +24,7 @@ void clearUnfinishedFile();
 constexpr std::size_t MAX_WORKERS = 64;
 void addWorker(pid_t worker);
 void removeWorker(pid_t worker);
-// For a new worker: it has none itself.
+// To be called in a new worker process, which has no workers of its own.
 void forgetWorkers();
 
 // While an object of this class exists, signals that would end the program wait, except SIGKILL.

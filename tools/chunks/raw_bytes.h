@@ -35,8 +35,8 @@ class RawBytes {
     uint32_t dataSize;
   };
   // From now on, chunkAt() gives these sizes, which are sorted by offset, and the bytes end at
-  // `end`. Bytes between the old end and a later one are 0. copy() and byteAt() still give the
-  // stored size fields.
+  // `end`. If `end` is after the old end, the bytes between them are 0. copy() and byteAt() still
+  // give the stored size fields.
   void patch(std::vector<Patch> sizes, uint64_t end) {
     patches = std::move(sizes);
     length = end;

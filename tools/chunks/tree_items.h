@@ -71,8 +71,8 @@ struct TreeItem {
   uint64_t end() const;
 };
 
-// The item at an offset before the limit of its siblings. At the start of a file, any header is
-// taken for a chunk.
+// The item at `offset`. Its siblings end at `limit`, which must be greater than `offset`. At the
+// start of a file, any header is taken for a chunk.
 TreeItem itemAt(RawBytes& bytes, uint64_t offset, uint64_t limit, uint64_t level, bool isStart);
 
 // Goes through the items of a file in the order of its bytes, groups before the chunks in them.

@@ -121,8 +121,9 @@ Several RIFF groups, and other chunks at the top level, are allowed.
 RF64, BW64 and RIFX files are checked too; 64-bit sizes come from the chunk ds64.
 
 FILE "-" is standard input. A pipe is read once, and only headers, small data and indexes are kept
-in memory, at most 64 MiB of data. An index beyond that is not checked. After a wrong size, headers
-may be missing in memory. Then index entries that point at them are reported, even correct ones.
+in memory, at most 64 MiB of data. An index beyond that is not checked. If a chunk of a pipe has a
+wrong size, the headers after it may not have been kept. Index entries that point at them are then
+reported, even correct ones.
 
 -q, --quiet   print one line for each file: its first damage, or that it is sound; no warnings
 --jobs N      check N files at the same time; see "velmor-core --help"

@@ -132,7 +132,8 @@ shows one difference:
 
   removed   only FILE1 has the chunk
   added     only FILE2 has it
-  changed   its data differs: the sizes, or the first byte that differs, counted from 0
+  changed   its data differs; the line shows both sizes, or, if they are equal, the first byte
+            that differs, counted from 0
   moved     its place among the other chunks of its group is not the same in both files
 
 Sizes are those of the data, offsets those of the header in each file. Other offsets, other pad

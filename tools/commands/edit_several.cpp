@@ -170,10 +170,11 @@ const Command EDIT = {
     .synopsis = "[--dry-run | -o OUTPUT [--force] | --in-place] FILE {-e EDIT... | -f LINES}",
     .summary = "Make several edits at once: all of them, or none",
     .help = R"(
-An EDIT is a command set, add, remove or recycle without its FILE, with its options --add, --top and
---force: "set --add RIFF:WAVE/LIST:INFO/INAM 'Concert pitch'". Each edit sees the results of those
-before it. If one cannot be made, a message names it, and the file stays as it is. The file is
-copied and replaced once.
+An EDIT is one of the commands "set", "add", "remove" and "recycle", written without FILE. It may
+have the options --add, --top and --force of that command:
+"set --add RIFF:WAVE/LIST:INFO/INAM 'Concert pitch'". Each edit sees the results of those before it.
+If one cannot be made, a message names it, and the file stays as it is. The file is copied and
+replaced once.
 
 In an EDIT, blanks separate words. Blanks between quotes, '...' or "...", belong to the word. A
 double quote between single quotes is an ordinary character, and so is a single quote between double
@@ -182,8 +183,8 @@ quotes. A backslash is always an ordinary character.
 -e EDIT      an edit; may be given several times
 -f LINES     read the edits from a file, one on each line; "-" is standard input. Empty lines and
              lines that begin with # are left out.
---in-place   first make all edits in memory, and begin only if all can be made. This needs memory
-             for all bytes that change or move.
+--in-place   edit the file itself. All edits are first tried in memory, and the file is changed only
+             if all of them can be made. This needs memory for all bytes that change or move.
 
 See "velmor-core set --help" for values and the other options.
 )",

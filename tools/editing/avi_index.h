@@ -42,7 +42,7 @@ class AviIndexes {
   struct Index {
     Chunk chunk;
     uint64_t movi;    // the offset of the first LIST:movi in the same RIFF; 0 if it comes later
-    std::size_t sum;  // of the data
+    std::size_t sum;  // checksum of the data
   };
   struct Layout {
     explicit Layout(const Chunk& root);
@@ -57,8 +57,8 @@ class AviIndexes {
   };
 
   const Place* placeBefore(uint64_t offset);
-  // Takes the place of a chunk before the edit, or its offset and id. Returns where the chunk is
-  // now, or nothing if there was no such chunk.
+  // The argument is where a chunk was before the edit: its Place, or its offset and id. Returns
+  // where the chunk is now, or nothing if there was no such chunk.
   std::optional<Moved> follow(const Place* place);
   std::optional<Moved> follow(uint64_t offset, uint32_t id);
 

@@ -44,7 +44,7 @@ class WebpHeader {
     uint8_t flags = 0;  // as in VP8X; FLAG_ALPHA only of a still picture
     bool isExtended = false;
     bool hasFrames = false;
-    Picture picture;  // all 0 if it cannot be read, and of an animation
+    Picture picture;  // all 0 if it cannot be read, or if the file is an animation
 
     bool isStill() const { return picture.width > 0 && picture.height > 0; }
   };

@@ -69,8 +69,8 @@ class File {
   Descriptor file;
 };
 
-// Tries to lock the file (LOCK_SH or LOCK_EX). Returns true if the lock of another program excludes
-// that. Otherwise the file is locked now. Returns false, too, if the file system has no locks.
+// Tries to lock the file (LOCK_SH or LOCK_EX). Returns true if another program's lock
+// prevents it. Returns false if the file is locked now, or if the file system has no locks.
 bool isLockedByAnother(const Descriptor& file, int lock);
 
 // The status of the file that a name leads to; throws Failure if there is none.

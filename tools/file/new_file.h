@@ -29,8 +29,8 @@ class NewFile {
 
   // Open for reading and writing. Its name is the temporary one.
   const File& get() const { return file; }
-  // Completes the file and syncs it to the disk. A file that replaces none gets these permissions
-  // without those in the umask.
+  // Completes the file and syncs it to the disk. If no file is replaced, the new
+  // file gets these permissions, without those in the umask.
   void complete(mode_t permissions) const;
   // Renames the file to its name in one step. If it replaces no file, throws Failure if a file with
   // this name exists by now.

@@ -43,11 +43,12 @@ class Original {
 // this may wait for the next tick.
 struct stat settledStatus(const File& file);
 
-// Whether both are the status of the same file, with no change between them that a status shows.
+// Whether both belong to the same file, with the same size and the same times of modification and
+// status change.
 bool isUnchanged(const struct stat& before, const struct stat& now);
 
 // Throws Failure if a marker says that the file at `path` (without symbolic links) is being edited
-// in place, or was when a program was killed.
+// in place, or that such an edit was interrupted.
 void requireNoMarker(const File& file, const std::string& path);
 
 // The name of the file that marks an edit in place of `path`.

@@ -18,7 +18,8 @@ struct ItemName {
   uint32_t id = 0;
   uint32_t groupId = 0;  // only of groups
 
-  auto operator<=>(const ItemName&) const = default;  // NOLINT(modernize-use-nullptr): a fault
+  // clang-tidy 14 mistakes the defaulted operator for a null pointer.
+  auto operator<=>(const ItemName&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 inline ItemName nameOf(const TreeItem& item) {

@@ -58,7 +58,7 @@ void printMapJson(const Map& map);
 std::string svgOf(const Map& map);
 std::string htmlOf(const Map& map);
 
-// The columns for which makeMap() makes the map of a picture.
+// The value of `columns` for maps that become a picture or JSON.
 constexpr uint64_t PICTURE_COLUMNS = 768;
 
 }  // namespace tool

@@ -25,7 +25,7 @@ struct Paired {
   static constexpr uint32_t NOBODY = std::numeric_limits<uint32_t>::max();
 
   uint64_t offset = 0;
-  uint32_t partner = NOBODY;  // its index among the other items
+  uint32_t partner = NOBODY;  // its index in the vector of the other file
   bool isMoved = false;       // set in the first file only
 };
 

@@ -10,7 +10,7 @@ namespace tool {
 
 constexpr uint64_t ALL_LEVELS = std::numeric_limits<uint64_t>::max();
 
-// Goes through the first `depth` levels. The level of the first item is the first one. Deeper
+// Goes through the first `depth` levels. Levels are counted from that of the first item. Deeper
 // chunks are only counted. Reads ahead up to the next item to show, so that hidden() is known.
 class ShownItems {
  public:

@@ -19,8 +19,8 @@ struct Survey {
   uint64_t damages = 0;   // findings that are no warnings
   uint64_t doubtful = 0;  // damages that have no single right repair
   uint64_t warnings = 0;
-  // The library must not open the file: it would refuse it after it has read all of it, or build
-  // a tree of millions of empty chunks.
+  // The library must not open the file. It would read the whole file and then refuse it, or it
+  // would build a tree of millions of empty chunks.
   bool mustStayClosed = false;
   bool trailingIsDoubtful = false;  // a doubtful finding is about the bytes after the last chunk
   RepairPlan plan;
