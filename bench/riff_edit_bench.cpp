@@ -267,8 +267,8 @@ class Replacer {
   uint32_t state = 1;
 };
 
-// Edits of a fresh tree. The processor learns a sequence of 200 edits by heart, but not one of
-// 5,000.
+// Edits of a fresh tree. The processor learns to predict all branches of a sequence of 200 edits,
+// but not those of 5,000.
 template <typename Peer>
 void replaceInMemory(benchmark::State& state, Peer peer) {
   const Bytes holed = makeHoled();
@@ -346,7 +346,8 @@ void replaceInFile(benchmark::State& state) {
 }
 
 // How the time of an edit grows with the number of free chunks. The tree has n chunks and n data
-// chunks between them. The peer makes the same edits in trees of 2,500 chunks, as often.
+// chunks between them. The peer makes as many of these edits in smaller trees, of
+// 2,500 chunks.
 enum Sizes { EQUAL, RANDOM };
 enum Edits { FILL_EXACTLY, RECYCLE };
 constexpr uint32_t FEW = 2'500;

@@ -1,6 +1,6 @@
-// Compares the time of one conversion with from_chars, which neither takes blanks nor evaluates,
-// strtod, strtoull, muParser, fparser and the evaluator of libavutil, which also knows the
-// prefixes. Counts the allocations of our conversion.
+// Compares the time of one conversion with that of strtod, strtoull, from_chars, muParser, fparser
+// and the evaluator of libavutil. from_chars accepts no blanks and no expressions. The evaluator
+// also accepts the prefixes. Counts the allocations of our conversion.
 
 #include <benchmark/benchmark.h>
 #include <muParser.h>

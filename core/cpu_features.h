@@ -7,7 +7,7 @@
 
 namespace core {
 
-// avx512fp16 is never set: no bit is assigned to it so far. neon belongs to Arm.
+// avx512fp16 is never set: detection does not query its bit. neon belongs to Arm.
 struct CpuFeatures {
   bool sse = false;
   bool sse2 = false;
@@ -38,8 +38,8 @@ struct CpuFeatures {
   bool neon = false;
 };
 
-// All false until the first detection. Only detectCpuFeatures() writes it, with plain stores. A
-// thread may read it once velmor_core_init() has returned on the thread that called it first.
+// All false until the first detection. Only detectCpuFeatures() writes it, with plain stores. So
+// other threads may read it only after the first call of velmor_core_init() has returned.
 extern CpuFeatures cpuFeatures;
 
 struct CpuidResult {

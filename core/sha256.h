@@ -19,7 +19,7 @@ namespace core {
 //   1. state is the hash value of all whole blocks of the message so far.
 //   2. The first pendingSize bytes of pending are the bytes after these blocks. They are fewer than
 //      a block, and the rest of pending is 0.
-//   3. length counts both.
+//   3. length counts the bytes of these blocks and the pending bytes.
 class Sha256Hasher {
  public:
   explicit Sha256Hasher(Sha256Compress form = getSha256Compress()) : compress(form) {}

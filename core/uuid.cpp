@@ -44,7 +44,8 @@ __m128i digitValues(__m128i characters, __m128i& valid) {
                       _mm_and_si128(isLetter, _mm_set1_epi8(9)));
 }
 
-// Packs each two digits into the low byte of a 16-bit lane. The first digit is the high one.
+// Packs each pair of digits into the low byte of its 16-bit lane. The first digit of the pair gives
+// the high 4 bits.
 __m128i joinPairs(__m128i digits) {
   const __m128i joined = _mm_or_si128(_mm_slli_epi16(digits, 4), _mm_srli_epi16(digits, 8));
   return _mm_and_si128(joined, _mm_set1_epi16(0xFF));

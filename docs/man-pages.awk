@@ -17,7 +17,8 @@ function bare(text) {
   return text
 }
 
-# From a list item: .RI "int32_t \fBname\fP (..." in one line, .RI "Brief\&. " two below.
+# Notes the brief text of a function from Doxygen's list of functions. The first line of an entry is
+# .RI "int32_t \fBname\fP (...", and the second line after it is .RI "Brief\&. ".
 function note_brief(line) {
   line = bare(substr(line, 6))
   if (line ~ /[ *]velmor_core_[a-z0-9_]+ \(/) {

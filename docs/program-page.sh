@@ -41,6 +41,7 @@ echo '.SH "EXIT STATUS"'
 sed -n 's/^Exit status: //p' <<<"$overview" | to_roff
 cat <<'END'
 .SH "SEE ALSO"
+.BR velmor\-core\-program (7),
 .BR velmor_core.h (3),
 .BR velmor\-core\-riff (7),
 .BR velmor\-core\-numbers (7)

@@ -17,7 +17,7 @@ import velmor_core
 
 
 def set_tag(file: Path, tag: str, text: str) -> None:
-    """Sets a tag in the copy of a WAV file; the title of the list is made where it is missing."""
+    """Sets a tag in the copy of a WAV file. Adds LIST:INFO and the tag where they are missing."""
     with velmor_core.open(file, "r+") as opened:
         wave = opened.find("RIFF", "WAVE")
         if wave is None:

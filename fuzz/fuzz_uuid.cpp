@@ -11,8 +11,8 @@
 
 namespace {
 
-// 16 bytes give a UUID, whose text form is changed: each two more bytes are a place and the
-// character there. Fewer bytes are a text themselves.
+// The first 16 bytes are a UUID, whose text form is changed. Each further pair of bytes is a
+// position in the text and the character to put there. Fewer than 16 bytes are the text itself.
 std::vector<char> makeText(const uint8_t* data, size_t size) {
   velmor_core_uuid_t uuid;
   if (size < sizeof uuid) return {data, data + size};

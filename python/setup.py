@@ -1,4 +1,4 @@
-"""Gives the wheel its tag: one that holds the library runs on Linux on x86-64, any Python 3."""
+"""Sets the tag of the wheel. With the library in it, it is for Linux on x86-64 and any Python 3."""
 
 from pathlib import Path
 

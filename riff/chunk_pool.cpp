@@ -28,12 +28,14 @@ void ChunkPool::removeBlock(void* memory) {
 }
 
 // Each block is four times as large as the one before, up to MAX_REST. So a small tree takes little
-// memory, and a larger one has most of its memory in one block, unless it needs several of the
-// largest. This makes malloc() keep the memory for the next tree: it returns the free end of the
-// heap to the system only if that end is more than twice as large as the largest block that was
-// ever freed. Getting the memory anew would cost more than building the nodes in it.
+// memory. A larger tree has most of its memory in one block, or in several blocks of MAX_REST.
 //
-// The unused end of the block before is wasted. It is shorter than the largest small piece.
+// Large blocks let the next tree use the same memory. malloc() returns the free end of the heap to
+// the system only if that end is more than twice as large as the largest block that was ever freed.
+// After a large block it keeps the memory. Getting the memory from the system again would take
+// longer than building the nodes in it.
+//
+// The unused end of the previous block is wasted. It is shorter than the largest small piece.
 void ChunkPool::renewRest() {
   rest = static_cast<std::byte*>(addBlock(nextRest));
   restSize = nextRest;

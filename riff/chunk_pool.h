@@ -107,7 +107,8 @@ class ChunkPool {
   static void removeBlock(void* memory);
   void renewRest();
 
-  std::array<FreePiece*, MAX_SMALL / UNIT + 1> freePieces = {};  // lists of returned ones, by units
+  // Lists of the returned small pieces. The index is their size in units.
+  std::array<FreePiece*, MAX_SMALL / UNIT + 1> freePieces = {};
   Block blocks = {&blocks, &blocks};
   std::byte* rest = nullptr;  // the unused end of the last block for small pieces
   std::size_t restSize = 0;

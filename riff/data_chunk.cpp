@@ -16,8 +16,9 @@ void DataChunk::getData(void* destination, uint32_t length, uint32_t offset) con
 
 void DataChunk::setData(const void* source, uint32_t length, uint32_t offset) {
   checkRange(length, offset);
-  // The stored bytes may end inside the chunk. A write past them would lengthen a memory object by
-  // part of a chunk, or a file past the size that its object knows.
+  // The stored bytes may end inside the chunk. A write past their end would lengthen a
+  // memory object by part of a chunk. It would also lengthen a file, but not the size that the
+  // file's object keeps.
   const uint64_t end = dataStart() + offset + length;
   if (end > getObject().getSize()) throw std::runtime_error("invalid write");
   getObject().write(dataStart() + offset, static_cast<const std::byte*>(source), length);

@@ -91,8 +91,8 @@ void FileObject::move(uint64_t source, uint64_t destination, uint64_t length) {
   }
 }
 
-// Reserves what the move writes, and what it leaves free between the two ranges: new bytes go
-// there.
+// Reserves the bytes that the move writes. If there is a gap between source and destination,
+// reserves the gap, too, because the edit writes new bytes there.
 void FileObject::reserveUp(uint64_t source, uint64_t destination, uint64_t length) {
   const uint64_t sourceEnd = source + length;
   const uint64_t end = destination + length;
@@ -102,8 +102,8 @@ void FileObject::reserveUp(uint64_t source, uint64_t destination, uint64_t lengt
     result = ::fallocate(fd.get(), FALLOC_FL_KEEP_SIZE, static_cast<off_t>(begin),
                          static_cast<off_t>(end - begin));
   } while (result == -1 && errno == EINTR);
-  // Some file systems cannot reserve. There, and for a file that is not open for writing, the
-  // writes decide.
+  // Some file systems cannot reserve, and neither can a file that is not open for writing. In both
+  // cases the move goes on, and its writes succeed or fail.
   if (result == 0 || (errno != ENOSPC && errno != EDQUOT)) return;
   if (end == size && ::ftruncate(fd.get(), static_cast<off_t>(sourceEnd)) == 0) size = sourceEnd;
   throw std::runtime_error("write failed");

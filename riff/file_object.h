@@ -45,8 +45,9 @@ class FileObject final : public Object {
   void write(uint64_t offset, const std::byte* source, uint64_t length) override;
   // In pieces of 64 KiB: from the last one if the bytes move up, from the first one if they move
   // down. So each piece is read before it is overwritten. A move up first reserves the room that it
-  // writes. If there is none, it fails and no byte moves. If the move would have ended at the end
-  // of the object, the object also gives back its growth: it ends where the source ends.
+  // writes. If there is none, it fails and no byte moves. Then, if the destination ends at the end
+  // of the object, the object is shortened to the end of the source: an edit that grew the object
+  // for this move leaves it at its old size.
   void move(uint64_t source, uint64_t destination, uint64_t length) override;
   // Closes the file.
   ~FileObject() override = default;

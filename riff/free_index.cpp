@@ -45,8 +45,8 @@ const FreeIndex::Key* FreeIndex::at(Place place) const {
   return place.block < blocks.size() ? &blocks[place.block]->keys[place.index] : nullptr;
 }
 
-// Only an edit that failed half-way can have left chunks of equal rank in another order than that
-// of their offsets. Then this searches among them.
+// After an edit that failed half-way, chunks of equal rank may not be in the order of their
+// offsets. If the bisection then misses the chunk, this looks at all keys of its rank.
 FreeIndex::Place FreeIndex::find(uint64_t rank, const Chunk& chunk) const {
   Place place = find(rank, chunk.getOffset());
   const Key* key = at(place);

@@ -56,7 +56,8 @@ DataChunk* FreeList::findFitting(uint64_t n) {
     const FreeIndex::Key* key = index.at(index.find(rank, LEAST_OFFSET));
     if (key && fits(*key->entry)) return *key->entry;
   }
-  // The trailing chunk can fit although its rank is below n: n can exceed 2^32.
+  // n counts the header, so it can be above the rank of the trailing chunk. Then the bisection has
+  // missed that chunk, which may still fit.
   return last() && fits(last()) ? last() : nullptr;
 }
 
@@ -162,8 +163,9 @@ void FreeList::sortAppended() {
 
 // Gives the same order as chunks.sort(), but faster for long lists: it sorts the keys in an array,
 // because following a link costs a cache miss. Without memory for the array, it calls
-// chunks.sort(). A stable sort by offset and then one by rank take half the time of one sort by
-// both. The first is left out if the chunks are in byte order, as after loading.
+// chunks.sort(). There are two stable sorts, by offset and then by rank. Together they take half
+// the time of one sort that compares both. The sort by offset is left out if the chunks are in that
+// order already, as after loading.
 void FreeList::sort() {
   const auto before = [this](const DataChunk* a, const DataChunk* b) {
     return usedUpBefore(*a, *b);

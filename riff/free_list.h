@@ -12,8 +12,8 @@
 namespace RIFF {
 
 // The order: the smallest free chunk first, equal sizes in byte order, the trailing chunk last. So
-// the first one that fits is the best. The trailing chunk, which can grow without moving anything,
-// is taken only if no other fits.
+// the first one that fits is also the smallest that fits. The trailing chunk, which can grow
+// without moving anything, is taken only if no other fits.
 //
 // The list borrows its chunks. None is in it twice. It is sorted only at certain points of an edit.
 // In between it keeps its order, even if another chunk becomes the trailing one or an entry gets
@@ -72,8 +72,9 @@ class FreeList {
     ordered = wasOrdered;
     restoreOrder(chunk, oldRank);
   }
-  // Sorts the list after a run of append(). The result is as if each append() had sorted. Every
-  // top-level chunk was the trailing one when it was attached, so the last one appended stays last.
+  // Sorts the list after a run of append(). The result is as if each append() had sorted. In the
+  // list of the virtual root, the last chunk appended stays last, whatever its size: it was the
+  // trailing chunk when it was attached.
   void sortAppended();
   // To be called when an entry gets another size, or another chunk becomes the trailing one, and
   // the list is not sorted at once.

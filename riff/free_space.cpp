@@ -17,8 +17,8 @@ namespace {
 // The largest data size. Free chunks are merged only up to this total size.
 constexpr uint64_t MAX_FREE_TOTAL = 0xFFFF'FFFF;
 
-// Builds the chunks that lie back to back in the `length` bytes at `offset`, with group as their
-// parent to be, and appends them to chunks.
+// Builds the chunks that lie back to back in the `length` bytes at `offset`, to be attached to
+// group later, and appends them to chunks.
 void loadChunks(GroupChunk& group, uint64_t offset, uint64_t length,
                 std::vector<ChunkPointer>& chunks) {
   for (const uint64_t end = offset + length; offset < end;) {
@@ -201,9 +201,9 @@ DataChunk& GroupChunk::mergeIntoNext(std::size_t index) {
   return next;
 }
 
-// Makes a child a free chunk of its own. A data chunk of odd size takes in its pad byte. A group
-// becomes a data chunk of the same size, with everything in it as the data. The size of a group is
-// odd only if it was odd in the file.
+// Makes a child a free chunk, without merging it with its neighbours. A data chunk of odd size gets
+// one byte longer: its pad byte becomes data. A group becomes a data chunk of the same size, with
+// everything in it as the data. That size is even, unless the file stated an odd one.
 DataChunk& GroupChunk::makeFree(std::size_t index) {
   Chunk& child = *children[index];
   const bool isGroup = !isDataChunk(child);

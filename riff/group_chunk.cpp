@@ -147,8 +147,8 @@ std::span<Chunk* const> GroupChunk::childrenAfter(const Chunk& child) const {
   return std::span(children).subspan(indexOf(child) + 1);
 }
 
-// Children lie in byte order, so this bisects. Only an edit that failed half-way can have left them
-// in another order; then it searches.
+// Children lie in byte order, so this bisects. After an edit that failed half-way they may be in
+// another order. If the bisection then misses the child, this looks at all children.
 std::size_t GroupChunk::indexOf(const Chunk& child) const {
   auto found = std::ranges::lower_bound(children, child.offset, {}, &Chunk::offset);
   if (found == children.end() || *found != &child) found = std::ranges::find(children, &child);

@@ -22,8 +22,8 @@ class MemoryObject;
 // it, and dangles once the chunk is removed.
 //
 // Between two calls, for every group:
-//   1. children is in byte order; the next links repeat that order and end in null; each child's
-//      parent is this group.
+//   1. children is in the order of the offsets; the next links repeat that order and end in null;
+//      each child's parent is this group.
 //   2. Children leave no gaps: the first begins 12 bytes into the group (at byte 0 of the object
 //      for the virtual root), each later one where its predecessor ends, pad byte included.
 //   3. The size in memory equals that in the header. Rounded up to even, it is 4 plus the total
@@ -33,8 +33,8 @@ class MemoryObject;
 //      and a free chunk that a split has left without data.
 //
 // An edit that throws stops where it is: nothing is rolled back. So an edit first checks what it
-// has to refuse (missing bytes, a group into itself), then asks for room, which is where most
-// failures occur, and changes the tree last.
+// has to refuse (missing bytes, a group into itself). Then it gets the memory and file space that
+// it needs, which is where most failures occur. It changes the tree last.
 class GroupChunk : public Chunk {
  public:
   GroupChunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChunk* parent,
@@ -49,9 +49,9 @@ class GroupChunk : public Chunk {
     return index < children.size() ? children[index] : nullptr;
   }
   Chunk* getLastChild() const { return children.empty() ? nullptr : children.back(); }
-  // Whether a child may be a group. False saves loops over the children a look at each node's type.
+  // Whether a child may be a group. If not, loops over the children need not look at their types.
   bool mayHoldGroups() const { return hasHadGroups; }
-  // The children after a child, in byte order.
+  // The children after a child, in the order of the offsets.
   std::span<Chunk* const> childrenAfter(const Chunk& child) const;
 
   // Attaches a node that was read from this group's bytes: its parent is this group, and its bytes
@@ -125,10 +125,10 @@ class GroupChunk : public Chunk {
   DataChunk& mergeIntoNext(std::size_t index);
   DataChunk& makeFree(std::size_t index);
 
-  // Owned. A child that is added is released from its ChunkPointer. A child that goes is put into
-  // one again, which destroys it. They are plain pointers for speed: an edit
-  // in a wide group moves the entries of later children. The vector moves plain pointers as one
-  // piece of memory, but ChunkPointers one by one, at several times the cost.
+  // Owned. Adding a child releases it from its ChunkPointer. Removing a child puts it into a new
+  // ChunkPointer, which destroys it. These are plain pointers for speed: an edit in a wide group
+  // moves the entries of later children. The vector moves plain pointers as one piece of memory,
+  // but ChunkPointers one by one, at several times the cost.
   std::vector<Chunk*, PoolAllocator<Chunk*>> children;
   FreeList freeList;
   FourCC groupId;

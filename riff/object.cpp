@@ -21,8 +21,9 @@ namespace {
 
 constexpr uint64_t MAX_SIZE = std::numeric_limits<int64_t>::max();
 
-// The next chunk in byte order among all chunks inside group, each group before its children. Null
-// after the last one. The parent links lead back up, so deep nesting costs no memory.
+// The next chunk in the order of the offsets, among all chunks inside group. Each group comes
+// before its children. Null after the last chunk. The parent links lead back up, so deep nesting
+// costs no memory.
 Chunk* nextInside(const GroupChunk& group, Chunk& chunk) {
   const GroupChunk* opened = asGroup(&chunk);
   if (opened && opened->getChild(0)) return opened->getChild(0);

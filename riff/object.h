@@ -87,7 +87,7 @@ class Object {
   // Makes sure that all bytes before upTo are stored. If only the pad byte of the last chunk is
   // missing, adds it. If more is missing, throws "invalid read".
   void requireStored(uint64_t upTo);
-  // Throws "invalid read" if more is missing than that pad byte.
+  // Throws "invalid read" if more is missing than the pad byte of the last chunk.
   void requireComplete() const;
   // Makes sure that the pad byte at the end of a chunk is stored. Call it before the pad byte
   // becomes data. Does nothing if the chunk ends without a pad byte.

@@ -32,6 +32,6 @@ run fuzz_edit -max_len=4096 & edit=$!
 run fuzz_number & number=$!
 wait $edit || failed=1
 wait $number || failed=1
-# At most 64 bytes: a text of 36 characters and 24 changes of it.
+# At most 64 bytes: 16 for a UUID, and 2 for each of 24 changes of its text.
 run fuzz_uuid -max_len=64 || failed=1
 exit $failed

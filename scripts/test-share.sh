@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Prints how many lines of tests there are for each hundred lines of other code, in per cent.
+# Prints the number of lines of tests, in per cent of the lines of other code.
 #   scripts/test-share.sh [LIMIT]   fails above LIMIT per cent
 # Blank lines and data files do not count. The build files of the tests count as tests. Other build
 # files do not count.

@@ -62,12 +62,15 @@ void CalcNode::print(std::ostream& out, uint32_t depth) const {
   }
 }
 
-// No node has operands when it is deleted, so destructors never nest.
+// No node has operands when it is deleted, so destructors never nest. Each step looks at the top:
 //
-// A top without a left operand is deleted, and its right operand becomes the top. A top whose left
-// operand is binary is rotated to the right: the left operand becomes the top, and the old top its
-// right operand. Each rotation adds a node to the chain of right operands, so there are fewer
-// rotations than nodes. Any other left operand is deleted, and its own operand takes its place.
+//   - No left operand: the top is deleted, and its right operand becomes the top.
+//   - A binary left operand: the tree is rotated to the right. The left operand becomes the top,
+//     and the old top becomes its right operand.
+//   - Another left operand: it is deleted. If it is a negation, its operand takes its place.
+//
+// Each rotation adds a node to the chain of right operands. So there are fewer rotations than
+// nodes.
 void CalcNode::deleteNodes(std::unique_ptr<CalcNode> tree) noexcept {
   for (Operands top = tree->operands();;) {
     if (!top.left || !*top.left) {

@@ -37,7 +37,8 @@ constexpr std::ptrdiff_t MAX_DIGITS = 19;
 [[gnu::noinline]] uint64_t saturate(const char* text, const char* end, uint64_t value) {
   while (text != end && *text == '0') ++text;
   if (end - text <= MAX_DIGITS) return value;
-  // 20 digits that begin with a 1 are below 2 * 10^19. If they reach 2^64, value is below 10^19.
+  // An integer of 20 digits that begins with a 1 is from 10^19 to 2 * 10^19. If it is below 2^64,
+  // value is the integer: at least 10^19. If not, value is the integer minus 2^64: below 10^19.
   constexpr uint64_t TEN_TO_19 = 10'000'000'000'000'000'000U;
   const bool fits = end - text == MAX_DIGITS + 1 && *text == '1' && value >= TEN_TO_19;
   return fits ? value : std::numeric_limits<uint64_t>::max();
@@ -111,8 +112,9 @@ double powerOfTen(std::ptrdiff_t exponent) {
 }
 
 // The slow path of toDouble(). Numbers out of the range of double give infinity or 0. `magnitude`
-// is the number of digits before the point after the exponent has moved it. If the first nonzero
-// digit is one of them, a number out of range is too large. Otherwise it is too small.
+// is the number of digits before the point if the number is written without an exponent: 2 for
+// 1.5e1. If the first nonzero digit is before that point, a number out of range is too large.
+// Otherwise it is too small.
 [[gnu::noinline]] double toNearestDouble(const char* text, const char* end,
                                          std::ptrdiff_t magnitude) {
   double value = 0.0;
@@ -168,7 +170,7 @@ struct Exponent {
   const char* last = appendDigits(digits, magnitude);
   if (last - digits >= MAX_DIGITS) {
     // The limit is larger than the length of any text, so it does not change a result. It is so
-    // small that no sum overflows. Fewer digits do not reach it.
+    // small that sums with it do not overflow. An exponent of fewer digits is below the limit.
     constexpr uint64_t LIMIT = uint64_t{1} << 62;
     magnitude = std::min(saturate(digits, last, magnitude), LIMIT);
   }

@@ -57,8 +57,9 @@ const char* skipBlanksAndLineEnds(const char* text) {
   }
 }
 
-// What the functions of the grammar return for a text that they do not understand. No rule accepts
-// a '?'. So every caller returns it, too, and start() rejects the text.
+// What the functions of the grammar return for a text that they do not understand. Its end points
+// to a '?', which no rule accepts. So every caller returns this value, too, and start() rejects the
+// text.
 constexpr Value NOT_PLAIN = {"?", 0.0};
 
 // Each function of the grammar evaluates what its rule matches at text. text does not point to a
@@ -121,7 +122,8 @@ Value expr(const char* text, int depth) noexcept { return addexpr(text, depth); 
 
 // Part of the text may have been evaluated before it proves not to be plain. The parser may then
 // reject it without evaluating anything. So errno and the flags of floating-point exceptions are
-// put back. Where these exceptions trap, only the tree may evaluate.
+// put back. If the program has made these exceptions trap, this gives up before it evaluates
+// anything: a trap cannot be put back.
 [[gnu::noinline]] Value start(const char* text) noexcept {
   const unsigned flags = _mm_getcsr();
   if ((flags & _MM_MASK_MASK) != _MM_MASK_MASK) return NO_VALUE;
@@ -136,8 +138,8 @@ Value expr(const char* text, int depth) noexcept { return addexpr(text, depth); 
 
 }  // namespace
 
-// Nearly all texts are one number, with or without a sign. The number is read as the scanner reads
-// it, so there are no flags to put back.
+// Nearly all texts are one number, with or without a sign. Reading the number sets the same flags
+// as the scanner would. So they need not be put back if the text proves not to be plain.
 Value evaluatePlain(const char* text) noexcept {
   const char* first = skipBlanksAndLineEnds(text);
   const char sign = *first;

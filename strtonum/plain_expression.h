@@ -14,8 +14,8 @@ namespace StrToNum {
 inline constexpr Value NO_VALUE = {nullptr, 0.0};
 
 // Returns the value that the parser and its tree would give for a plain text, to the bit. errno and
-// the flags of floating-point exceptions are afterwards as the tree would leave them. A text that
-// is not plain leaves no flags that the scanner would not leave too.
+// the flags of floating-point exceptions are afterwards as the tree would leave them. For a text
+// that is not plain, the only flags that may be set are those that the scanner sets, too.
 Value evaluatePlain(const char* text) noexcept;
 
 }  // namespace StrToNum

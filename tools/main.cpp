@@ -1,5 +1,7 @@
 // velmor-core: shows RIFF files as trees of chunks and edits them.
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -23,13 +25,13 @@ constexpr std::string_view OVERVIEW_TAIL = R"(
 A PATH names a chunk from the top of the file, step by step: RIFF:WAVE/LIST:INFO/INAM. A step is a
 chunk id. For a group, a colon and the group id may follow. Ids shorter than four characters are
 padded with spaces ("fmt" is "fmt "). If several chunks fit a step, a number selects one of them,
-counted from 1: RIFF/LIST[2]/data. "remove" and "recycle" take all that fit from RIFF/JUNK[*]. In an
-id, \xHH stands for the byte with that hexadecimal value.
+counted from 1: RIFF/LIST[2]/data. For "remove" and "recycle", RIFF/JUNK[*] names all chunks that
+fit. In an id, \xHH stands for the byte with that hexadecimal value.
 
-Commands for FILE... work on N files at the same time with --jobs N (or -j N); N is 1 without the
-option, and 0 stands for the number of processors. What a command prints about a file stays
-together, in the order of the files. If one file fails, the others are still worked on, and the exit
-status is the highest one.
+Commands for FILE... work on N files at the same time with --jobs N (or -j N). With 0, N is the
+number of processors. Without the option, N is 1, but 8 for "tag" when it sets tags. The output
+about a file stays together, and the files keep their order. If one file fails, the command still
+works on the others. The exit status is the highest one of all files.
 
 A command that changes a file leaves the complete old file or the complete new one. This holds also
 after a signal, a full disk, an I/O error, a power cut or an edit by another program. The edit is
@@ -67,7 +69,10 @@ void printHelp(const Command& command) {
 const Command& findCommand(std::string_view name) {
   const auto* const* found = std::ranges::find(COMMANDS, name, &Command::name);
   if (found == COMMANDS.end()) {
-    throw UsageError("there is no command \"" + std::string(name) + "\"");
+    const std::string word(name);
+    const bool isFile = access(word.c_str(), F_OK) == 0;
+    throw UsageError("there is no command \"" + word + "\"" +
+                     (isFile ? ": \"velmor-core tree\" shows the chunks of this file" : ""));
   }
   return **found;
 }

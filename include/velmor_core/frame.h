@@ -8,8 +8,9 @@
  *  `libvelmor-core.so.0`, and of the version node of every function, `VELMOR_CORE_0`. The installed
  *  file has both numbers in its name: `libvelmor-core.so.0.1.0.16` has interface 0 and is release
  *  1.0.16. While the SONAME stays the same, no function, constant or record layout is changed or
- *  removed. So a program runs with the release that it was linked with and with every later one.
- *  Later releases may add functions; a program that uses one needs a release that has it.
+ *  removed. So a program runs with the release that it was linked with, and with every later one
+ *  that has the same SONAME. Later releases may add functions. A program that uses a new function
+ *  needs a release that has it.
  *
  *  Deprecation.  A function that is to be removed first gets the compiler's `deprecated`
  *  attribute, and its text names the replacement. It keeps working while the SONAME stays the same.

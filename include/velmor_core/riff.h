@@ -44,7 +44,7 @@
  *  Free space.  A data chunk with the id "JUNK" is free space. velmor_core_riff_chunk_recycle()
  *  turns a chunk into free space. velmor_core_riff_chunk_add_data_chunk() and
  *  velmor_core_riff_chunk_add_cache() use the free chunks of the group that they add to, before the
- *  group grows. Edits do not use two kinds of free chunks until the object is opened again, even if
+ *  group grows. Two kinds of free chunks are not used until the object is opened again, even if
  *  recycling a neighbour makes them larger:
  *
  *  - a chunk with the id "JUNK" that was itself added into free space
@@ -55,22 +55,23 @@
  *
  *  Order of free space.  A group's free chunks are tried in the order of a list. A free chunk fits
  *  if the new bytes fill it exactly, or leave room for a header after them. The first one that fits
- *  is used. The list is sorted from the smallest data size to the largest, equal sizes in byte
- *  order. A free chunk that is the last top-level chunk of the object comes last whatever its size
- *  is, since it can grow without moving anything. This holds for top-level chunks only, not for the
- *  last chunk inside a group.
+ *  is used. The list is sorted from the smallest data size to the largest. Chunks of equal size are
+ *  in the order of their offsets. A free chunk that is the last top-level chunk of the object comes
+ *  last whatever its size is, since it can grow without moving anything. This holds for top-level
+ *  chunks only, not for the last chunk inside a group.
  *
  *  The list is sorted when a chunk is recycled, when a free chunk is split and keeps at least one
  *  byte of data, and when a free chunk enters the list. Two changes do not sort the list:
  *  velmor_core_riff_chunk_set_data_size() resizes a free chunk, or another chunk becomes the last
- *  one. While an object is opened, its chunks are read one by one, in byte order, and each free
+ *  one. While an object is opened, its chunks are read one by one, from offset 0 on, and each free
  *  chunk enters the list. For example, an object has the top-level chunks "JUNK" with 100 bytes,
  *  "JUNK" with 20 bytes, and "data". When the second "JUNK" enters the list, it is the last chunk
  *  that has been read, so it is sorted to the end. Then "data" is read and becomes the last chunk,
  *  but this does not sort the list. So after opening, the free chunks are tried in the order 100,
  *  20.
  *
- *  Handles.  A chunk handle points into the tree of its object and is never freed. These end it:
+ *  Handles.  A chunk handle points into the tree of its object. The caller never frees it. A handle
+ *  that has ended must not be used any more. These calls end a chunk handle:
  *
  *  - velmor_core_riff_close() and velmor_core_riff_cache_clear() of its object
  *  - removing the chunk or one of its ancestors
@@ -95,11 +96,11 @@
  *  - an object handle in all other functions
  *  - the out-pointer of an open function
  *
- *  New bytes.  An edit does not write all bytes that it adds. The others are uninitialised: the new
- *  bytes of a lengthened data chunk, the data of a data chunk that is added with null data, and
- *  every pad byte. They hold what was stored at their place before, such as a part of a chunk that
- *  has moved, or the old data of free space. Where a file grows at its end, they are zeros.
- *  Overwrite them if the old data is secret.
+ *  New bytes.  An edit leaves some of the bytes that it adds uninitialised. These are the new bytes
+ *  of a lengthened data chunk, the data of a data chunk that is added with null data, and every pad
+ *  byte. They hold what was stored at their place before, such as a part of a chunk that has moved,
+ *  or the old data of free space. Where a file grows at its end, they are zeros. Overwrite them if
+ *  the old data is secret.
  *
  *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes keeps the
  *  size that its header states. Reading or writing the missing data fails. An edit that needs
@@ -167,21 +168,23 @@
  *  An edit through a tree that is out of date succeeds and damages the file. Nothing locks the
  *  file. Any number of objects may read a file that nobody edits.
  *
- *  Threads.  One thread at a time uses an object and its chunks. Different objects are independent
- *  of each other. velmor_core_riff_chunk_add_chunk() and velmor_core_riff_chunk_add_cache() use two
- *  objects: that of the group and that of the chunk or cache.
+ *  Threads.  Only one thread at a time may use an object and its chunks. Different objects are
+ *  independent of each other. velmor_core_riff_chunk_add_chunk() and
+ *  velmor_core_riff_chunk_add_cache() use two objects: that of the group and that of the chunk or
+ *  cache.
  *
  *  Fork.  After fork(2), each process has its own copy of a cache or of a buffer in private memory.
  *  The two copies of a file object share one file position. So simultaneous calls read and write at
  *  wrong places. Use the object in one of the processes only. In the other, open the file again.
  *  exec(3) closes the descriptor.
  *
- *  Costs.  Opening reads three header fields of each data chunk and four of each group. In a file,
- *  each field costs an lseek(2) and a read(2). The functions that walk the tree read no bytes and
- *  take constant time. velmor_core_riff_chunk_get_child() takes the same time for every index. An
- *  edit that changes the size of the object moves all bytes that follow, writes the size field of
- *  each ancestor, and passes once over the later chunks of the tree. Recycling a chunk and adding
- *  into free space move no bytes; their time grows with the number of siblings.
+ *  Costs.  Opening makes three reads for each data chunk: it reads the id twice, and the data size.
+ *  For each group it makes a fourth, of the group id. In a file, each read costs an lseek(2) and a
+ *  read(2). The functions that walk the tree read no bytes and take constant time.
+ *  velmor_core_riff_chunk_get_child() takes the same time for every index. An edit that changes the
+ *  size of the object moves all bytes that follow, writes the size field of each ancestor, and
+ *  passes once over the later chunks of the tree. Recycling a chunk and adding into free space move
+ *  no bytes; their time grows with the number of siblings.
  *
  *  Stack.  A call takes little stack, even if groups are nested deeply. There are two exceptions:
  *  an edit that moves bytes of a file has a buffer of 64 KiB on the stack, and
@@ -579,9 +582,11 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
 /** Add a data chunk to a group.
  *
  *  The new chunk goes into the first free chunk of the group that fits: see "Order of free space".
- *  If none fits, the last free chunk in that order may grow until the new chunk fits. It grows only
- *  if it is the last top-level chunk of the object. In all other cases, and always if data_size is
- *  0, the new chunk is appended as the group's last child, and the bytes after the group move.
+ *  If none fits, the last free chunk in that order may grow. It grows only if it is the last
+ *  top-level chunk of the object. Its data size becomes the total size of the new chunk. So an
+ *  empty free chunk of 8 bytes remains after the new chunk. In all other cases, and always if
+ *  data_size is 0, the new chunk is appended as the group's last child, and the bytes after the
+ *  group move.
  *
  *  If the new chunk fills a free chunk exactly, the handle of the free chunk ends. The pad byte of
  *  data of odd size is not written. Ancestors must stay below 4 GiB: see "Size limit".

@@ -377,7 +377,8 @@ class Chunk {
   bool isInside(uint64_t size, uint32_t offset) const noexcept {
     return size <= dataSize() && offset <= dataSize() - size;
   }
-  // Returns the chunk that adding `growth` bytes gave. If it is empty, throws the reason.
+  // `result` is what an edit that adds `growth` bytes has returned. Returns it, or throws Error
+  // with the reason if it is empty.
   Chunk added(Chunk result, uint64_t growth) const {
     if (!result) {
       fail(hasRoom(growth) ? "the chunk cannot be added" : TOO_LARGE,

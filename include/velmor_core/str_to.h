@@ -7,7 +7,7 @@
  *
  *    12            an integer, up to 2^64 - 1; a larger one counts as 2^64 - 1
  *    1.5           a decimal fraction; the digits after the point may be missing: 1.
- *    1e3  1.5e-3   a decimal exponent after a small e; then a point needs digits on both sides
+ *    1e3  1.5e-3   a decimal exponent after a small e; a point before it needs digits on both sides
  *    4k  1.5k      an SI prefix: p n u m c d h k M G T, from 10^-12 to 10^12
  *    4k7           an SI prefix in place of the decimal point: 4700
  *    1.5da  4da7   the SI prefix da (10): 15 and 47; 4da is rejected, see below
@@ -40,7 +40,8 @@
  *    1.5 k         no blank between number and prefix
  *    1.5Ki         a binary prefix needs an integer: write 1.5*1Ki
  *    4da           write 4*10, 4da0 or 4.0da
- *    1.5k7  1.k    a prefix ends the number or replaces the point, and follows a digit
+ *    1.5k7         a number with a point ends with its prefix
+ *    1.k           a prefix follows a digit
  *    1E3  1.e3     write 1e3
  *    0x10          no hexadecimal numbers
  *    1_000  1 000  no separators
@@ -58,20 +59,20 @@
  *  not checked: 1/0 is infinity, and 1%0 is NaN. The text of each function gives the result for
  *  such values.
  *
- *  Large integers.  An integer from 2^63 to 2^64 - 1, in digits or with a binary prefix, becomes
- *  negative: the calculation uses the integer minus 2^64. For example, 18446744073709551615
- *  gives -1 as a signed integer and as a double. As an unsigned integer, it gives the number that
- *  was typed. The text -1 gives the same three results. So does 18446744073709551616, which counts
- *  as 2^64 - 1.
+ *  Large integers.  An integer from 2^63 to 2^64 - 1 becomes negative, with or without a binary
+ *  prefix: the calculation uses the integer minus 2^64. For example, 18446744073709551615 gives -1
+ *  as a signed integer and as a double. As an unsigned integer, it gives the number that was typed.
+ *  The text -1 gives the same three results. So does 18446744073709551616, which counts as
+ *  2^64 - 1.
  *
- *  To accept only values from 0 to a limit below 2^63, convert to a double and compare with 0 and
- *  the limit. A single integer that is too large fails the comparison: its double is negative, or
- *  at least 2^63. In an expression it can pass: 18446744073709551615+10 is 9. To be certain, accept
- *  single numbers only. Remove the sign from the text and convert the rest. If the result is
- *  negative, the number was too large. Numbers with a decimal point are not affected.
+ *  To check that a single number is from 0 to a limit below 2^63, convert it to a double and
+ *  compare with 0 and the limit. A number that is too large fails the comparison: its double is
+ *  negative, or at least 2^63. If negative numbers are valid, remove the sign from the text,
+ *  convert the rest and compare in the same way. An expression cannot be checked like this:
+ *  18446744073709551615+10 is 9. Numbers with a decimal point do not become negative.
  *
- *  Rounding.  A decimal number is the double nearest to it. A prefix multiplies this double, and
- *  the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an
+ *  Rounding.  A decimal number is rounded to the nearest double. A prefix multiplies this double,
+ *  and the product is rounded again. So 1.001k is 1000.9999999999999 as a double, and 1000 as an
  *  integer. If people type fractions with prefixes, convert to a double and round it.
  *
  *  Results.  Every function returns true and writes its result, or returns false and leaves the

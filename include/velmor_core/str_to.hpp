@@ -46,8 +46,8 @@ template <typename Number>
 }
 
 /** The same for a part of a text, which need not end in a NUL; a NUL among its characters is
- *  rejected. The text is copied, because the conversion needs a NUL: onto the stack up to 63 bytes,
- *  into allocated memory above.
+ *  rejected. The text is copied, because the conversion needs a NUL. A copy of up to 63 bytes is on
+ *  the stack, a longer one in allocated memory.
  */
 template <typename Number>
 [[nodiscard]] std::optional<Number> toNumber(std::string_view text,

@@ -24,7 +24,8 @@ typedef struct {
 /** Make a random UUID: version 4 of RFC 4122, with 122 bits from the kernel's random source.
  *
  *  Calls getrandom(2). Directly after the system has started, this can wait until the random source
- *  is ready. Nothing is kept between calls: UUIDs differ between threads and after fork(2).
+ *  is ready. Nothing is kept between calls, so all threads get different UUIDs, and so do
+ *  both processes after fork(2).
  *
  *  The random source fails only on a system that forbids the call. This is not reported, and the
  *  record stays as it is. To find out, clear the record before the call and test it afterwards with
@@ -49,8 +50,8 @@ VELMOR_CORE_API void velmor_core_uuid_clear(velmor_core_uuid_t* uuid);
  *    {00112233-4455-6677-8899-aabbccddeeff}
  *    {00112233445566778899aabbccddeeff}
  *
- *  Digits may be in upper or lower case. No other form is accepted. White space around it, a
- *  prefix, and hyphens at other places or in another number make the text invalid.
+ *  Digits may be in upper or lower case. No other form is accepted: a text with white space, with a
+ *  prefix, with hyphens at other places, or with only some of the hyphens is invalid.
  *
  *  In:   text  bytes up to a NUL; may be null, which fails
  *  Out:  uuid  receives the UUID

@@ -31,8 +31,9 @@
  *  freed.
  *
  *  Threads.  The library starts no threads and takes no locks. Functions without a handle argument
- *  may run on any number of threads at once. One thread at a time uses an object and its chunks. A
- *  function with two handles may use two objects. Different objects are independent of each other.
+ *  may run on any number of threads at once. Only one thread at a time may use an object and its
+ *  chunks: the caller has to see to that. A function with two handles may use two objects.
+ *  Different objects are independent of each other.
  *
  *  Start-up.  Only the queries velmor_core_cpu_has_*() depend on velmor_core_init(). Everything
  *  else works without it.

@@ -1,4 +1,4 @@
-"""Random edits beside a plain model, with chunks that have ended used on purpose."""
+"""Makes random edits and compares with a plain model. Also uses chunks that have ended."""
 
 import random
 
@@ -32,7 +32,7 @@ class Trial:
     def __init__(self, seed, kind):
         self.choose = random.Random(seed)
         self.kind = kind
-        self.kept = []  # chunks of all times, with their nodes
+        self.kept = []  # nodes of earlier steps, some of them with chunks that have ended
         self.reopen()
 
     def reopen(self):
@@ -58,7 +58,7 @@ class Trial:
     def step(self):
         node = self.choose.choice(list(self.root.nodes()))
         if node.is_group and self.choose.random() < 0.6:
-            node = self.choose.choice(self.root.children or [node])  # edits meet at the top
+            node = self.choose.choice(self.root.children or [node])  # prefers top-level ones
         parent = next((n for n in self.root.nodes() if node in n.children), None)
         edits = [self.add, self.add, self.add, self.add_group, self.copy, self.add_cache, self.resize]
         edits += [self.recycle, self.recycle, self.remove] * (2 if self.object.size > 1500 else 1)
@@ -78,7 +78,7 @@ class Trial:
         self.compare()
 
     def added(self, node, chunks):
-        """New chunks stand before what is left of free space, or in its place if they fill it."""
+        """Add new chunks to the model. A free chunk comes after them, or ends if they fill it."""
         siblings = list(node.chunk)
         at = siblings.index(chunks[0])
         if len(siblings) < len(node.children) + len(chunks):
@@ -113,7 +113,7 @@ class Trial:
         free = node.chunk.recycle()
         at, siblings = parent.children.index(node), list(parent.chunk)
         index, gone = siblings.index(free), len(parent.children) - len(siblings)
-        if index < at:  # the free chunk before it took it, and perhaps the one after it
+        if index < at:  # merged into the one before it, perhaps with the one after it
             ended = parent.children[at : at + gone]
         elif gone or node.is_group:
             ended = [node]

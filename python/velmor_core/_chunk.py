@@ -30,7 +30,7 @@ _FIRST_BATCH, _LARGEST_BATCH = 8, 512
 class Container:
     """What groups and objects have in common: their chunks, and edits that add chunks.
 
-    An object does what its `root` does, the parent of the top-level chunks.
+    These calls on an object are calls on its `root`, the parent of the top-level chunks.
     """
 
     __slots__ = ()
@@ -88,8 +88,9 @@ class Container:
         """A child by its index, a chunk by its path, or a slice of a data chunk's data.
 
         A path is a sequence of ids, such as ``RIFF:WAVE/LIST:INFO/INAM``. A group id may follow the
-        id of a group after a colon. If several chunks fit, a number in brackets selects one:
-        ``LIST[2]``. Blanks at the end of an id may be left out, and ``\\xHH`` stands for any byte.
+        id of a group after a colon. If several chunks fit, a number in brackets selects one,
+        counted from 1: ``LIST[2]`` is the second LIST. Blanks at the end of an id may be left out,
+        and ``\\xHH`` stands for any byte.
 
         Raises `IndexError` for an index past the last child, `MissingChunkError` for a path that
         leads to no chunk, or to several, and `ValueError` for a text that is no path.
@@ -179,8 +180,8 @@ class Container:
         otherwise. A free chunk that it fills exactly ends.
 
         Raises `ValueError` for an id that is not four bytes, and for "RIFF" and "LIST": see
-        `add_group`. Raises `SizeLimitError` if the group could not hold the chunk without its free
-        space, and `NoRoomError` if a buffer could not.
+        `add_group`. Raises `SizeLimitError` if a group would reach 4 GiB when the chunk
+        is appended, even if it fits into free space. Raises `NoRoomError` if a buffer is too small.
 
         >>> with velmor_core.open("song.wav", "r+") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO"].add("ICOP", b"2024 A Fork\\0"))
@@ -575,7 +576,8 @@ class Chunk(Container):
     def read_into(self, buffer: Buffer, offset: int = 0) -> int:
         """Read data from an offset on into a writable buffer. Return the number of bytes read.
 
-        It is smaller than the buffer if the data ends before. There is no second copy.
+        The number is smaller than the buffer if the data ends earlier. The data is copied once,
+        straight into the buffer.
 
         >>> block = bytearray(4)
         >>> with velmor_core.open("song.wav") as f:
@@ -656,7 +658,7 @@ class Chunk(Container):
                 free = cell.value
                 if is_group or free != handle:
                     edit.ended += inside
-                # If the free chunk after is no longer next, the one before has taken it, too.
+                # If the free chunk that followed is not the next one now, all three were merged.
                 if following not in (0, free) and library.get_next(free) != following:
                     edit.ended.append(following)
                 known = edit.free.get(parent)

@@ -45,7 +45,7 @@ class Handles:
         return edit
 
     def resume(self, edit: Edit, ended: Iterable[int]) -> None:
-        """Make the handles valid again that were valid before, except those that the edit ended."""
+        """Undo suspend(), except for the handles that the edit ended: these stay ended."""
         self._last += 1
         for handle in ended:
             edit.ended_before[handle] = self._last

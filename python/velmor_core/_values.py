@@ -73,7 +73,7 @@ def _number_text(text: str) -> bytes:
 def uuid(text: Optional[str] = None) -> _uuid.UUID:
     """Return a random UUID (version 4), or the UUID of a text.
 
-    A text has 32 hexadecimal digits, with or without all hyphens, with or without braces. Raises
+    A text has 32 hexadecimal digits, with four hyphens or none, with or without braces. Raises
     `ValueError` for others.
 
     >>> velmor_core.uuid("{00112233-4455-6677-8899-AABBCCDDEEFF}")

@@ -15,7 +15,7 @@ namespace {
 using namespace velmor_core;
 using std::string_view;
 
-// What costs nothing.
+// The types are as small as the handles, and literals are constants.
 static_assert(sizeof(Chunk) == sizeof(void*) && std::is_trivially_copyable_v<Chunk>);
 static_assert(sizeof(Object) == sizeof(void*) && !std::is_copy_constructible_v<Object>);
 static_assert("data"_id.value() == VELMOR_CORE_RIFF_ID('d', 'a', 't', 'a'));

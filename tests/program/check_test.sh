@@ -115,6 +115,7 @@ tagged.wav|poke 120 08 00; poke 132 6d 65 74 61 3d 31 2e 35|refused|7992 bytes i
 tagged.wav|poke 40 50|refused|RIFF:WAVE/LIST:INFO/data ends 8000 bytes past the end of its group (at offset 116)
 tagged.wav|poke 40 00 00 20|refused|RIFF:WAVE/LIST:INFO ends 2089072 bytes past the end of its group (at offset 36)
 tagged.wav|poke 40 03|refused|RIFF:WAVE/LIST:INFO has the size 3, too small for its group id (at offset 36)
+tagged.wav|"$program" set --add f RIFF:WAVE/bext A 2>/dev/null|refused|RIFF:WAVE/bext holds 1 byte, fewer than the 602 of its fixed fields
 tagged.wav|poke 116 78|refused|RIFF:WAVE has no data chunk
 tagged.wav|poke 12 78|refused|RIFF:WAVE has no fmt chunk
 tagged.wav|poke 12 64 61 74 61; poke 116 66 6d 74 20|refused|RIFF:WAVE/data comes before the fmt chunk

@@ -40,12 +40,12 @@ missing_chunks_are_made() {
   make a
   refuses 1 "there is no chunk LIST:x in RIFF:test (--add makes it)" set RIFF/LIST:x/b v
   refuses 1 "cannot make LIST: a group that is missing is named with its group id" set --add RIFF/LIST/b v
-  refuses 1 "cannot make LIST:x[2]: a chunk that is missing is named without a number" set --add 'RIFF/LIST:x[2]/b' v
+  refuses 1 "cannot make LIST:x[2]: a new chunk is named without a number" set --add 'RIFF/LIST:x[2]/b' v
   refuses 1 "cannot make LIST:x: a group has no value" set --add RIFF/LIST:x v
   refuses 1 "use the path RIFF:test/LIST:x/b, or --top" set --add LIST:x/b v
   refuses 1 "use the path RIFF:test/b, or --top" set --add RIFF:tset/b v
   refuses 1 "use the path RIFF:test/b, or --top" add b v
-  refuses 2 "--top goes with --add" set --top RIFF/a v
+  refuses 2 "--top needs --add" set --top RIFF/a v
   becomes "RIFF:test 62 a 3 LIST:x 38 LIST:INFO 26 b 4 INAM 2" edit \
     -e 'set --add RIFF/LIST:x/LIST:INFO/b 123' -e 'add RIFF/LIST/LIST/INAM v'
   becomes "RIFF:test 64 a 3 LIST:x 40 LIST:INFO 28 b 6 INAM 2" set --add RIFF/LIST/LIST/b 12345
@@ -54,6 +54,9 @@ missing_chunks_are_made() {
   becomes "RIFF:test 64 a 3 LIST:INFO 14 INAM 2 JUNK 18 b 1" set --add --top b v
   "$program" add file RIFF/a 456 2>err || fail "add"
   expect_equal note "velmor-core: file: note: RIFF:test now has 2 chunks a" "$(<err)"
+  "$program" set file 'RIFF/a[1]' err 2>said || fail "set"
+  expect_equal "forgotten @" 'velmor-core: file: note: the text "err" is stored; @err stands for the bytes of that file' "$(<said)"
+  refuses 1 "there is no chunk a at the top, beside RIFF:test" set a v
 }
 
 several_chunks_go_at_once() {
@@ -86,7 +89,7 @@ edits_are_made_together_or_not_at_all() {
   refuses 2 '"strip" is no edit' edit -e strip
   refuses 2 "no edit is given" edit -e ""
   refuses 2 "wrong number of words after set" edit -e "set RIFF/a"
-  refuses 2 "--dry-run goes with all edits" edit -e "remove --dry-run RIFF/a"
+  refuses 2 "--dry-run applies to all edits" edit -e "remove --dry-run RIFF/a"
   refuses 2 "edits come from -e or from -f" edit
   refuses 2 "standard input can be read only once" edit -e "set RIFF/a @-" -e "set RIFF/b @-"
   becomes "RIFF:test 64 LIST:x 36 c 3 d 12 a 8" edit -e "remove RIFF/a RIFF/b" -e 'set --add RIFF/LIST:x/c 123' \

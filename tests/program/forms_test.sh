@@ -107,7 +107,7 @@ END
   sound old.avi
 }
 
-# A chunk grows into the free space behind its group, and no other byte changes.
+# A chunk grows into the free space after its group, and no other byte changes.
 groups_grow_into_the_room_behind() {
   local path begin end
   while read -r path begin end; do

@@ -89,11 +89,11 @@ every_example_works() {
   velmor-core() { "$program" "$@"; }
   for command in $("$program" --help | sed -n 's/^  \([a-z0-9]*\)  .*/\1/p'); do
     mkdir "$command" && cd "$command" && take tone.wav clip.avi alpha.webp || fail "$command"
-    cp "$data/tagged.wav" song.wav && head -c 5000 song.wav >cut.wav && head -c 400 song.wav >edited.raw
+    cp "$data/tagged.wav" song.wav && head -c 5000 song.wav >cut.wav && head -c 400 song.wav >edited.raw && cp edited.raw alpha.xmp
     "$program" "$command" --help | sed '1,/^Examples:$/d' >examples
     [[ -s examples ]] || fail "$command has no examples"
     while read -r line; do
-      # A file of the folder is damaged, which check and its kin report.
+      # cut.wav is damaged, so check and verify fail for it.
       eval "$line" >out 2>err </dev/null || { [[ $line == *" "@(check|verify)" "*"*.wav"* ]] && grep -q cut.wav err; } ||
         fail "$line: $(<err)"
     done <examples
@@ -113,7 +113,7 @@ completion_reads_the_file() {
   offers "" set gone RIFF
   "$program" complete repair tagged.wav ""
   expect_equal "files are left to the shell" 1 $?
-  # Far more chunks than a shell can wait for, and a group of which only one step is offered.
+  # A group with so many chunks that completion must not offer each of them: one step covers them all.
   { printf 'RIFF\xf0\xff\xff\x7fWAVE' && yes 'abcd    ' | tr -d '\n' | tr ' ' '\0' | head -c 100000; } >many
   truncate -s 2G many
   offers "RIFF/abcd[" extract many RIFF/ab

@@ -110,7 +110,7 @@ values_are_checked_before_any_change() {
   refuses "card.webp: holds RIFF:WEBP" card.webp title=x
   refuses "clip.avi: loudness is a field of bext" clip.avi loudness=-1
   refuses "--dry-run needs a tag" clip.avi --dry-run
-  # one file that fails keeps none of the others from their tags
+  # if one file fails, the others still get their tags
   "$program" tag card.webp tone.wav tagged.wav title=x 2>err && fail "status"
   expect_equal "others" "x x" "$(tags tone.wav | grep -oP 'title=\K.*') $(tags tagged.wav | grep -oP 'title=\K.*')"
   cp tone.wav ICMT=a.wav && "$program" tag ./ICMT=a.wav title=y && expect_equal "name with =" title=y "$(tags ./ICMT=a.wav)"

@@ -106,7 +106,8 @@ TEST(EditTest, ExamplesDoAsTheySayWhateverFails) {
       const bool cut = std::string_view(example.before).ends_with('~');
       if (cut && kind == Kind::CACHE) continue;  // it holds whole chunks only
       expectExample(example, "", kind);
-      // With more chunks, another allocation of nodes is the one that fails.
+      // Each further chunk takes memory from the pool. So the edit needs a new block at another
+      // point.
       std::string more = "p:0 ";
       for (int i = 0; i < 9 && kind == Kind::BUFFER; ++i, more += "p:0 ") {
         expectExample(example, more, kind);

@@ -75,7 +75,7 @@ class Choices {
       if (group) data.insert(data.begin(), 4, 'g');
       auto length = static_cast<uint32_t>(data.size());
       data.resize(length + length % 2, 0xAA);
-      if (group && oneIn(6)) length--;  // the group's pad byte is then the last child's
+      if (group && oneIn(6)) length--;  // odd: the last byte inside is the group's pad byte
       appendChunk(out, group ? idOf({RIFF, LIST}) : id(), length, data);
     }
     return out;

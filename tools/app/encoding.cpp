@@ -31,11 +31,11 @@ class Conversion {
 
   std::optional<std::string> run(std::string_view text) {
     if (!isOpen()) return std::nullopt;
-    std::string source(text);  // iconv takes a pointer to bytes that it could change
+    std::string source(text);  // iconv's parameter is no pointer to const
     char* from = source.data();
     std::size_t left = source.size();
     std::string result;
-    // The second call writes what ends a text in encodings with states.
+    // The second call writes the sequence that returns a stateful encoding to its initial state.
     if (!convert(&from, &left, result) || !convert(nullptr, nullptr, result)) return std::nullopt;
     return result;
   }

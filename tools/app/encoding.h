@@ -13,7 +13,8 @@ class Encoding {
   // UTF-8.
   Encoding() = default;
   // An encoding by its name for iconv, such as "ISO-8859-1". Throws UsageError if there is no such
-  // encoding, and if ASCII characters are not single bytes in it: texts in files end in one NUL.
+  // encoding. Also throws it if ASCII characters are not single bytes in the encoding, because a
+  // text in a file ends in a single NUL byte.
   explicit Encoding(const std::string& name);
 
   // Both return nothing if the text cannot be converted.

@@ -11,7 +11,7 @@ namespace tool {
 
 constexpr int WRONG_USE = 2;  // the exit status after UsageError
 
-// The command line makes no sense. Thrown before anything has been touched.
+// The command line is wrong. Thrown before any file is changed.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

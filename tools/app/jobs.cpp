@@ -33,7 +33,7 @@ namespace tool {
 
 namespace {
 
-// What a worker ends with if its output could not be kept. No command has this status.
+// The exit status of a worker whose output could not be kept. No command has this status.
 constexpr int OUTPUT_LOST = 125;
 
 std::size_t numberOfJobs(const Arguments& arguments, std::size_t usual) {
@@ -142,13 +142,14 @@ class Jobs {
         failed(failed),
         progress("working", files.size(), Progress::FILES) {
     std::cout.flush();
-    outputIsTerminal();                             // is remembered for the workers
+    outputIsTerminal();                             // remembers the result for the workers
     static_cast<void>(::signal(SIGCHLD, SIG_DFL));  // or no worker could be waited for
   }
 
   // `jobs` is the number of workers that run at the same time.
   int run(std::size_t jobs) {
-    // More files than jobs, so that one long file does not keep the others waiting. Each has two
+    // The most workers whose output is not yet printed, running or ended. They are more than can
+    // run at the same time, so that one long file does not stop the others. Each has two
     // descriptors.
     constexpr std::size_t MAX_UNPRINTED = 2 * MAX_WORKERS;
     while (!left.empty() || !workers.empty()) {
@@ -236,7 +237,7 @@ class Jobs {
     if (WIFEXITED(*worker.end)) {
       const int status = WEXITSTATUS(*worker.end);
       if (status != OUTPUT_LOST) return status;
-      complain(worker.file + ": there is no room for what was printed about it");
+      complain(worker.file + ": its output was lost, because there is no room to store it");
     } else {
       const int signal = WTERMSIG(*worker.end);
       complain(worker.file + ": its worker was ended by signal " + std::to_string(signal) + " (" +

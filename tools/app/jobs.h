@@ -10,22 +10,22 @@
 
 namespace tool {
 
-// The option of the commands that work on FILE...: how many files at the same time. Without it, a
-// command has its own number, and 0 stands for the number of processors.
+// The option of the commands for FILE...: how many files they work on at the same time. 0 stands
+// for the number of processors.
 inline constexpr Option JOBS{"--jobs", true, "-j"};
 
 // Works on one file and returns the exit status. Throws Failure.
 using FileWork = std::function<int(const std::string& file)>;
 
-// Works on each file, on several at the same time if the arguments have JOBS, or if usualJobs,
-// which holds without it, is more than 1. A file that fails is reported, with the status `failed`,
-// and the others are still worked on. Returns the highest status. Throws UsageError for JOBS
-// without a number.
+// Works on each file. The number of files at the same time is the value of JOBS, or usualJobs
+// without this option. A file that fails is reported and counts with the status `failed`. The
+// others are still worked on. Returns the highest status. Throws UsageError if the value of JOBS is
+// no number or too large.
 //
-// With several jobs, each file gets a process of its own, a worker: mappings, progress and the
-// unfinished file exist once in a process. What a worker prints is kept, and appears whole and in
-// the order of the files. So `work` cannot change variables of the caller. A worker that a signal
-// ends counts as a failure.
+// With several jobs, a worker process works on each file, because a process can have only one
+// mapping, one progress line and one unfinished file. So `work` cannot change variables of the
+// caller. The output of each worker is kept and printed in one piece, in the order of the files. A
+// worker that a signal ends counts as a failure.
 int forEachFile(const Arguments& arguments, std::span<const std::string> files,
                 const FileWork& work, int failed = 1, std::size_t usualJobs = 1);
 // The same for all operands.

@@ -10,10 +10,9 @@
 
 namespace tool {
 
-// Call once, before anything else. Then a signal that ends the program first removes the unfinished
-// file, if there is one, and is passed on to the workers, which end before the program. SIGXFSZ no
-// longer ends the program: a write past the file size limit of the process fails like any other
-// write.
+// Call once, before anything else. From then on, a signal that would end the program first removes
+// the unfinished file and ends the workers. The program ends after them. SIGXFSZ no longer ends the
+// program: a write past the file size limit of the process fails like any other write.
 void handleSignals();
 
 // Names the unfinished file. Hold a SignalsWait while you make the file and while you rename it.

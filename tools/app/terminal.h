@@ -13,7 +13,8 @@ enum class Style { TITLE, GROUP, FREE, WARNING, GROUP_BOX, DATA_BOX, FREE_BOX, O
 // NO_COLOR (see no-color.org) is not set; otherwise the text unchanged.
 std::string styled(Style style, std::string_view text);
 
-bool outputIsTerminal();  // for a worker: whether the program's standard output is one
+// Whether standard output is a terminal. In a worker: whether the main process's is one.
+bool outputIsTerminal();
 // The columns of the terminal on standard output; without one, those of the environment variable
 // COLUMNS, or 80.
 std::size_t outputWidth();
@@ -21,8 +22,8 @@ bool errorsAreSeen();  // standard error is a terminal
 
 // These write to standard error and may be called by several threads.
 
-// Shows a line, what is done and how far it is. The next line or message replaces it. `what` is
-// shortened if the terminal is too narrow.
+// Shows a progress line: `what` names the work, `state` says how far it is. The next line or
+// message replaces it. `what` is shortened if the terminal is too narrow.
 void showProgressLine(std::string_view what, std::string_view state);
 void clearProgressLine();
 // For a new worker: the line on the terminal is not its own.

@@ -35,7 +35,7 @@ std::string hexDigits(uint8_t byte);
 // text does not begin with one.
 std::size_t characterSize(std::string_view text);
 
-// The length of the part of a text that does not end within a UTF-8 character.
+// The length of a text in bytes, without an incomplete UTF-8 character at its end.
 std::size_t wholeCharacters(std::string_view text);
 
 // Makes a text from elsewhere, such as a file name, safe to print: it cannot control a terminal or

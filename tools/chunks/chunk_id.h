@@ -35,8 +35,8 @@ std::string idText(uint32_t id);
 // "LIST:INFO", for groups only.
 std::string groupName(uint32_t id, uint32_t groupId);
 
-// "LIST:INFO" for a group, "data" for any other chunk; of a data chunk the group id is not used. In
-// files that may be RF64 or RIFX, RawChunk::name() knows the groups.
+// "LIST:INFO" for a group, "data" for any other chunk. The group id of a data chunk is not used.
+// Groups are RIFF and LIST here. RawChunk::name() also knows the groups of RF64 and RIFX files.
 std::string nameText(uint32_t id, uint32_t groupId);
 
 // The id that a text stands for; throws UsageError unless it has one to four characters.

@@ -36,8 +36,8 @@ std::string missingText(const PathStep& step, const std::string& place);
 class ChunkPath {
  public:
   enum Reach {
-    ONE,  // names one chunk: "[*]" is no part of it
-    MANY
+    ONE,  // names one chunk, so "[*]" is an error
+    MANY  // may name several chunks with "[*]"
   };
 
   // Slashes at the start and the end have no meaning. Throws UsageError for a text that is no path.
@@ -94,11 +94,13 @@ class ChunkPath {
     return follow(virtualRoot, std::span(steps).first(steps.size() - 1));
   }
 
-  // Where a step was looked for, for messages: "at the top", "in LIST:INFO".
+  // Where a step was looked for, for messages: "at the top, beside RIFF:WAVE", "in LIST:INFO".
   template <typename Node>
   static std::string placeOf(const Node& group, std::size_t groups = 1) {
     if (groups > 1) return "in any of " + std::to_string(groups) + " chunks";
-    return group.isVirtualRoot() ? "at the top" : "in " + group.name();
+    if (!group.isVirtualRoot()) return "in " + group.name();
+    const Node first = group.firstChild();
+    return first && first.isGroup() ? "at the top, beside " + first.name() : "at the top";
   }
 
  private:

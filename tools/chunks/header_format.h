@@ -55,7 +55,7 @@ class HeaderFormat {
   HeaderFormat() = default;
   explicit HeaderFormat(const Read& read);
 
-  // The id of the groups that other files call RIFF.
+  // "RIFF", or the id that this file has in its place, such as "RF64".
   uint32_t riffId() const { return riff; }
   ByteOrder order() const { return riff == ID_RIFX ? ByteOrder::BIG : ByteOrder::LITTLE; }
   bool isWide() const { return riff == ID_RF64 || riff == ID_BW64; }

@@ -72,7 +72,7 @@ class HeaderWalk {
   uint64_t end;
   uint64_t at;
   std::deque<OpenGroup> groups;
-  std::size_t extended = 0;  // this many groups, counted from the outermost
+  std::size_t extended = 0;  // how many groups, from the outermost on, reach to the end of the file
 };
 
 }  // namespace tool

@@ -63,13 +63,13 @@ class Stream {
   const std::string& name;
   std::vector<char> block = std::vector<char>(BLOCK);
   std::size_t size = 0;   // of the bytes in the block
-  std::string_view rest;  // of them, those that were not taken
-  std::string lastBytes;  // of the blocks before
+  std::string_view rest;  // the bytes of the block that were not taken
+  std::string lastBytes;  // the last bytes of the blocks before this one
   bool isAtEnd = false;
 };
 
-// Goes through all places where a header could be expected, in the order of the bytes. So all that
-// is between a place and the stream's position has been kept.
+// Goes through all places where a header could be expected, in the order of the bytes. If the
+// stream is already past a place, the bytes from that place on have been kept.
 class Keeper {
  public:
   explicit Keeper(Stream stream) : stream(std::move(stream)) {}
@@ -96,7 +96,7 @@ class Keeper {
 
   struct Place {
     uint64_t offset;
-    bool isHeader;  // or else the pad byte of a chunk; the next header is here if that is missing
+    bool isHeader;  // false for the pad byte of a chunk: if it is missing, a header is here
     bool operator==(const Place&) const = default;
     bool operator>(const Place& other) const {
       return std::tie(offset, isHeader) > std::tie(other.offset, other.isHeader);

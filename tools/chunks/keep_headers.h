@@ -11,8 +11,8 @@ namespace tool {
 // Reads a descriptor to its end. Keeps
 //   - the header of each chunk, also wherever else a header could be expected in a damaged file:
 //     after each chunk and each group, and in each group;
-//   - the first 64 KiB of each chunk's data, and all data of an AVI's indexes, but not the pictures
-//     and sound of an AVI: of all chunks together, 64 MiB;
+//   - the first 64 KiB of each chunk's data, but none of the pictures and sound of an AVI;
+//   - all data of an AVI's indexes; together with the data above, at most 64 MiB;
 //   - the number of zeros where a header is expected;
 //   - the first 64 KiB, and the last bytes, where tags lie.
 // Throws Failure, with `name`, if the descriptor cannot be read.

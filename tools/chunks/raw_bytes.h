@@ -14,13 +14,13 @@
 
 namespace tool {
 
-// The bytes of a file, of memory or of a pipe, which has to outlive this. Keeps the last few KiB
-// that were read, so a header near the previous one needs no system call.
+// The bytes of a file, of memory or of a pipe. The source has to outlive this object. Keeps the
+// last few KiB that were read, so a header near the previous one needs no system call.
 class RawBytes {
  public:
   explicit RawBytes(const File& file);
   explicit RawBytes(std::span<const char> memory);
-  // The headers are all there. So is the data that keepHeaders() keeps.
+  // All headers can be read. Of the data, only what keepHeaders() keeps can be read.
   explicit RawBytes(const KeptBytes& kept);
 
   uint64_t size() const { return length; }
@@ -34,8 +34,9 @@ class RawBytes {
     uint64_t offset;  // of the chunk's header
     uint32_t dataSize;
   };
-  // From now on, chunkAt() gives these sizes (sorted by offset), and the bytes have another end.
-  // Bytes that are added at the end are 0. copy() and byteAt() still give the stored size fields.
+  // From now on, chunkAt() gives these sizes, which are sorted by offset, and the bytes end at
+  // `end`. Bytes between the old end and a later one are 0. copy() and byteAt() still give the
+  // stored size fields.
   void patch(std::vector<Patch> sizes, uint64_t end) {
     patches = std::move(sizes);
     length = end;
@@ -67,7 +68,7 @@ class RawBytes {
   const uint8_t* bytesAt(uint64_t offset, uint64_t count);
 
  private:
-  // As copy(), but bytes that were not kept are 0. Returns whether there are none.
+  // As copy(), but bytes that were not kept are 0. Returns whether all bytes were kept.
   bool fetch(void* to, uint64_t count, uint64_t offset) const;
   uint64_t number(uint64_t offset, uint64_t size) const;
   HeaderFormat readFormat() const;

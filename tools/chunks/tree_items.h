@@ -63,7 +63,7 @@ struct TreeItem {
   uint64_t limit = 0;  // where the parent ends, or the file if that is earlier
   ParentGroup parent;
 
-  // Its header tells where it begins, but not where it ends: it reaches to the limit.
+  // A group whose size is too small for its group id. It is taken to reach to the limit.
   bool isOpenEnded() const { return isGroup() && chunk.dataSize < GROUP_ID_SIZE; }
   bool isGroup() const { return kind == CHUNK && chunk.isGroup(); }
   bool isFree() const { return kind == CHUNK && chunk.id == ID_JUNK; }

@@ -98,11 +98,12 @@ commands refuse to open. These findings are damage:
 
   - The file is no RIFF file: its first chunk is not a RIFF. The message says what it looks like.
   - A header or data is cut short.
-  - A size was never written: programs put 0 or a value near 2^31 or 2^32 into a stream's headers.
+  - A size was never filled in. Until programs know a size, they write 0, or about 2^31 or 2^32.
   - A chunk ends past the end of its group, or a group past the end of the file.
   - Bytes belong to no chunk, in a group or after the last one. ID3v1, ID3v2 and APE tags are named.
   - A pad byte is missing.
   - WAVE: fmt or data is missing, data stands before fmt, fmt has no channels or no rate.
+    bext ends before its time reference.
   - AVI: LIST:hdrl or LIST:movi is missing.
   - WebP: the picture or its start is missing, or an animation has no frames.
 
@@ -110,6 +111,7 @@ These findings are warnings, since other programs read such files without troubl
 
   - A pad byte is not 0, or an id is not printable.
   - WAVE: the samples are not PCM and fact is missing. The data ends within a block of samples.
+    bext is shorter than its fixed fields.
   - AVI: an entry of an index (idx1, indx, ix##) points at no chunk of its id. The index is missing.
   - WebP: a flag of VP8X does not agree with the chunks.
 
@@ -119,8 +121,8 @@ Several RIFF groups, and other chunks at the top level, are allowed.
 RF64, BW64 and RIFX files are checked too; 64-bit sizes come from the chunk ds64.
 
 FILE "-" is standard input. A pipe is read once, and only headers, small data and indexes are kept
-in memory. An index of more than 64 MiB is not checked then. Entries of an index that point into
-data where a size is wrong are reported as wrong, too.
+in memory, at most 64 MiB of data. An index beyond that is not checked. After a wrong size, headers
+may be missing in memory. Then index entries that point at them are reported, even correct ones.
 
 -q, --quiet   print one line for each file: its first damage, or that it is sound; no warnings
 --jobs N      check N files at the same time; see "velmor-core --help"

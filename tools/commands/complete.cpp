@@ -23,8 +23,8 @@ namespace {
 
 constexpr int COMPLETE_FILES = 1;  // the exit status that leaves the word to the shell
 
-// Prints the candidates that begin with what has been typed. They are parts of a word that begins
-// with `before`.
+// Prints the candidates that begin with what has been typed. A word may have a start that is not
+// completed, such as "--path="; it is in `before` and is printed before each candidate.
 class Candidates {
  public:
   explicit Candidates(std::string_view typed, std::string_view before = "")

@@ -126,18 +126,20 @@ const Command DIFF = {
     .synopsis = "[--json] [--quiet] [--any] FILE1 FILE2",
     .summary = "Show which chunks differ between two files",
     .help = R"(
-Compares groups with the same path by the chunks in them. Chunks with the same id are paired by
-their data, the others of them in their order. Each line shows one difference:
+Compares the chunks in groups with the same path. In a group, chunks with the same id and the same
+data are paired first. The rest of the chunks with this id are paired in their order. Each line
+shows one difference:
 
   removed   only FILE1 has the chunk
   added     only FILE2 has it
   changed   its data differs: the sizes, or the first byte that differs, counted from 0
-  moved     it comes before or after other chunks of its group than in FILE1
+  moved     its place among the other chunks of its group is not the same in both files
 
 Sizes are those of the data, offsets those of the header in each file. Other offsets, other pad
 bytes and the sizes of groups are no differences by themselves. A group that is only in one file is
 one line, without the chunks in it. Runs of zeros and other bytes that are no chunk are compared
-too. Data is read only where chunks have the same size, and holes of sparse files are skipped.
+too. If the sizes of two chunks differ, their data is usually not read. Holes of sparse files are
+skipped.
 
 --quiet   print nothing, and stop at the first difference
 --any     compare any files, even those that are no RIFF files, as if they were made of chunks

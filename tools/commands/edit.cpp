@@ -43,9 +43,9 @@ VALUE   the text itself. In a LIST:INFO group a NUL is stored after it, since th
 If the chunk grows and free space (JUNK) lies beside it or its group, it grows into that space, and
 nothing else in the file moves.
 
-Every edit keeps right what depends on the chunks. In WebP, VP8X is added if it is needed, its flags
-and canvas agree with the chunks, and an ICC profile is put before the picture. In AVI, the indexes
-(idx1, indx, ix##) follow the frames when they move. If a frame is removed, its entry is removed,
+Every edit also corrects the chunks that describe others. In WebP, it adds VP8X if that is needed,
+corrects the flags and the canvas in VP8X, and puts an ICC profile before the picture. In AVI, it
+corrects the indexes (idx1, indx, ix##) if frames move. If a frame is removed, its entry is removed,
 and a warning says so.
 
 The edit is made in a copy, FILE.velmor-core-new. When the copy is complete and on the disk, it
@@ -53,7 +53,9 @@ replaces the file. It keeps the file's permissions, owner, access control lists 
 attributes. A symbolic link stays a link, and the file that it leads to is edited. If the edit fails
 or a signal ends it, the copy is removed. Only SIGKILL and a power cut can leave a copy; the next
 edit of the file removes it. Edits of one file wait for each other. If another program changes
-the file meanwhile, the edit fails and the file stays as that program left it.
+the file meanwhile, the edit fails and the file stays as that program left it. Do not edit a file
+that another program keeps open to write to it, such as a recorder. After the edit that program
+still writes to the old file, which no longer has a name.
 
 --add        make the chunk if it is missing, and the groups of PATH that are missing. Such a group
              needs its group id, as in LIST:INFO, and no step may have a number. New chunks fill
@@ -69,12 +71,13 @@ the file meanwhile, the edit fails and the file stays as that program left it.
              file. Signals wait until the edit is done. SIGKILL, an I/O error or a power cut in the
              middle may destroy data of the file for good. A marker, FILE.velmor-core-edit, lies
              beside the file during the edit, so the folder must allow new files. If the edit was
-             interrupted, the marker stays, and the commands that read chunks refuse the file by
+             interrupted, the marker stays, and the commands that read chunks refuse the file under
              this name until you remove the marker.
 )",
     .examples = R"(
   velmor-core set song.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
   velmor-core set --add tone.wav RIFF:WAVE/LIST:INFO/INAM "Concert pitch"
+  velmor-core set --add alpha.webp RIFF:WEBP/XMP @alpha.xmp
   velmor-core set song.wav RIFF:WAVE/data @edited.raw -o new.wav
 )",
     .minOperands = 3,
@@ -89,10 +92,10 @@ const Command ADD = {
     .summary = "Add a chunk or an empty group",
     .help = R"(
 The last step of PATH names the new chunk; the steps before it name its group. The chunk fills free
-space (JUNK) of the group if it fits there, and is appended to the group otherwise. The group then
-grows into free space beside it, if there is enough. If the last step has a group id, an empty group
-is appended, and no value is given. A chunk of the same name may be there already: then a note says
-how many there are now. See "velmor-core set --help" for values and the other options.
+space (JUNK) of the group if it fits there, and is appended to the group otherwise. A group that
+becomes longer uses the free space beside it, if that is enough. If the last step has a group id, an
+empty group is appended, and no value is given. If the group already has a chunk of the same name, a
+note says how many it has now. See "velmor-core set --help" for values and the other options.
 
 --top   add the chunk at the top of the file. If the file has one RIFF group, this option is needed
         for a chunk beside it, because programs look for chunks in the RIFF group. A further RIFF
@@ -116,9 +119,10 @@ const Command REMOVE = {
     .help = R"(
 All bytes after a chunk move towards the start of the file. In a PATH, [*] names all chunks that fit
 a step: RIFF/JUNK[*], or RIFF/LIST[*]/ISFT. Put quotes around it, because the shell may replace it.
-All chunks are found before the first is removed: a number means what "tree" shows now. No two paths
-may name the same chunk, and none a chunk within another that is removed. If a path names no chunk,
-nothing is changed. See "velmor-core set --help" for the other options.
+All chunks are found before the first is removed, so numbers count the chunks that "tree" shows now.
+Two paths must not name the same chunk. A path must not name a chunk inside another one that is
+removed. If a path names no chunk, nothing is changed. See "velmor-core set --help" for the other
+options.
 
 --force   remove the RIFF group even if no other is left; with -o, also replace OUTPUT if it exists
 )",

@@ -32,8 +32,8 @@ struct Line {
   std::string name() const { return place + ", \"" + text + "\": "; }
 };
 
-// Cuts a text into words. Quotes, single or double, keep blanks and the other kind of quote; no
-// other character has a meaning.
+// Cuts a text into words. A pair of quotes, single or double, keeps everything between them. No
+// other character is special.
 std::vector<std::string> wordsOf(std::string_view text) {
   std::vector<std::string> words;
   for (std::size_t at = text.find_first_not_of(BLANKS); at < text.size();
@@ -67,7 +67,8 @@ std::unique_ptr<TypedEdit> parseEdit(const std::vector<std::string>& words) {
   const Arguments arguments{std::span(words).subspan(1), command};
   for (const Option& option : {DRY_RUN, OUTPUT, IN_PLACE}) {
     if (arguments.has(option.name)) {
-      throw UsageError(std::string(option.name) + " goes with all edits, before them");
+      throw UsageError(std::string(option.name) +
+                       " applies to all edits: write it outside of them");
     }
   }
   constexpr std::size_t FILE_OPERAND = 1;
@@ -174,8 +175,9 @@ An EDIT is a command set, add, remove or recycle without its FILE, with its opti
 before it. If one cannot be made, a message names it, and the file stays as it is. The file is
 copied and replaced once.
 
-In an EDIT, blanks separate words. Quotes, '...' or "...", keep the blanks between them; inside one
-kind, the other kind is an ordinary character. A backslash is an ordinary character, too.
+In an EDIT, blanks separate words. Blanks between quotes, '...' or "...", belong to the word. A
+double quote between single quotes is an ordinary character, and so is a single quote between double
+quotes. A backslash is always an ordinary character.
 
 -e EDIT      an edit; may be given several times
 -f LINES     read the edits from a file, one on each line; "-" is standard input. Empty lines and

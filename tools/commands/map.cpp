@@ -85,8 +85,8 @@ with "?". Rows below the 12th are left out.
 --json      print one JSON object for each file, each on a line of its own:
               {"version":1,"command":"map","file":"a.wav","size":52,"boxes":[{"level":0,"offset":0,
                "size":52,"kind":"group","count":1,"name":"RIFF:WAVE"},...],"summary":[...],...
-            "count" is the number of chunks in a box, "kind" and "name" belong to most of its
-            bytes. "summary" and "others" are as with "tree --summary".
+            "count" is the number of chunks in a box. If there are several, "kind" and "name" are
+            those with the most bytes. "summary" and "others" are as with "tree --summary".
 )",
     .examples = R"(
   velmor-core map clip.avi

@@ -53,7 +53,8 @@ const Command NUM = {
     .summary = "Evaluate numbers and expressions, such as 4k7 or (1+2)*3Ki",
     .help = R"(
 Prints each value as a double. If it fits into 64 bits, also prints it truncated to a signed and to
-an unsigned integer. Integers from 2^63 on wrap around: double and signed integer are negative.
+an unsigned integer. An integer from 2^63 on wraps around: the double and the signed integer are
+negative, and only the unsigned integer has its value.
 )",
     .examples = R"(
   velmor-core num 4k7

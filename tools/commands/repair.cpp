@@ -253,7 +253,7 @@ int runRepair(const Arguments& arguments) {
                       arguments.has(IN_PLACE.name), arguments.has(FORCE.name),
                       arguments.value(OUTPUT.name)};
   if (wishes.output && wishes.inPlace) throw UsageError("-o and --in-place exclude each other");
-  if (wishes.output && arguments.count() > 1) throw UsageError("-o goes with one FILE");
+  if (wishes.output && arguments.count() > 1) throw UsageError("-o takes the result of one file");
   if (wishes.keepTrailing && wishes.dropTrailing) {
     throw UsageError("--keep-trailing and --drop-trailing exclude each other");
   }

@@ -45,17 +45,18 @@ const Command SHOW = {
     .synopsis = "FILE PATH [--all] [--hex] [--json]",
     .summary = "Show the fields and bytes of a chunk",
     .help = R"(
-Shows a chunk whose format is known as a table of fields: the offset in the chunk's data, the size in
-bytes, the name and the value. The bytes follow as a hexdump: the offset in the file, 16 bytes, and
-the same as text. A chunk that is a text, such as INAM, iXML or XMP, is shown as text. The chunks in
-a group are shown as by "velmor-core tree".
+If the format of the chunk is known, a table shows its fields. Each line has the offset in the
+chunk's data, the size in bytes, the name and the value. The bytes of the chunk follow as a hexdump:
+the offset in the file, 16 bytes, and the same bytes as text. A chunk that is a text, such as INAM,
+iXML or XMP, is shown as text. The chunks in a group are shown as by "velmor-core tree".
 
-Known are: fmt, fact, cue, smpl, inst, bext, ds64, DISP, id3, iXML, axml, _PMX, and labl, note and
-ltxt in LIST:adtl (WAVE); avih, strh, strf, strn, indx, ix##, dmlh, idx1 and IDIT (AVI); VP8X, VP8,
-VP8L, ANIM, ANMF, ALPH and XMP (WebP); and all chunks in LIST:INFO.
+These formats are known: fmt, fact, cue, smpl, inst, bext, ds64, DISP, id3, iXML, axml, _PMX, and
+labl, note and ltxt in LIST:adtl (WAVE); avih, strh, strf, strn, indx, ix##, dmlh, idx1, IDIT, ISMP
+and _PMX (AVI); VP8X, VP8, VP8L, ANIM, ANMF, ALPH and XMP (WebP); and all chunks in LIST:INFO. EXIF
+and ICCP (WebP) are named, but not decoded.
 
-FILE "-" is standard input. Of a chunk in a pipe, only the first 64 KiB are kept, and nothing of the
-pictures and sound of an AVI. Then --all is refused.
+FILE "-" is standard input. From a pipe, only the first 64 KiB of a chunk can be shown, and --all is
+refused for a longer one. The pictures and sound of an AVI in a pipe cannot be shown.
 
 --all    show all bytes; without it, the first 256, or 65,536 of a text
 --hex    show the bytes of texts, too
@@ -63,8 +64,8 @@ pictures and sound of an AVI. Then --all is refused.
            {"version":1,"command":"show","file":"a.wav","path":"RIFF/fmt","offset":12,"id":"fmt",
             "dataSize":16,"missing":0,"value":"PCM, 1 channel, 8 kHz, 16 bit",
             "fields":[{"name":"format-tag","offset":0,"size":2,"value":1,"words":"PCM"},...
-         "words" says what a number means. The first 100 entries of tables and the first 65,536
-         bytes of a text are in it. A group has "groupId", and in "chunks" the number of its chunks.
+         "words" says what a number means. At most 100 entries of a table and 65,536 bytes of a
+         text are printed. A group has "groupId", and in "chunks" the number of its chunks.
 )",
     .examples = R"(
   velmor-core show song.wav RIFF:WAVE/fmt

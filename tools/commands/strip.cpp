@@ -114,7 +114,7 @@ class Stripper {
 
 int runStrip(const Arguments& arguments) {
   const EditWay way(arguments);
-  if (way.output && arguments.count() > 1) throw UsageError("-o goes with one FILE");
+  if (way.output && arguments.count() > 1) throw UsageError("-o takes the result of one file");
   Stripper stripper(arguments.values(KEEP.name));
   return forEachFile(arguments, [&](const std::string& file) {
     editFile({file, "strip", ROOM_FOR_PAD}, way,
@@ -147,7 +147,7 @@ edit of its own: if one fails, the others are done all the same.
 
 --keep NAMES   also keep chunks of these names, which are separated by commas: bext,LIST:INFO. For a
                group of another form, keep these only. May be given several times.
--o OUTPUT      goes with one FILE
+-o OUTPUT      write the result to this file; for one FILE only
 --jobs N       strip N files at the same time; see "velmor-core --help"
 
 See "velmor-core set --help" for the other options.

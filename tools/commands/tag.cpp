@@ -93,7 +93,7 @@ class Operands {
 
   void addBext(const BextField& field, const std::string& text) {
     if (field.name == "bext-version") {
-      throw UsageError("bext-version follows from the fields that are set");
+      throw UsageError("bext-version cannot be set: it follows from the other fields");
     }
     if (std::ranges::count(assignments.bext, &field, &BextAssignment::field) > 0) {
       throwTwice(std::string(field.name));
@@ -116,7 +116,7 @@ class Operands {
 
 // --- the two ways to run
 
-// Setting tags mostly waits for the disk, which writes several files in the time of one.
+// Setting tags mostly waits for the disk, and the disk can write several files at once.
 constexpr std::size_t USUAL_JOBS = 8;
 
 int listTags(const Operands& operands, const Arguments& arguments, const Encoding& encoding) {
@@ -190,11 +190,11 @@ removes it. All tags of a file are set in one edit. A file that has them already
 WAVE and AVI files have texts in LIST:INFO. These are the common names and their chunks:
 
 )" + infoNamesText() + R"(
-Any other chunk of LIST:INFO is named by its id, four capital letters or digits: ISBN="...". Where a
-name has two chunks, a new text gets the first. The first chunk with the text is replaced, and
-further ones are removed. A file without LIST:INFO gets one: a WAVE file after its data, an AVI file
-in free space (JUNK) if it fits there, and at its end otherwise. No file gets a second one. A list
-that becomes empty is removed.
+Any other chunk of LIST:INFO is named by its id, four capital letters or digits: ISBN="...". If a
+name has two ids, a new chunk gets the first. If a file has several chunks for one name, the first
+is replaced and the others are removed. A file without LIST:INFO gets one. A WAVE file gets it after
+its data. An AVI file gets it in free space (JUNK) if it fits there, and at the end of its RIFF
+group otherwise. A list that becomes empty is removed.
 
 WAVE files may also have a bext chunk (EBU Tech 3285), with these names:
 
@@ -207,28 +207,31 @@ WAVE files may also have a bext chunk (EBU Tech 3285), with these names:
   coding-history          lines of text
 
 A file without bext chunk gets one, in free space if it fits there, and after its data otherwise.
-The version of the chunk becomes 1 with a UMID and 2 with a loudness, and is never lowered. It is
-listed as bext-version. All values are checked before a file is changed.
+The version of the chunk is listed as bext-version. It becomes at least 1 if a UMID is set, at least
+2 if a loudness is set, and is never lowered. All values are checked before a file is changed.
 
-Names may be typed in capitals. A word that contains "=" after a name or an id is no file: write
-./title=x.wav for a file with such a name. RF64, BW64 and RIFX files are listed, but not changed.
+Names may be typed in capitals. A word in which "=" follows a name or an id always sets a tag: write
+./title=x.wav for a file with such a name. The tags of RF64, BW64 and RIFX files can be listed, but
+not set.
 
 When tags are listed, FILE "-" is standard input. Of a text in a pipe, only the first 64 KiB are
 kept, and files with longer texts are refused.
 
 --encoding NAME   the texts in the files have this encoding instead of UTF-8, such as ISO-8859-1 or
                   WINDOWS-1252, both when they are listed and when they are set. Texts on the
-                  command line and in the list are always UTF-8. When a text in a file cannot be
-                  converted, \xHH shows its other bytes.
---jobs N, -j N    work on N files at the same time, with 0 on as many as there are processors. When
-                  tags are set, the default is 8, since the disk then writes several files in the
-                  time of one.
+                  command line and in the list are always UTF-8. If a text in a file cannot be
+                  converted, it is listed unconverted, and \xHH stands for each byte that is not
+                  UTF-8.
+--jobs N, -j N    work on N files at the same time; 0 is the number of processors. The default is 1.
+                  When tags are set it is 8, because the program mostly waits for the disk, and the
+                  disk can write several files at once.
 --json            list the tags of each file as one JSON object on a line of its own:
                     {"version":1,"command":"tag","file":"a.wav","tags":[
                      {"name":"title","chunk":"INAM","value":"Concert pitch"},...
                   Numbers of bext are JSON numbers. U+FFFD replaces bytes that cannot be converted.
 
-See "velmor-core set --help" for the other options.
+A WebP file has no tags of this kind. Its texts are in the chunks XMP and EXIF, which "velmor-core
+show" and "velmor-core set" read and write. See "velmor-core set --help" also for the other options.
 )";
 
 }  // namespace

@@ -76,10 +76,10 @@ Each line shows one chunk, in four columns: the offset of its header in the file
 group a colon and the group id; its data size (the size field); its total size (with header and pad
 byte). All sizes are in bytes. The chunks in a group follow it and are indented by their level.
 A value follows for chunks whose format is known: sound, pictures and streams in words, texts in
-quotes. "velmor-core show" shows all of a value. "pad" marks a chunk with a pad byte, "free" a JUNK
-chunk, whose space later edits can use. Only headers and the start of known chunks are read, also in
-large files. FILE "-" is standard input; of a pipe, only headers and small data are kept in memory,
-and the tree appears at its end.
+quotes. "velmor-core show" shows values in more detail. "pad" marks a chunk with a pad byte, "free"
+a JUNK chunk, whose space later edits can use. Only headers and the start of known chunks are read,
+also in large files. FILE "-" is standard input. A pipe is read to its end before the tree is
+printed, and only headers and small data are kept in memory.
 
 RF64 and BW64 files are shown with the 64-bit sizes of their chunk ds64, RIFX files with their
 big-endian sizes. They can be read, but not edited.

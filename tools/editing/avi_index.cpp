@@ -1,8 +1,8 @@
 // Keeps the indexes of an AVI right when an edit moves, changes or removes chunks.
 //
 // All chunks are noted with their handles and offsets before the edit and after it. Handles stay
-// the same as long as a chunk exists, so they tell where the chunk behind an old offset is now. The
-// time is linear in the chunks and entries if the entries follow the order of the file.
+// the same as long as a chunk exists, so they show where a chunk is now that had a certain offset
+// before. The time is linear in the chunks and entries if the entries follow the order of the file.
 #include "editing/avi_index.h"
 
 #include <algorithm>
@@ -57,7 +57,7 @@ bool forEachBlock(const Chunk& chunk, Take take) {
   return true;
 }
 
-// A sum that tells different data from equal data; nothing if the data cannot be read.
+// A checksum of the data; nothing if the data cannot be read.
 std::optional<std::size_t> sumOf(const Chunk& chunk) {
   constexpr std::size_t SPREAD = 0x9E37'79B9'7F4A'7C15;  // so that the order of the blocks counts
   std::size_t sum = chunk.dataSize();
@@ -164,7 +164,7 @@ void AviIndexes::correct(const Chunk& root, const Cut* cut, std::vector<std::str
   auto old = before->indexes.begin();
   for (const Index& index : after.indexes) {
     const auto same = std::find_if(old, before->indexes.end(), [&](const Index& other) {
-      return other.sum == index.sum;  // an edit may have copied the chunk, so handles say nothing
+      return other.sum == index.sum;  // not by handles: an edit may have copied the index
     });
     if (same == before->indexes.end()) continue;
     old = same + 1;

@@ -31,10 +31,11 @@ class AviIndexes {
 
  private:
   struct Place {
-    velmor_core_riff_chunk_t* chunk;  // of places before the edit, never used as a handle: it may
-                                      // have been removed
+    // Identifies the chunk. In a place from before the edit it is only compared, never used as a
+    // handle, because the edit may have removed the chunk.
+    velmor_core_riff_chunk_t* chunk;
     uint64_t offset;
-    uint32_t id;  // the group id of a group, as indexes name LIST:rec
+    uint32_t id;  // for a group, its group id: an index refers to a LIST:rec by "rec "
     uint32_t dataSize;
     bool operator==(const Place&) const = default;
   };
@@ -56,7 +57,8 @@ class AviIndexes {
   };
 
   const Place* placeBefore(uint64_t offset);
-  // Where the chunk is now that was at an offset before. Nothing if there was none.
+  // Takes the place of a chunk before the edit, or its offset and id. Returns where the chunk is
+  // now, or nothing if there was no such chunk.
   std::optional<Moved> follow(const Place* place);
   std::optional<Moved> follow(uint64_t offset, uint32_t id);
 
@@ -70,17 +72,20 @@ class AviIndexes {
   void correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi);
   void correctOpenDml(const Chunk& index);
   EntryChange correctIndexEntry(uint8_t* entry);
-  // The base moves with the first chunk. Usually all chunks move together, and that is all.
+  // Moves the base by as much as the first chunk. If all chunks move together, the entries then
+  // stay as they are.
   EntryChange correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
   void followCut(const Cut& cut, const Layout& after);
   void warn(std::vector<std::string>& warnings) const;
 
   std::optional<Layout> before;  // none if there is no index
   std::vector<Place> now;        // after the edit, sorted by chunk
-  std::size_t lastBefore = 0;    // entries of an index usually follow the order of the file, so
-  std::size_t lastNow = 0;       // searches start where the last one ended
-  uint64_t removed = 0;          // entries whose frame was removed
-  uint64_t outOfReach = 0;       // entries whose field is too small for the new offset
+  // Where the last searches in `before` and `now` ended. The next ones start there, because the
+  // entries of an index usually follow the order of the file.
+  std::size_t lastBefore = 0;
+  std::size_t lastNow = 0;
+  uint64_t removed = 0;     // entries whose frame was removed
+  uint64_t outOfReach = 0;  // entries whose field is too small for the new offset
 };
 
 }  // namespace tool

@@ -89,8 +89,8 @@ Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId) {
   };
 }
 
-// The library adds a cache into free space, as it does a chunk, and moves the bytes after the group
-// only once.
+// Builds the groups and the chunk in a cache and adds the cache. Like a single chunk, the library
+// puts it into free space if it fits there. Otherwise it moves the bytes after the group only once.
 Change addNested(const Chunk& group, std::span<const PathStep> steps, const Value& value) {
   const std::size_t groups = steps.size() - 1;
   if (groups == 0) return addValue(group, steps[0].id, value);

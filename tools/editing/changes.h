@@ -57,7 +57,8 @@ Change removeChunks(const Chunk& virtualRoot, std::span<const PlacedChunk> chunk
 Change recycleChunk(const Chunk& chunk);
 Change recycleChunks(std::vector<PlacedChunk> chunks);
 
-// Throws Failure unless the sizes of the group and of its ancestors can count so many more bytes.
+// Throws Failure unless the size fields of the group and of its ancestors have room for `growth`
+// more bytes.
 void requireGrowingGroup(const Chunk& group, uint64_t growth);
 
 // How much an edit can lengthen a file: header, data, and the pad byte that the file may lack at

@@ -32,9 +32,9 @@ Cut::Cut(const Chunk& virtualRoot, std::span<const PlacedChunk> chunks) {
   noteSizes(virtualRoot);
 }
 
-// Goes through the chunks in the order of their bytes and enters only groups that hold a part of a
-// range. A range may run from one group into the next. How deep it goes is up to the paths that
-// were typed, and there is no recursion.
+// Goes through the chunks in the order of their bytes, and enters only groups that contain a part
+// of a range. A range may reach from one group into the next. The walk goes no deeper than the
+// chunks that are removed, and uses no recursion.
 void Cut::noteSizes(const Chunk& virtualRoot) {
   std::vector<OpenGroup> open;
   PlacedChunk at = PlacedChunk(virtualRoot, 0).firstChild();

@@ -54,8 +54,8 @@ class FormKeeper {
   WebpHeader header;
 };
 
-// Makes the edits one after the other, in the bytes of an Opened or of a TargetChunks, and then
-// what the form needs. The first has been checked.
+// Makes the edits one after the other, and then the corrections that the form needs. `bytes` is an
+// Opened or a TargetChunks. `change` is the second step of the first edit.
 template <typename Bytes>
 Warnings makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
   Warnings warnings;
@@ -64,8 +64,8 @@ Warnings makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
     if (!form) form.emplace(bytes.root());
     if (i > 0) change = edits[i](bytes.root());
     if (change.getCut() && i > 0) {
-      // A cut ends all handles, so it is followed alone, after the corrections for the edits
-      // before.
+      // A cut ends all handles, and the corrections after it need to know only what the cut moved.
+      // So the corrections for the edits before it are made first.
       form->correct(bytes.root(), nullptr, warnings);
       form.emplace(bytes.root());
       change = edits[i](bytes.root());
@@ -142,10 +142,10 @@ void changeTarget(const Opened& opened, Target& target, std::span<const Edit> ed
   target.finish();
 }
 
-// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. The first edit
-// is checked before the file is copied. Several edits in place, and those of a damaged file, which
-// the library may refuse, are first made in memory, since they cannot be undone. That costs memory
-// for the bytes that change.
+// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Checks the
+// first edit before the file is copied. An edit in place cannot be undone. So it is first made in
+// memory if it has several parts, or if the file is damaged and the library may refuse the edit
+// half-way. This needs memory for the bytes that change.
 bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
   Change first;
   opened.explain([&] { first = edits.front()(opened.root()); });
@@ -171,7 +171,7 @@ EditWay::EditWay(const Arguments& arguments, Force force)
     throw UsageError("--dry-run, -o and --in-place exclude each other");
   }
   if (force == FOR_OUTPUT && mayReplaceOutput && !output) {
-    throw UsageError("--force goes with -o");
+    throw UsageError("--force needs -o");
   }
 }
 

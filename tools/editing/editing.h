@@ -43,7 +43,7 @@ struct EditJob {
 
 // Carries out an edit: in a copy that replaces the file, in another file, in place, or in memory to
 // show the tree. Throws Failure if it cannot be made; the file is then as before. Writes no file if
-// nothing is to be done and the result needs no other name.
+// nothing is to be done and no output is named.
 void editFile(const EditJob& job, const EditWay& way, const Edit& edit);
 
 // Carries out several edits as one. Each is checked on the result of those before it. The file is

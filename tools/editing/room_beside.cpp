@@ -1,8 +1,8 @@
 // Lets a chunk grow into the free space beside it.
 //
 // The chunk, or the nearest ancestor that has enough free space beside it, is copied into memory
-// and edited there. Then the original is recycled, which merges it with that space, and the copy is
-// added, which the library puts there.
+// and edited there. Then the original is recycled, which merges it with the free space. The library
+// puts the copy into the merged space when the copy is added.
 #include "editing/room_beside.h"
 
 #include <algorithm>
@@ -95,7 +95,7 @@ uint32_t indexOf(const Chunk& chunk) {
   return index;
 }
 
-// Puts a copy where the place is. The handles of the place and of everything in it end.
+// Replaces `place` by its edited copy. The handles of the place and of everything in it end.
 void replace(Chunk place, const Chunk& copy) {
   const Chunk group = place.parent();
   const std::string name = place.name();
@@ -107,8 +107,8 @@ void replace(Chunk place, const Chunk& copy) {
   required("store " + name, [&] { return group.addCache(bytes, std::nothrow); });
 }
 
-// Edits the chunk in its own place, or that of an ancestor, and the free space beside it. Returns
-// false, and changes nothing, if there is none or the chunk does not grow.
+// Edits the chunk. The chunk, or an ancestor that contains it, grows into the free space beside it.
+// Returns false, and changes nothing, if there is no such space or the chunk does not grow.
 bool editBeside(const Chunk& chunk, const std::function<Change(const Chunk&)>& edit) {
   std::vector<uint32_t> way;
   uint64_t growth = 0;  // 0 until it is known; the same for the chunk and its ancestors

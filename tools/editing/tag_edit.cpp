@@ -37,8 +37,8 @@ void appendCopy(const NewList& to, const Chunk& chunk) {
   required("copy " + chunk.name(), [&] { return to.contents.root().addCopy(chunk, std::nothrow); });
 }
 
-// The texts that a list loses, keeps and gets. `missing` has the assignments that no list before
-// held; those that this list holds are taken out.
+// The new contents of a list. `missing` marks the texts that are not stored in an earlier list.
+// Stores those that belong in this list, and clears their marks.
 NewListPointer rebuild(const Chunk& list, const std::vector<InfoAssignment>& assignments,
                        std::vector<bool>& missing) {
   auto result = std::make_shared<NewList>(NewList{.list = list});
@@ -90,15 +90,15 @@ std::vector<NewListPointer> rebuildLists(const Chunk& group,
   return changed;
 }
 
-// Turns all that a list holds into one free chunk, gives that the size of the new contents, and
-// fills it with them.
+// Turns everything in a list into one free chunk, resizes this chunk to the size of the new
+// contents, and stores the contents in it.
 Change replaceContents(const Chunk& list, const NewListPointer& to) {
   const uint64_t size = to->contents.size();
   const uint64_t before = list.dataSize() - GROUP_ID_SIZE;
   if (size > before) requireGrowingGroup(list, size - before);
   return [to, list, size] {
     required("change " + list.name(), [&] {
-      // From the last chunk on, each one is merged with the free chunk after it.
+      // From the last chunk to the first: each one is merged with the free chunk after it.
       bool isDone = true;
       Chunk free;
       for (uint32_t i = list.childCount(); i > 0 && isDone; --i) {

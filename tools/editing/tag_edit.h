@@ -33,14 +33,14 @@ struct TagAssignments {
 // Checks that the tags can be set, and returns the change: nothing if the file has them already.
 // The assignments have to live until the change has run.
 //
-// Each text replaces the first chunk that holds it, in whichever LIST:INFO that is; further chunks
-// of the same text are removed. Texts that no list holds are added to the first list. If there is
-// none, the change makes one: of a WAVE file at the end of its RIFF group, of an AVI file in free
-// space if it fits there. A list that becomes empty is removed.
+// A new text replaces the first chunk with one of its ids, in any LIST:INFO. Further chunks with
+// these ids are removed. If there is no such chunk, the text is added to the first list. If there
+// is no list, the change makes one. In a WAVE file, it lies at the end of the RIFF group. In an AVI
+// file, it lies in free space if it fits there. A list that becomes empty is removed.
 //
 // A file without bext chunk gets one, in free space or at the end of its RIFF group. The version of
-// a bext chunk becomes the one that first had the fields that are set, but no lower one than
-// before.
+// a bext chunk is raised to the first version that has all fields that are set. It is never
+// lowered.
 Change setTags(const Chunk& virtualRoot, const TagAssignments& assignments);
 
 }  // namespace tool

@@ -39,14 +39,21 @@ void requireInRiff(const Chunk& virtualRoot, const ChunkPath& path) {
                 ", or --top if it belongs there");
 }
 
+// A file's name as a text is most likely meant as @FILE.
+std::string noteOn(const Value& value, const std::string& word) {
+  if (!value.namesFile()) return "";
+  return "the text \"" + word + "\" is stored; @" + word + " stands for the bytes of that file";
+}
+
 class SetEdit : public TypedEdit {
  public:
   SetEdit(const Arguments& options, std::span<const std::string> operands)
       : path(operands[0]),
         value(operands[1]),
+        slip(noteOn(value, operands[1])),
         makesMissing(options.has(MAKE_MISSING.name)),
         atTop(options.has(AT_TOP.name)) {
-    if (atTop && !makesMissing) throw UsageError("--top goes with --add");
+    if (atTop && !makesMissing) throw UsageError("--top needs --add");
   }
 
   Change check(const Chunk& virtualRoot) override {
@@ -64,6 +71,7 @@ class SetEdit : public TypedEdit {
     });
   }
   uint64_t room() const override { return roomFor(value) + path.text().size() * GROUP_HEADER_SIZE; }
+  std::string note() const override { return slip; }
 
  private:
   // Throws Failure unless these steps name groups that can be made, and a data chunk in the last.
@@ -71,7 +79,7 @@ class SetEdit : public TypedEdit {
     for (const PathStep& step : missing) {
       const bool isLast = &step == &missing.back();
       const std::string why =
-          step.number                    ? "a chunk that is missing is named without a number"
+          step.number                    ? "a new chunk is named without a number"
           : isLast && isGroupId(step.id) ? "a group has no value"
           : !isLast && !(isGroupId(step.id) && step.groupId)
               ? "a group that is missing is named with its group id, such as LIST:INFO"
@@ -83,6 +91,7 @@ class SetEdit : public TypedEdit {
 
   ChunkPath path;
   Value value;
+  std::string slip;
   bool makesMissing;
   bool atTop;
 };
@@ -92,7 +101,9 @@ class AddEdit : public TypedEdit {
   AddEdit(const Arguments& options, std::span<const std::string> operands)
       : path(operands[0]), atTop(options.has(AT_TOP.name)) {
     requireNew(operands.size() == 2);
-    if (operands.size() == 2) value.emplace(operands[1]);
+    if (operands.size() < 2) return;
+    value.emplace(operands[1]);
+    slip = noteOn(*value, operands[1]);
   }
 
   Change check(const Chunk& virtualRoot) override {
@@ -107,7 +118,9 @@ class AddEdit : public TypedEdit {
     });
   }
   uint64_t room() const override { return value ? roomFor(*value) : ROOM_FOR_GROUP; }
-  std::string note() const override { return said; }
+  std::string note() const override {
+    return slip + (slip.empty() || said.empty() ? "" : "; ") + said;
+  }
 
  private:
   // Throws UsageError unless the last step names a chunk that can be added, with or without a
@@ -134,6 +147,7 @@ class AddEdit : public TypedEdit {
   ChunkPath path;
   bool atTop;
   std::optional<Value> value;  // none for a group
+  std::string slip;
   std::string said;
 };
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <filesystem>
 
 #include "app/errors.h"
 #include "chunks/layout.h"
@@ -22,6 +23,8 @@ Value::Value(const std::string& word) {
     bytes.readToEnd(STDIN_FILENO, "standard input", MAX_SIZE);
   } else if (word.starts_with("@@") || !word.starts_with("@")) {
     isText = true;
+    std::error_code ignored;
+    isFileName = std::filesystem::is_regular_file(word, ignored);
     bytes.append(std::string_view(word).substr(word.starts_with("@") ? 1 : 0));
   } else {
     const Descriptor file = openToRead(word.substr(1));

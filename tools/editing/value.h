@@ -20,6 +20,9 @@ class Value {
   // These bytes, as they are.
   static Value ofBytes(std::string_view bytes);
 
+  // Whether the typed text is also the name of a file.
+  bool namesFile() const { return isFileName; }
+
   std::size_t size() const { return length; }
   // The data size in a group. In LIST:INFO, the format requires a NUL at the end of texts.
   uint64_t sizeIn(const Chunk& group) const;
@@ -33,6 +36,7 @@ class Value {
   Bytes bytes;  // followed by two zeros
   std::size_t length = 0;
   bool isText = false;  // typed on the command line, not read from a file
+  bool isFileName = false;
 };
 
 }  // namespace tool

@@ -14,7 +14,7 @@ namespace tool {
 
 // Made before the edit, from the object that the edit will change. If the edit changes what VP8X
 // describes, correct() makes flags and canvas agree with the chunks, adds a VP8X that is missing,
-// and puts the chunks before the picture that have to be there. Other edits leave VP8X as it is,
+// and moves chunks before the picture if they have to be there. Other edits leave VP8X as it is,
 // even if it was wrong.
 class WebpHeader {
  public:

@@ -13,8 +13,8 @@
 
 namespace tool {
 
-// Grows by an eighth, and without being copied where the system can do that. So large inputs need
-// little more memory than their size. Throws std::bad_alloc.
+// The capacity grows by an eighth. Where the system can, it grows without copying the bytes. So a
+// large input needs little more memory than its size. Throws std::bad_alloc.
 class Bytes {
  public:
   std::size_t size() const { return count; }

@@ -69,8 +69,8 @@ class File {
   Descriptor file;
 };
 
-// Whether another program holds a lock on the file that excludes this one (LOCK_SH or LOCK_EX);
-// otherwise the file is locked now. Without locks in the file system this returns false.
+// Tries to lock the file (LOCK_SH or LOCK_EX). Returns true if the lock of another program excludes
+// that. Otherwise the file is locked now. Returns false, too, if the file system has no locks.
 bool isLockedByAnother(const Descriptor& file, int lock);
 
 // The status of the file that a name leads to; throws Failure if there is none.

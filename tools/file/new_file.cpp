@@ -24,8 +24,8 @@ std::size_t nameStart(const std::string& path) {
   return slash == std::string::npos ? 0 : slash + 1;
 }
 
-// "song.wav.velmor-core-new". Each new file for the same name has this name, so
-// killed programs leave one at most.
+// "song.wav.velmor-core-new". All new files for song.wav have this name, so at most one is left
+// over, however many programs are killed.
 std::string temporaryName(const std::string& path) {
   constexpr std::string_view ENDING = ".velmor-core-new";
   const std::size_t start = nameStart(path);
@@ -140,13 +140,14 @@ Output::Output(const std::string& name, bool mayReplace) : path(name) {
   if (::lstat(name.c_str(), &status) == -1) {
     const std::string marker = markerOf(name);
     if (::lstat(marker.c_str(), &status) == -1) return;
-    throw Failure(marker, "is in the way: it marks an interrupted edit, so no result can be read");
+    throw Failure(marker,
+                  "marks an interrupted edit: the output could not be read while it exists");
   }
   if (!mayReplace) throw Failure(name, "exists: --force replaces it");
   path = realPath(name);
   existing.emplace(name, File::READ);
-  requireNoMarker(*existing, path);  // a marker would stay, and the result could not be read
-  // To wait could last forever: the other program may wait for a file that this one has locked.
+  requireNoMarker(*existing, path);  // commands would refuse the result because of the marker
+  // Does not wait: the other program may wait for a file that this one has locked.
   if (isLockedByAnother(existing->owner(), LOCK_EX)) {
     throw Failure(name, "is being read or written by another program");
   }

@@ -18,9 +18,9 @@ void syncFolderOf(const std::string& path);
 // it; the next new file for the same name removes it.
 class NewFile {
  public:
-  // Makes an empty file that only the user can read, and that gets the name `path` later. If it
-  // replaces a file, it gets that file's owner now, and its permissions and attributes in
-  // complete(); the File of the replaced file has to outlive this one. Throws Failure if the file
+  // Makes an empty file that only the user can read. publish() gives it the name `path`. If
+  // `replaced` is not null, the new file gets the owner of that file now, and its permissions and
+  // attributes in complete(). `replaced` has to outlive this object. Throws Failure if the file
   // cannot be made, or if another program is making one for the same name.
   NewFile(std::string path, const File* replaced);
   NewFile(const NewFile&) = delete;
@@ -32,8 +32,8 @@ class NewFile {
   // Completes the file and syncs it to the disk. A file that replaces none gets these permissions
   // without those in the umask.
   void complete(mode_t permissions) const;
-  // Renames the file to its name in one step. Throws Failure if a file with this name has been made
-  // since, unless the file replaces one.
+  // Renames the file to its name in one step. If it replaces no file, throws Failure if a file with
+  // this name exists by now.
   void publish();
   bool isPublished() const { return published; }
 

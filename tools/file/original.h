@@ -38,11 +38,12 @@ class Original {
   struct stat before {};
 };
 
-// The file's status, once a later change would show in it. File systems count time in ticks of up
-// to 10 ms, and two changes in one tick have the same time. So this may wait for the next tick.
+// The file's status. Returns only when any later change would give the file another time. File
+// systems count time in ticks of up to 10 ms, and two changes in one tick have the same time. So
+// this may wait for the next tick.
 struct stat settledStatus(const File& file);
 
-// Whether two states show the same file, not written between them, as far as the status shows.
+// Whether both are the status of the same file, with no change between them that a status shows.
 bool isUnchanged(const struct stat& before, const struct stat& now);
 
 // Throws Failure if a marker says that the file at `path` (without symbolic links) is being edited

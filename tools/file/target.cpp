@@ -150,9 +150,9 @@ std::unique_ptr<Target> replaceOriginal(const Original& original) {
   constexpr const char* OTHER_OFFER =
       "; -o writes the result to another folder (--in-place needs a marker in this one)";
   if (const auto names = original.get().status().st_nlink; names > 1) {
-    throw Failure(original.name(), "has " + std::to_string(names) +
-                                       " names (hard links), of which a new file would get one" +
-                                       OFFER);
+    throw Failure(original.name(),
+                  "has " + std::to_string(names) +
+                      " names (hard links), and a new file would get only one of them" + OFFER);
   }
   try {
     return std::make_unique<Copied>(original, original.path(), &original.get());

@@ -17,9 +17,13 @@ constexpr uint64_t IDX1_ENTRY = 16;
 constexpr uint64_t IDX1_OFFSET = 8;
 constexpr uint64_t IDX1_SIZE = 12;
 
-// The indexes of OpenDML ("indx", "ix##"): the size of an entry in 32-bit words, two bytes for the
-// kind of index, the number of entries, the id of the chunks, and 12 bytes: the base of the offsets
-// (8 bytes) and 4 reserved bytes, or 12 reserved bytes in an index of indexes.
+// The header of an OpenDML index ("indx", "ix##"):
+//   2 bytes    the size of an entry, in 32-bit words
+//   2 bytes    the kind of index, in the second byte
+//   4 bytes    the number of entries
+//   4 bytes    the id of the chunks
+//   12 bytes   the base of the offsets (8 bytes) and 4 reserved bytes; reserved as a whole in an
+//              index of indexes
 constexpr uint64_t OPEN_DML_HEADER = 24;
 constexpr uint64_t OPEN_DML_KIND = 3;
 constexpr uint64_t OPEN_DML_COUNT = 4;
@@ -28,10 +32,12 @@ constexpr uint64_t OPEN_DML_BASE = 12;
 constexpr uint8_t INDEX_OF_INDEXES = 0;
 constexpr uint8_t INDEX_OF_CHUNKS = 1;
 
-// Their entries.
-//   of chunks   the offset of the data from the base; the data size, whose highest bit says "no key
-//               frame"; of interlaced video, the offset of the second field (32 bits each)
-//   of indexes  the offset in the file (64 bits); the size of that index; its duration
+// The entries of an OpenDML index:
+//   index of chunks    the offset of the data from the base, the data size, and the offset of the
+//                      second field of interlaced video (32 bits each); the highest bit of the size
+//                      is set unless the chunk is a key frame
+//   index of indexes   the offset of an index in the file (64 bits), its size and its duration
+//                      (32 bits each)
 constexpr uint64_t FRAME_ENTRY = 8;
 constexpr uint64_t FRAME_SIZE = 4;
 constexpr uint64_t FRAME_FIELD = 8;

@@ -25,9 +25,9 @@ std::string umidText(std::string_view bytes);
 // The value of a field; empty if the field is not set. Texts keep their encoding.
 std::string bextText(const BextField& field, std::string_view bytes, ByteOrder order);
 
-// The bytes of a field, as many as it has, for a text; an empty text makes a field that is not set.
-// Texts keep their encoding. Lines of the coding history end in CR LF. Throws UsageError if the
-// text is no value of this field.
+// Converts a text to the bytes of a whole field. An empty text gives the bytes of a field that is
+// not set. Texts keep their encoding. Lines of the coding history end in CR LF. Throws UsageError
+// if the text is no value of this field.
 std::string bextBytes(const BextField& field, std::string_view text);
 
 }  // namespace tool

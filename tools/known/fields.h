@@ -22,7 +22,7 @@ struct Field {
   std::string words;                      // what the value means, or empty
 };
 
-// What a number means. For flags, one bit of it.
+// A value and its meaning. For flags, the value is a single bit.
 struct Name {
   uint32_t value;
   std::string_view text;
@@ -54,7 +54,7 @@ class FieldList {
   void id(std::string_view name, uint64_t offset);
   void guid(std::string_view name, uint64_t offset, std::string words);
   void text(std::string_view name, uint64_t offset, uint64_t size = MAX_TEXT);
-  // A number that has been made from the bytes of the field.
+  // A number that the caller has computed from the bytes of the field.
   void number(std::string_view name, uint64_t offset, uint64_t size, uint64_t value,
               std::string words = "");
   void word(std::string_view name, uint64_t offset, uint64_t size, std::string value,

@@ -16,8 +16,8 @@ struct InfoName {
   uint32_t id;
 };
 
-// Names that mean the same in most programs. Where a name has several ids, programs disagree: all
-// are read, and the first is the one that new texts get.
+// Names that mean the same in most programs. If programs use different ids for one name, each id
+// has a row. All of these ids are read, and a new text gets the first one.
 inline constexpr std::array INFO_NAMES = {
     InfoName{"title", idOf("INAM")},     InfoName{"artist", idOf("IART")},
     InfoName{"album", idOf("IPRD")},     InfoName{"comment", idOf("ICMT")},

@@ -22,7 +22,8 @@ constexpr uint32_t PCM_FMT = 16;
 struct WaveFormat {
   explicit WaveFormat(const ChunkData& data);
 
-  // Each sample has its own bytes. Blocks of compressed sound may be cut short.
+  // Whether each sample has bytes of its own. Compressed sound has none, and its last block may be
+  // shorter than the others.
   bool hasPlainSamples() const {
     return tag == TAG_PCM || tag == TAG_FLOAT || tag == TAG_A_LAW || tag == TAG_MU_LAW;
   }

@@ -23,7 +23,8 @@ Content contentOf(const TreeItem& item);
 std::optional<uint64_t> firstDifference(RawBytes& a, uint64_t aOffset, RawBytes& b,
                                         uint64_t bOffset, uint64_t size);
 
-// A number that equal contents share and others rarely do. Holes are not read.
+// A digest. Equal contents have equal digests, and different contents rarely do. Holes are not
+// read.
 uint64_t digestOf(RawBytes& bytes, const Content& content);
 
 // Mixes a number into a digest.

@@ -56,7 +56,7 @@ class Comparison {
     pair.first.offset = a.end();
     pair.second.offset = b.end();
     if (isEqual) return true;
-    // Files with one group in another, millions of levels deep, need no memory for them here.
+    // Groups that are done are removed, so millions of nested groups need no memory here.
     const bool isLast = pair.first.isEmpty() && pair.second.isEmpty();
     if (isLast) groups.pop_back();
     groups.push_back(insideOf(a, b));
@@ -71,8 +71,8 @@ class Comparison {
     return !rest.isEmpty() && nameOf(rest.first(bytes, level)) == nameOf(item);
   }
 
-  // Groups of equal size may be compared as a whole until the budget is used up: each level of
-  // nested groups would read the same bytes.
+  // Groups of equal size may be compared as a whole until the budget is used up. Without a budget,
+  // nested groups would be read again for each level.
   bool mayReadGroup(const TreeItem& a, const TreeItem& b) {
     const uint64_t size = contentOf(a).size;
     if (size != contentOf(b).size) return false;

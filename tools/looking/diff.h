@@ -24,12 +24,12 @@ struct Difference {
 // Receives each difference. Returns whether to go on.
 using OnDifference = std::function<bool(const Difference& difference)>;
 
-// Compares groups with the same path by their items. Offsets and pad bytes may differ. Items with
-// equal names in a group are paired if their contents are equal, otherwise in their order. Returns
-// whether the files are the same.
+// Compares the items of groups with the same path. Offsets and pad bytes may differ. In a group,
+// items with the same name and the same content are paired first. The rest of the items with this
+// name are paired in their order. Returns whether the files are the same.
 //
-// Groups whose items line up take no memory. Of other groups, a few words are held for each item
-// from the first difference on.
+// While the items of two groups agree in their order, they take no memory. From the first
+// difference on, a few words are held for each item that is left in the two groups.
 bool compareFiles(RawBytes& first, RawBytes& second, const OnDifference& report);
 
 }  // namespace tool

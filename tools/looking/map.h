@@ -23,8 +23,9 @@ struct MapBox {
 
   uint64_t offset = 0;
   uint64_t end = 0;
-  uint64_t count = 0;                 // items
-  std::array<Part, MAX_PARTS> parts;  // the first names; count is 0 where there are fewer
+  uint64_t count = 0;  // items
+  // One for each of the first names in the box. Unused parts have the count 0.
+  std::array<Part, MAX_PARTS> parts;
 
   // The name with the most bytes.
   const ItemName& name() const;
@@ -43,8 +44,8 @@ struct Map {
   Summary summary;
 };
 
-// Items smaller than one of `columns` equal parts of the file are joined with small neighbours. So
-// a row has at most twice as many boxes, however many chunks there are.
+// Divides the size of the file by `columns`. Items that are smaller than the result are joined with
+// small neighbours. So a row has at most 2 * `columns` boxes, however many chunks there are.
 Map makeMap(std::string_view title, RawBytes& bytes, uint64_t columns);
 
 // Prints a map at a terminal, `width` columns wide.

@@ -24,12 +24,12 @@ constexpr double ROW_GAP = 4;
 constexpr double SCALE_HEIGHT = 34;
 constexpr double LINE_HEIGHT = 24;
 constexpr double LETTER = 7.3;  // width of a letter of a label
-constexpr double MIN_BOX = 1.5;
+constexpr double MIN_BOX = 2;
 
 constexpr std::size_t COLOURS = 8;
 
 constexpr std::string_view STYLE = R"(<style>
-.map{font:13px system-ui,"Segoe UI","DejaVu Sans",sans-serif;fill:#1e293b}
+.map{font:13px system-ui,"Segoe UI","DejaVu Sans",sans-serif;fill:#1e293b;background:#fff}
 .map .t{font-size:17px;font-weight:600}
 .map .s{fill:#64748b;font-size:12px}
 .map .e{text-anchor:end}
@@ -44,7 +44,7 @@ constexpr std::string_view STYLE = R"(<style>
 .map .c4{fill:#c3a6e6}.map .c5{fill:#f3b58a}.map .c6{fill:#7fd1c7}.map .c7{fill:#e6a9cf}
 .map .p1{fill:#f1f5f9}.map .p2{stroke:#a3b1c2}.map .q1{fill:#fdecec}.map .q2{stroke:#d97777}
 @media (prefers-color-scheme:dark){
-.map{fill:#e2e8f0}
+.map{fill:#e2e8f0;background:#0f172a}
 .map .s{fill:#94a3b8}
 .map line{stroke:#64748b}
 .map .paper{fill:#0f172a}
@@ -101,6 +101,15 @@ std::string pixels(double number) {
   return {text.data(), result.ptr};
 }
 
+// "1.25 MiB": exact for ticks, which have four digits at most.
+std::string tickSize(uint64_t tick) {
+  std::string rounded = binarySize(tick);
+  if (tick < 1024) return rounded;
+  auto number = static_cast<double>(tick);
+  while (number >= 1024) number /= 1024;
+  return decimal(number) + rounded.substr(rounded.find(' '));
+}
+
 class Picture {
  public:
   explicit Picture(const Map& map) : map(map) {
@@ -117,8 +126,9 @@ class Picture {
     const double tableY = scaleY + SCALE_HEIGHT + (map.hasMoreLevels ? LINE_HEIGHT : 0);
     const double height =
         tableY + LINE_HEIGHT * (2 + static_cast<double>(map.summary.lines.size())) + MARGIN;
-    svg = R"(<svg xmlns="http://www.w3.org/2000/svg" class="map" viewBox="0 0 )" + pixels(WIDTH) +
-          " " + pixels(height) + "\">\n";
+    svg = R"(<svg xmlns="http://www.w3.org/2000/svg" class="map" preserveAspectRatio="xMidYMin" )"
+          R"(viewBox="0 0 )" +
+          pixels(WIDTH) + " " + pixels(height) + "\">\n";
     svg.append(STYLE).append(PATTERNS);
     svg += R"(<rect class="paper" width="100%" height="100%"/>)";
     text(MARGIN, TITLE_Y, "t", printable(map.title));
@@ -146,6 +156,8 @@ class Picture {
     return MARGIN + static_cast<double>(offset) / static_cast<double>(map.fileSize) * BAR;
   }
 
+  double widthOf(const MapBox& item) const { return x(item.end) - x(item.offset); }
+
   void text(double x, double y, std::string_view style, std::string_view words) {
     svg += "<text x=\"" + pixels(x) + "\" y=\"" + pixels(y) + "\" class=\"" + std::string(style) +
            "\">" + escaped(words) + "</text>\n";
@@ -161,7 +173,12 @@ class Picture {
   void drawRows() {
     double y = ROWS_Y;
     for (const std::vector<MapBox>& row : map.rows) {
-      for (const MapBox& item : row) drawBox(item, y);
+      // Boxes that are widened come last: their neighbours would hide them.
+      for (const bool isWidened : {false, true}) {
+        for (const MapBox& item : row) {
+          if ((widthOf(item) < MIN_BOX) == isWidened) drawBox(item, y);
+        }
+      }
       y += ROW_HEIGHT + ROW_GAP;
     }
   }
@@ -171,8 +188,8 @@ class Picture {
     constexpr double FIRST_LINE = 18;
     constexpr double SECOND_LINE = 34;
     const uint64_t size = item.end - item.offset;
-    const double left = x(item.offset);
-    const double width = std::max(x(item.end) - left, MIN_BOX);
+    const double width = std::max(widthOf(item), MIN_BOX);
+    const double left = std::min(x(item.offset), MARGIN + BAR - width);
     svg += "<g><title>" + escaped(hint(item)) + "</title>";
     box(left, y, width, ROW_HEIGHT, styleOf(item.name()));
     svg += '\n';
@@ -207,7 +224,7 @@ class Picture {
     line(MARGIN, y, end, y);
     for (uint64_t tick = 0; tick < map.fileSize && end - x(tick) >= MIN_DISTANCE; tick += step) {
       line(x(tick), y, x(tick), y + TICK);
-      text(x(tick), y + WORDS_Y, tick == 0 ? "s" : "s m", tick == 0 ? "0" : binarySize(tick));
+      text(x(tick), y + WORDS_Y, tick == 0 ? "s" : "s m", tick == 0 ? "0" : tickSize(tick));
     }
     line(end, y, end, y + TICK);
     text(end, y + WORDS_Y, "s e", binarySize(map.fileSize));

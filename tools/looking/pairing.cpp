@@ -15,7 +15,8 @@ namespace {
 using Index = uint32_t;
 using Indexes = std::vector<Index>;
 
-// Sorting moves the keys themselves: reached through indexes, they would miss the caches.
+// The keys are sorted together with the indexes. Looking up each key by its index would cause cache
+// misses.
 struct Entry {
   uint64_t key;  // first the name, then the content
   Index index;
@@ -26,7 +27,8 @@ struct Entry {
 };
 using Run = std::span<Entry>;
 
-// Different for different names of one file. In two files, a group and a data chunk may share it.
+// Different names in one file have different keys. Across two files of different kinds, a group and
+// a data chunk may have the same key.
 uint64_t keyOf(const ItemName& name) {
   constexpr int ID_BITS = 32;
   const bool isGroup = name.kind == ItemKind::GROUP;

@@ -34,10 +34,11 @@ struct Pairing {
   std::vector<Paired> second;
 };
 
-// Pairs items of equal names: those with equal contents, then the others in their order. Fewest
-// pairs are then marked as moved: the others keep their order. Groups whose content is needed take
-// their size from `budget`, and are paired in their order when it is used up: without it, nested
-// groups would be read once for each level.
+// Pairs items of equal names: first those with equal contents, then the others in their order. Then
+// marks as few pairs as possible as moved, so that all other pairs have the same order in both
+// files. Reading the content of a group subtracts its size from `budget`. When the budget is used
+// up, groups are paired in their order. Without a budget, nested groups would be read again for
+// each level.
 Pairing pairItems(RawBytes& firstBytes, const Siblings& first, RawBytes& secondBytes,
                   const Siblings& second, uint64_t level, uint64_t& budget);
 

@@ -193,7 +193,8 @@ void showChunk(std::string_view file, std::string_view path, RawBytes& bytes, co
     printFields(list);
   }
   if (!bytes.has(data.chunk().dataOffset(), count)) {
-    std::cout << styled(Style::FREE, "  the data of a pipe is not kept: save it as a file first") << '\n';
+    std::cout << styled(Style::FREE, "  the data of a pipe is not kept: save it as a file first")
+              << '\n';
     return;
   }
   if (asText) {

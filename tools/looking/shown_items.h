@@ -10,8 +10,8 @@ namespace tool {
 
 constexpr uint64_t ALL_LEVELS = std::numeric_limits<uint64_t>::max();
 
-// Goes through the first `depth` levels, counted from the first item's. Deeper chunks are counted.
-// Stays one shown item behind the items that it reads.
+// Goes through the first `depth` levels. The level of the first item is the first one. Deeper
+// chunks are only counted. Reads ahead up to the next item to show, so that hidden() is known.
 class ShownItems {
  public:
   ShownItems(RawBytes& bytes, const RawNode& start, uint64_t depth)

@@ -26,9 +26,9 @@ struct Summary {
   SummaryLine others;              // all that have no line
 };
 
-// Each byte belongs to one line. There are `limit` lines at most. However many names there are, a
-// few thousand are held, so names with few bytes may then be missing among the lines. The numbers
-// of the lines are exact.
+// Each byte belongs to one line. There are at most `limit` lines. At most a few thousand names are
+// held in memory. If a file has more, a name with few bytes may have no line. The numbers in the
+// lines are always exact.
 Summary summarize(RawBytes& bytes, const RawNode& start, std::size_t limit);
 
 // How many lines "velmor-core tree --summary" prints at most.
@@ -38,8 +38,9 @@ constexpr std::size_t SUMMARY_LINES = 50;
 void printSummary(std::string_view title, RawBytes& bytes, const RawNode& start);
 void printSummaryJson(std::string_view file, RawBytes& bytes, const RawNode& start);
 
-// The parts of both that other commands use: the heads and lines of the table, each line after its
-// mark of two columns, and the field "summary" of the JSON.
+// Print parts of the above, for other commands. The first prints the table without the title;
+// `mark` gives the two characters before each line. The second prints the JSON fields "summary" and
+// "others".
 using SummaryMark = std::function<std::string(const ItemName& name)>;
 void printSummaryTable(const Summary& summary, const SummaryMark& mark);
 void printSummaryField(const Summary& summary);

@@ -20,7 +20,7 @@ namespace tool {
 
 namespace {
 
-// Of longer texts, only the start is shown: the size field of a hostile file decides nothing here.
+// Only the start of a longer text is shown. So no size field decides how much memory is used.
 constexpr uint64_t MAX_TEXT = 1 << 20;
 constexpr std::size_t GAP = 2;  // between columns
 

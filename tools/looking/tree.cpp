@@ -95,7 +95,8 @@ std::string remark(const TreeItem& item, uint64_t fileSize) {
   if (const uint64_t missing = missingBytes(item, fileSize); missing > 0) {
     const uint64_t pad = chunk.dataSize % 2;
     if (missing == pad) return styled(Style::WARNING, "without its pad byte");
-    return styled(Style::WARNING, "cut short by " + counted(missing - pad, "byte"));
+    return styled(Style::WARNING, "cut short by " + grouped(missing - pad) +
+                                      (missing - pad == 1 ? " byte" : " bytes"));
   }
   const std::string_view pad = chunk.dataSize % 2 == 1 ? "pad" : "";
   if (chunk.id != ID_JUNK) return std::string(pad);
@@ -155,7 +156,8 @@ uint64_t pastGroup(const TreeItem& item, uint64_t fileSize) {
 
 std::string titleLine(std::string_view title, uint64_t size, uint64_t chunks) {
   return styled(Style::TITLE, printable(title)) + "  (" + grouped(size) +
-         (size == 1 ? " byte, " : " bytes, ") + counted(chunks, "chunk") + ")";
+         (size == 1 ? " byte, " : " bytes, ") + grouped(chunks) +
+         (chunks == 1 ? " chunk)" : " chunks)");
 }
 
 void printTree(std::string_view title, RawBytes& bytes, const RawNode& start, Values values,

@@ -255,10 +255,10 @@ class Surveyor {
            !leadsTo(size, chunk.dataOffset(), Ids::ANY, bytes, headersLeft);
   }
 
-  // Whether a size that means "unknown" cannot be the real one: the data ends past the end of the
-  // file, and its group does not end within the part of the data that the file has. In a file of
-  // more than 4 GiB, the group's size may mean "unknown", too. Then it is enough that the data ends
-  // past the end of the group.
+  // Whether a size that may mean "unknown" cannot be the real size. That is so if the data would
+  // end past the end of the file, and its group does not end inside the bytes between the data's
+  // start and the end of the file. If the group's size also means "unknown", as in a file of more
+  // than 4 GiB, it is enough that the data ends past the end of the group.
   bool hasMarkedSize(const RawChunk& chunk) const {
     const uint64_t claimed = walk.claimedEnd();
     if (claimed == HeaderWalk::NOWHERE) return chunk.end() > size;
@@ -435,7 +435,7 @@ class Surveyor {
   std::unique_ptr<Form> form;        // of the RIFF that the walk is in
   OpenGroup lastGroup;               // the last one at the top level
   std::optional<RawChunk> lastData;  // the last data chunk that is whole
-  uint64_t headersLeft = 0;          // to read ahead of the walk at most; bounds the time for that
+  uint64_t headersLeft = 0;          // how many headers may still be read ahead of the walk
   bool topLevelFits = false;         // chunks lead from the walk's position to the end of the file
   uint64_t zeroBytes = 0;            // that belong to no chunk
   Survey survey;

@@ -1,6 +1,7 @@
 // WAVE: "fmt " comes before "data", samples that are not PCM need a "fact", and the data consists
-// of whole sample blocks.
+// of whole sample blocks. A "bext" has all its fixed fields.
 #include "app/text.h"
+#include "known/bext.h"
 #include "known/wave_format.h"
 #include "verdict/form.h"
 
@@ -20,6 +21,8 @@ class WaveForm : public Form {
       takeData(chunk);
     } else if (chunk.id == ID_FACT) {
       hasFact = true;
+    } else if (chunk.id == ID_BEXT) {
+      takeBext(chunk);
     } else if (chunk.isGroup() && chunk.groupId == ID_WAVL) {
       hasSamples = true;
     }
@@ -73,6 +76,20 @@ class WaveForm : public Form {
     }
   }
 
+  void takeBext(const RawChunk& chunk) {
+    // FFmpeg does not open a file whose bext ends before the time reference.
+    constexpr uint64_t SMALLEST_READ = 338;
+    if (chunk.dataSize >= BEXT_FIXED_SIZE) return;
+    const std::string text = name + "/bext holds " + counted(chunk.dataSize, "byte") +
+                             ", fewer than the " + std::to_string(BEXT_FIXED_SIZE) +
+                             " of its fixed fields";
+    if (chunk.dataSize < SMALLEST_READ) {
+      fail(chunk.offset, text);
+    } else {
+      warn(chunk.offset, text);
+    }
+  }
+
   bool wantsFact() const { return tag != 0 && tag != TAG_PCM; }
 
   const std::string name = riff.name();
@@ -93,7 +110,7 @@ std::unique_ptr<Form> makeWaveForm(RawBytes& bytes, const Report& report, const 
 
 std::unique_ptr<Form> makeForm(RawBytes& bytes, const Report& report, const RawChunk& riff) {
   if (riff.groupId == FORM_WAVE) return makeWaveForm(bytes, report, riff);
-  // The others read little-endian numbers, and are not known to exist in other kinds of files.
+  // The other forms read little-endian numbers. They are not known to occur in RIFX or RF64 files.
   if (riff.id != ID_RIFF) return nullptr;
   switch (riff.groupId) {
     case FORM_AVI:

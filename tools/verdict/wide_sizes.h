@@ -7,7 +7,8 @@
 
 namespace tool {
 
-// Reports a chunk ds64 that is missing, too small, or too small for its table.
+// Reports a missing ds64 chunk, one that is too small for the fixed sizes, and one whose table is
+// cut short.
 void checkWideSizes(RawBytes& bytes, const Report& report);
 
 }  // namespace tool
