@@ -9,6 +9,7 @@ to_roff() {
   awk -v RS= '{
     gsub(/\\/, "\\e")
     gsub(/-/, "\\-")
+    gsub(/\n\./, "\n\\\\\\&.")  # a dot at the start of a line would begin a macro
     set = $0 ~ /(^|\n) / || $0 ~ /[^ ]   +[^ ]/
     print ".PP\n" (set ? ".nf\n" $0 "\n.fi" : $0)
   }'
