@@ -9,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 seconds=${1:-20}
 need_packages "fuzzing" "${build_packages[@]}" libgtest-dev clang-14 libclang-rt-14-dev
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
+cmake --build --preset fuzz --target fuzz_edit fuzz_number fuzz_uuid
 
 run() {
   local target=$1 corpus=build/fuzz/corpus/$1 findings=build/fuzz/findings/$1-
