@@ -600,7 +600,7 @@ class Chunk(Container):
         if not isinstance(key, slice):
             raise TypeError("only slices of data can be assigned: use .data, add() or remove()")
         owner = self._object
-        with View(value) as given, owner._apart(given) as (address, size), owner._lock:
+        with View(value) as given, owner._apart(given) as (address, size), owner._exclusive():
             start, stop = self._range(key)
             if size != stop - start:
                 raise ValueError(
