@@ -42,7 +42,8 @@ static int set_title(velmor_core_riff_object_t* file, const char* title) {
   velmor_core_riff_chunk_t* wave = find_child(root, ID_RIFF, ID_WAVE);
   if (!wave) return VELMOR_CORE_FAILURE;
 
-  /* The group has to stay below 4 GiB: adds a group header (12), a chunk header (8), a pad byte. */
+  /* The group has to stay below 4 GiB. Besides the title, the edit adds at most a group header
+   * (12), a chunk header (8) and a pad byte (1). */
   const uint64_t largest = velmor_core_riff_chunk_get_data_size(wave) + (uint64_t)size + 12 + 8 + 1;
   if (largest > UINT32_MAX) return VELMOR_CORE_FAILURE;
 

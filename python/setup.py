@@ -1,4 +1,8 @@
-"""Sets the tag of the wheel. With the library in it, it is for Linux on x86-64 and any Python 3."""
+"""Sets the tag of the wheel.
+
+The tag always says Python 3. A wheel that contains the library is only for the platform that it was
+built on: Linux on x86-64.
+"""
 
 from pathlib import Path
 

@@ -25,9 +25,9 @@
  *
  *    (uint64_t)velmor_core_riff_chunk_get_data_size(top) + added <= UINT32_MAX
  *
- *  `added` is the total size of a new chunk, or the number of bytes by which a chunk grows. The
- *  virtual root has no size field: an object may hold any number of top-level chunks of up to 4 GiB
- *  each.
+ *  `added` is the total size of a new chunk, or the number of bytes by which the total size of a
+ *  chunk grows. The virtual root has no size field: an object may hold any number of top-level
+ *  chunks of up to 4 GiB each.
  *
  *  Opening does not validate.  All bytes that can be read as a sequence of chunks open. A PNG,
  *  JPEG, FLAC or text file opens as one data chunk: its first eight bytes are read as id and data
@@ -113,17 +113,18 @@
  *  These are the bytes that an edit needs. Every edit needs the bytes that it writes, copies or
  *  removes. If a pad byte becomes data, the edit needs the pad byte. If the edit changes the size
  *  of the object, it needs all bytes before the place of the change. Adding to the virtual root
- *  needs all bytes.
+ *  needs all bytes except the last pad byte, even if the edit uses free space.
  *
  *  When an edit fails.  All handles stay valid, whether they were passed in or not. Each function
- *  says which failures change nothing. The other failures leave one of two states:
+ *  says which failures change nothing. There is one exception: an edit may have appended the
+ *  missing pad byte before it failed. The other failures leave one of two states:
  *
- *  - The object is read-only. No byte has changed, but a chunk in the tree may show a new data size
- *    or id. If the call is repeated, it may return success without writing anything, since the tree
- *    already shows the result. Open the object again before you rely on the tree.
- *  - The edit has stopped half-way. Bytes and tree may disagree, and a further edit may do more
- *    damage. Close the object and go back to a copy of the bytes. If the bytes open again, that
- *    proves nothing: damaged bytes often do.
+ *  - If the object is read-only, no byte has changed, but a chunk in the tree may show a new data
+ *    size or id. If the call is repeated, it may return success without writing anything, since the
+ *    tree already shows the result. Open the object again before you rely on the tree.
+ *  - Otherwise the edit has stopped half-way. Bytes and tree may disagree, and a further edit may
+ *    do more damage. Close the object and go back to a copy of the bytes. If the bytes open again,
+ *    that proves nothing: damaged bytes often do.
  *
  *  In a buffer or cache, only velmor_core_riff_chunk_add_chunk() and
  *  velmor_core_riff_chunk_add_cache() can stop half-way: if memory runs out, or if the new bytes
@@ -154,10 +155,11 @@
  *  file may become longer before the system refuses the bytes, and the edit stops half-way. On a
  *  file system that cannot reserve, bytes that had to move may have overwritten others.
  *
- *  Signals.  A system call that a signal interrupts counts as failed. Install handlers with
- *  SA_RESTART, or block signals during an edit. If the process is killed during an edit, the file
- *  can be left half-way. An edit that would lengthen a file past RLIMIT_FSIZE raises SIGXFSZ, which
- *  kills the process. If the signal is ignored, the edit fails and changes nothing.
+ *  Signals.  A system call that a signal interrupts counts as failed. There is one exception:
+ *  fallocate(2) is repeated. Install handlers with SA_RESTART, or block signals during an edit. If
+ *  the process is killed during an edit, the file can be left half-way. An edit that would lengthen
+ *  a file past RLIMIT_FSIZE raises SIGXFSZ, which kills the process. If the signal is ignored, the
+ *  edit fails and changes nothing.
  *
  *  Power failure.  The library never calls fsync(2). Other programs see a change at once, but it
  *  reaches the disk when the system writes it back. An error in writing it back is not reported. To
@@ -261,8 +263,8 @@ VELMOR_CORE_API int32_t velmor_core_riff_open_file(const char* path, int32_t mod
  *
  *  - giving a chunk the data size that it has
  *  - recycling a free chunk that has no free neighbour
- *  - removing the only top-level chunk: the object becomes empty, and the buffer stays as it was.
- *    In a read-only file, the same edit fails.
+ *  - removing the only top-level chunk, if neither data nor its pad byte is missing: the object
+ *    becomes empty, and the buffer stays as it was. In a read-only file, the same edit fails.
  *
  *  In:   buffer  the bytes; may be null if size is 0
  *        size    their number
@@ -676,8 +678,10 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_recycle(velmor_core_riff_chunk_t*
  *    VELMOR_CORE_BAD_HANDLE  chunk is null; nothing is changed
  *    VELMOR_CORE_FAILURE     chunk is a virtual root; nothing is changed
  *    VELMOR_CORE_FAILURE     chunk was cut short by more than its pad byte; nothing is changed
- *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. The only top-level chunk
- *                            of a read-only buffer is an exception: removing it succeeds, see
+ *    VELMOR_CORE_FAILURE     chunk lacks its pad byte, and the object cannot grow; nothing is
+ *                            changed
+ *    VELMOR_CORE_FAILURE     the object is read-only; nothing is changed. In a read-only buffer,
+ *                            removing the only top-level chunk can succeed: see
  *                            velmor_core_riff_open_buffer_ro()
  *    VELMOR_CORE_FAILURE     the file cannot be read, written or shortened; the edit may stop
  *                            half-way

@@ -407,8 +407,14 @@ struct ChunkFilter {
 
 /** A forward iterator over the chunks of a group that gives them by value. A step in children()
  *  takes constant time. A step in findAll() takes time linear in the number of chunks that it
- *  skips. An iterator is valid as long as its current chunk: advance it before you remove or
- *  recycle that chunk.
+ *  skips. An iterator is valid as long as its current chunk: advance it before you remove that
+ *  chunk. Do not recycle chunks in such a loop, because recycling a chunk can end the next one,
+ *  too. Go from the last child to the first instead:
+ *
+ *    for (uint32_t i = group.childCount(); i-- > 0;) {
+ *      Chunk child = group.child(i);
+ *      if (child.id() == wanted) child.recycle();
+ *    }
  */
 class ChunkIterator {
  public:
@@ -551,7 +557,8 @@ inline std::optional<ChunkFilter> pathStep(std::string_view path, std::size_t st
 inline Chunk Chunk::find(std::string_view path) const noexcept {
   Chunk group = *this;
   Chunk at = child(0);
-  std::size_t start = 0;  // of the step that the children of `group` are compared with
+  // Where the current step begins in the path. The children of `group` are compared with this step.
+  std::size_t start = 0;
   for (;;) {
     const std::optional<detail::ChunkFilter> step = detail::pathStep(path, start);
     if (!step) return Chunk();

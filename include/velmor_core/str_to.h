@@ -59,11 +59,12 @@
  *  not checked: 1/0 is infinity, and 1%0 is NaN. The text of each function gives the result for
  *  such values.
  *
- *  Large integers.  An integer from 2^63 to 2^64 - 1 becomes negative, with or without a binary
- *  prefix: the calculation uses the integer minus 2^64. For example, 18446744073709551615 gives -1
- *  as a signed integer and as a double. As an unsigned integer, it gives the number that was typed.
- *  The text -1 gives the same three results. So does 18446744073709551616, which counts as
- *  2^64 - 1.
+ *  Large integers.  An integer from 2^63 to 2^64 - 1 becomes negative: the calculation uses the
+ *  integer minus 2^64. This also holds for an integer with a binary prefix, if the product is in
+ *  this range: 8388608Ti is 2^63 and becomes -2^63. Another example is 18446744073709551615, which
+ *  is 2^64 - 1. As a signed integer and as a double, it gives -1. As an unsigned integer, it gives
+ *  the number that was typed. The text -1 gives the same three results. So does
+ *  18446744073709551616, which counts as 2^64 - 1.
  *
  *  To check that a single number is from 0 to a limit below 2^63, convert it to a double and
  *  compare with 0 and the limit. A number that is too large fails the comparison: its double is

@@ -3,6 +3,7 @@
 import array
 import copy
 import doctest
+import functools
 import gc
 import hashlib
 import json
@@ -133,14 +134,30 @@ def test_signal_handlers_cannot_end_what_a_call_uses(monkeypatch):
     refused = []
 
     def interrupted(handle):
-        for edit in (f.close, f[0].remove, lambda: f.add("data")):
+        write = functools.partial(f[0][0].__setitem__, slice(0, 0), b"")
+        for edit in (f.close, f[0].remove, lambda: f.add("data"), write):
             refused.append(pytest.raises(velmor_core.Error, edit))
         return 7
 
     monkeypatch.setattr(f._library, "get_data_size", interrupted)
-    assert f[0].size == 7 and len(refused) == 3
+    assert f[0].size == 7 and len(refused) == 4
     monkeypatch.undo()
     f[0].remove()
+
+
+def test_signal_handlers_fetch_chunks_again_during_an_edit(monkeypatch):
+    f = velmor_core.memory(bytearray(WAVE))
+    before, data, fetched, resize = f[0], f[0][0], [], f._library.set_data_size
+
+    def interrupted(handle, size):
+        pytest.raises(velmor_core.EndedChunkError, lambda: before.id)
+        fetched.extend(f[0].walk())
+        assert fetched[0].data == b"abcd"
+        return resize(handle, size)
+
+    monkeypatch.setattr(f._library, "set_data_size", interrupted)
+    data.resize(2)
+    assert before[0] == data and not fetched[0].is_valid
 
 
 # --- Names ---
@@ -236,7 +253,9 @@ def test_edits_while_walking():
         f.add_group("LIST", b"%04d" % i).add("data", b"x")
     seen = [chunk.add("more").parent.name for chunk in f]
     assert len(seen) == 30 and sum(chunk.id == "more" for chunk in f.walk()) == 30
-    for chunk in list(f):
+    for i in (0, 2):
+        f[i].recycle()
+    for chunk in reversed(list(f.walk())):  # one is between two free chunks
         chunk.recycle()
     assert [chunk.size for chunk in f] == [30 * 30 - 8]
     with pytest.raises(velmor_core.EndedChunkError):

@@ -56,8 +56,8 @@ class Container:
         """The children, in the order of the bytes.
 
         You may edit the object between two steps. But if the chunk of the last step ends, the next
-        step raises `EndedChunkError`: to remove or recycle children in a loop, go over
-        ``list(group)``.
+        step raises `EndedChunkError`. To remove or recycle children in a loop, go over
+        ``reversed(list(group))``: these edits end no child before the current one.
         """
         group = self._group()
         group._require_group()
@@ -147,7 +147,8 @@ class Container:
     def walk(self) -> Iterator[Chunk]:
         """Go through all chunks in this group, at any depth, each group before its children.
 
-        For edits in the loop, the rules are the same as for iterating over a group.
+        For edits in the loop, the rules are the same as for iterating over a group. To remove or
+        recycle chunks, go over ``reversed(list(group.walk()))``.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(*(chunk.name for chunk in f.walk()))
@@ -180,8 +181,9 @@ class Container:
         otherwise. A free chunk that it fills exactly ends.
 
         Raises `ValueError` for an id that is not four bytes, and for "RIFF" and "LIST": see
-        `add_group`. Raises `SizeLimitError` if a group would reach 4 GiB when the chunk
-        is appended, even if it fits into free space. Raises `NoRoomError` if a buffer is too small.
+        `add_group`. Raises `SizeLimitError` if appending the chunk would make a group reach 4 GiB.
+        It does so even if the chunk fits into free space. Raises `NoRoomError` if a buffer is too
+        small.
 
         >>> with velmor_core.open("song.wav", "r+") as f:
         ...     print(f["RIFF:WAVE/LIST:INFO"].add("ICOP", b"2024 A Fork\\0"))
@@ -450,8 +452,8 @@ class Chunk(Container):
     def offset(self) -> int:
         """Where the chunk's header begins, in bytes from the first byte of the object.
 
-        It is computed from sizes, with one call for each sibling before the chunk and for each
-        sibling before one of its ancestors.
+        It is computed from sizes. This takes two calls of the library for each sibling before the
+        chunk, and for each sibling before one of its ancestors.
 
         >>> with velmor_core.open("song.wav") as f:
         ...     print(f["RIFF:WAVE/data"].offset)
@@ -600,7 +602,7 @@ class Chunk(Container):
         if not isinstance(key, slice):
             raise TypeError("only slices of data can be assigned: use .data, add() or remove()")
         owner = self._object
-        with View(value) as given, owner._apart(given) as (address, size), owner._lock:
+        with View(value) as given, owner._apart(given) as (address, size), owner._exclusive():
             start, stop = self._range(key)
             if size != stop - start:
                 raise ValueError(

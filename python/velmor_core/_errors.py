@@ -37,11 +37,19 @@ class MissingChunkError(Error, KeyError):
 
 
 class ReadOnlyError(Error):
-    """The object was opened for reading only. Nothing was changed."""
+    """The object was opened for reading only.
+
+    No byte was changed, but a chunk may show a new id or size. Open the object again before you
+    rely on its chunks.
+    """
 
 
 class NoRoomError(Error):
-    """A buffer is too small for the edit. Nothing was changed."""
+    """A buffer is too small for the edit.
+
+    Nothing was changed, with one exception: if the pad byte of the last chunk was missing, the edit
+    may have appended it.
+    """
 
 
 class SizeLimitError(Error, OverflowError):

@@ -29,8 +29,10 @@ class Handles:
     """
 
     def __init__(self) -> None:
-        self.ended: Dict[int, int] = {}  # the life of each handle that ended before
-        self.first = 0  # the life of all others
+        # The handles whose life is not `first`, with their lives. A handle that ends gets a new
+        # life.
+        self.ended: Dict[int, int] = {}
+        self.first = 0  # the life of all other handles
         self._last = 0  # the highest life so far
         # For each group that a chunk was added to: its children with the id "JUNK".
         self._free: Dict[int, Set[int]] = {}

@@ -138,9 +138,12 @@ class Object(Container):
     it or to one of its chunks any more.
 
     Threads may share an object: calls on it, and on its chunks, wait for each other. Calls on
-    different objects run at the same time. A signal handler that interrupts such a call may read
-    the same object, but edits and `close` raise `Error` there. After `os.fork`, use a file object
-    in one process only.
+    different objects run at the same time. After `os.fork`, use a file object in one process only.
+
+    A signal handler may interrupt a call on the same object. Then edits and `close` raise `Error`
+    in the handler, but it may read the object. If the call is an edit, chunks that were fetched
+    before it may raise `EndedChunkError` in the handler. The handler can fetch them again, but what
+    it fetches may end with the edit.
     """
 
     __slots__ = (
@@ -307,7 +310,7 @@ class Object(Container):
 
     @contextlib.contextmanager
     def _exclusive(self) -> Iterator[None]:
-        """Locks the object for a call that can end handles."""
+        """Locks the object for an edit or for closing it."""
         self._refuse_if_in_use()
         with self._lock:
             yield
@@ -315,7 +318,8 @@ class Object(Container):
     def _refuse_if_in_use(self) -> None:
         """Raise `Error` in a signal handler or finalizer that interrupts a call on the same object.
 
-        It may read the object, but must not end a handle that the call still uses.
+        It may read the object. It must not end a handle that the call still uses, or change bytes
+        between two steps of the call.
         """
         if self._is_locked_here():
             raise Error("the object is in use by the call that this one has interrupted")
