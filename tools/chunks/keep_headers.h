@@ -13,9 +13,8 @@ namespace tool {
 //     after each chunk and each group, and in each group;
 //   - the first 64 KiB of each chunk's data, unless the chunk's id is not printable or begins with
 //     two digits, as the ids of an AVI's pictures and sound do;
-//   - all data of chunks with the id "idx1" or "indx", or an id that begins with "ix": those are
-//   the
-//     indexes of an AVI. Together with the data above, at most 64 MiB are kept;
+//   - all data of the chunks "idx1" and "indx", and of those whose id begins with "ix". They are
+//     the indexes of an AVI. Together with the data above, at most 64 MiB are kept;
 //   - the number of zeros where a header is expected;
 //   - the first 64 KiB of the file, and its last 256 bytes, where tags lie.
 // Throws Failure, with `name`, if the descriptor cannot be read.

@@ -176,8 +176,7 @@ class Surveyor {
   //   - The id of the chunk is printable.
   //   - The group ends before the end of the file.
   //   - The group is at the top level or holds the pictures of an AVI.
-  //   - The chunk's data ends with the file, or chunks lead from the end of `chunk` to the end of
-  //   the
+  //   - The chunk's data ends with the file, or other chunks lead from its end to the end of the
   //     file.
   // Otherwise the size of the chunk or of the group may be wrong, and the group's is trusted.
   bool leaveGroupEnd(const RawChunk& chunk) {
