@@ -54,13 +54,13 @@ streams_get_their_sizes() {
   # A recorder was stopped: the sizes are those of an empty file.
   { head -c 4 streamed_sox.wav && bytes 24 00 00 00 && head -c 40 streamed_sox.wav | tail -c +9 &&
     bytes 00 00 00 00 && tail -c +45 streamed_sox.wav; } >stopped.wav
-  finds 1 stopped.wav "RIFF/data has the size 0 of an unfinished stream, and 1600 bytes (at offset 36)"
+  finds 1 stopped.wav "RIFF/data has the size 0, as an unfinished stream has, but holds 1600 bytes (at offset 36)"
   local file size
   for file in streamed.avi zero_sizes.avi; do
     [[ $file == zero* ]] && size=0 || size=0xFFFFFFFF
     finds 1 $file \
-      "RIFF:AVI/LIST:movi has the size $size of an unfinished stream, and 8676 bytes (at offset 1442)" \
-      "RIFF:AVI has the size $size of an unfinished stream, and 10118 bytes (at offset 0)"
+      "RIFF:AVI/LIST:movi has the size $size, as an unfinished stream has, but holds 8676 bytes (at offset 1442)" \
+      "RIFF:AVI has the size $size, as an unfinished stream has, but holds 10118 bytes (at offset 0)"
     repairs $file
     judged_sound avi
     cmp <(tail -c +1451 $file) <(tail -c +1451 repaired) || fail "pictures of $file"
@@ -106,8 +106,8 @@ tagged.wav|cut 121|refused|the file ends inside a chunk header, 5 bytes into it 
 tagged.wav|cut 8000|repaired|RIFF:WAVE/data ends 124 bytes past the end of the file (at offset 116)
 tagged.wav|poke 120 00 00 10|repaired|RIFF:WAVE/data ends 1040576 bytes past the end of the file (at offset 116)
 tagged.wav|poke 22 03; poke 32 06; poke 120 00 00 10|refused|RIFF:WAVE/data ends 1040576 bytes past the end of the file
-tagged.wav|poke 120 00 00|repaired|RIFF:WAVE/data has the size 0 of an unfinished stream, and 8000 bytes
-tagged.wav|poke 4 00 00|repaired|RIFF:WAVE has the size 0 of an unfinished stream
+tagged.wav|poke 120 00 00|repaired|RIFF:WAVE/data has the size 0, as an unfinished stream has, but holds 8000 bytes
+tagged.wav|poke 4 00 00|repaired|RIFF:WAVE has the size 0, as an unfinished stream has
 tagged.wav|poke 4 80 1f|repaired|RIFF:WAVE/data ends 52 bytes past the end of its group (at offset 116)
 tagged.wav|poke 4 b8 1f|repaired|the file ends 4 bytes before the end of RIFF:WAVE (at offset 8124)
 tagged.wav|poke 120 3c|refused|4 bytes at the end of RIFF:WAVE are too few for a chunk header; they would be data of data if its size were 8000
@@ -132,7 +132,7 @@ tagged.wav|{ printf TAG && head -c 125 /dev/zero; } >>f|repaired|128 bytes after
 tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x20' && head -c 19 /dev/zero; } >>f|repaired|32 bytes after the last chunk: an APE tag
 tagged.wav|{ printf 'APETAGEX\xd0\x07\0\0\x21' && head -c 19 /dev/zero; } >>f|dropped|32 bytes after the last chunk; they would
 tagged.wav|{ printf '%10sTAG' && head -c 125 /dev/zero; } >>f|dropped|138 bytes after the last chunk; they would
-streamed_ffmpeg.wav|cut 5G|refused|RIFF:WAVE/data has the size 0xFFFFFFFF of an unfinished stream, and 536870
+streamed_ffmpeg.wav|cut 5G|refused|RIFF:WAVE/data has the size 0xFFFFFFFF, as an unfinished stream has, but holds 536870
 no_pad.wav|:|repaired|RIFF:WAVE/data lacks the pad byte after its odd size (at offset 36)
 clip.avi|cut 15000|repaired|RIFF:AVI/LIST:movi/01wb ends 858 bytes past the end of the file
 clip.avi|poke 20 78|refused|RIFF:AVI has no LIST:hdrl

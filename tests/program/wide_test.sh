@@ -69,15 +69,15 @@ lies_are_named() {
 wide.wav|12|x|RF64:WAVE does not begin with a ds64 chunk (at offset 0)
 wide.wav|16|\x10|RF64:WAVE/ds64 holds 16 bytes, too few for its sizes (at offset 12)
 wide.wav|44|\xff\xff\xff\xff|RF64:WAVE/ds64 states 4294967295 entries in its table and has room for 0
-wide.wav|16|\xff\xff\xff\x7f|RF64:WAVE/ds64 has the size 0x7FFFFFFF of an unfinished stream
-wide.wav|20|\x00\x00|RF64:WAVE has the size 0 of an unfinished stream, and 8072 bytes
-wide.wav|20|\xff\xff\xff\xff\xff\xff\xff\xff|RF64:WAVE has the size 2^62 or more of an unfinished stream, and 8072 bytes
-wide.wav|28|\x00\x00|RF64:WAVE/data has the size 0 of an unfinished stream, and 8000 bytes
-wide.wav|28|\xfc\xff\xff\xff\xff\xff\xff\xff|RF64:WAVE/data has the size 2^62 or more of an unfinished stream
+wide.wav|16|\xff\xff\xff\x7f|RF64:WAVE/ds64 has the size 0x7FFFFFFF, as an unfinished stream has
+wide.wav|20|\x00\x00|RF64:WAVE has the size 0, as an unfinished stream has, but holds 8072 bytes
+wide.wav|20|\xff\xff\xff\xff\xff\xff\xff\xff|RF64:WAVE has the size 2^62 or more, as an unfinished stream has, but holds 8072 bytes
+wide.wav|28|\x00\x00|RF64:WAVE/data has the size 0, as an unfinished stream has, but holds 8000 bytes
+wide.wav|28|\xfc\xff\xff\xff\xff\xff\xff\xff|RF64:WAVE/data has the size 2^62 or more, as an unfinished stream has
 wide.wav|32|\x01|RF64:WAVE/data ends 4294967296 bytes past the end of the file (at offset 72)
 wide.wav|30|cut|RF64:WAVE/ds64 ends 18 bytes past the end of the file
 wide.wav|12|cut|RF64:WAVE has no
-big.wav|4|\xff\xff\xff\xff|RIFX:WAVE has the size 0xFFFFFFFF of an unfinished stream, and 8036 bytes
+big.wav|4|\xff\xff\xff\xff|RIFX:WAVE has the size 0xFFFFFFFF, as an unfinished stream has, but holds 8036 bytes
 big.wav|40|\x01|RIFX:WAVE/data ends 16777216 bytes past the end of the file
 big.wav|22|\x00\x00|RIFX:WAVE/fmt has 0 channels
 END
@@ -140,7 +140,7 @@ standard_input_is_read() {
     head -c 1G /dev/zero; } |
     ([[ -z ${FAULTY_CALLS-} ]] || ulimit -v 100000 # sanitizers need more
       exec "$program" check - 2>err)
-  [[ $(<err) == *"data has the size 0xFFFFFFFF of an unfinished stream, and 1073741824 bytes"* ]] || fail "$(<err)"
+  [[ $(<err) == *"data has the size 0xFFFFFFFF, as an unfinished stream has, but holds 1073741824 bytes"* ]] || fail "$(<err)"
 }
 
 main

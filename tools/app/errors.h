@@ -17,7 +17,9 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The command could not be carried out: exit status 1. The message names the file first.
+// The command could not be carried out. The exit status is 1; it is 2 for "diff" and 3 for "check".
+// With two arguments, the message begins with the file's name. With one argument, the whole message
+// is given, and it need not name a file.
 class Failure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -148,9 +148,10 @@ class Jobs {
 
   // `jobs` is the number of workers that run at the same time.
   int run(std::size_t jobs) {
-    // The most workers whose output is not yet printed, running or ended. They are more than can
-    // run at the same time, so that one long file does not stop the others. Each has two
-    // descriptors.
+    // The maximum number of workers whose output is not yet printed. They may run or have ended.
+    // The maximum is larger than the number that can run at the same time, so that many other files
+    // can be worked on while the first one takes long. It is limited because each of these workers
+    // has two open descriptors.
     constexpr std::size_t MAX_UNPRINTED = 2 * MAX_WORKERS;
     while (!left.empty() || !workers.empty()) {
       const bool mayStart = !left.empty() && running < jobs && workers.size() < MAX_UNPRINTED;
@@ -159,7 +160,7 @@ class Jobs {
       } else if (running > 0) {
         awaitOne();
         printEnded();
-      } else {  // the system allows no other process
+      } else {  // no worker runs, and none can be made: this process works on the file
         worst = std::max(worst, runReported(work, left.front(), failed));
         left = left.subspan(1);
       }
@@ -207,7 +208,8 @@ class Jobs {
 
   void awaitOne() {
     siginfo_t info{};
-    if (::waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == -1) return;  // by a signal: called again
+    // If a signal interrupts the call, the loop in run() calls this function again.
+    if (::waitid(P_ALL, 0, &info, WEXITED | WNOWAIT) == -1) return;
     const SignalsWait wait;
     int end = 0;
     ::waitpid(info.si_pid, &end, 0);
@@ -225,7 +227,8 @@ class Jobs {
     if (workers.front().end) progress.clear();
     for (; !workers.empty() && workers.front().end; workers.pop_front()) {
       const Worker& worker = workers.front();
-      // Not through std::cout: workers would inherit its failure.
+      // Does not use std::cout. After a failed write its error state would stay set, and workers
+      // that are forked later would inherit it.
       if (!worker.output.copyTo(STDOUT_FILENO)) outputFailed = true;
       worker.errors.copyTo(STDERR_FILENO);
       worst = std::max(worst, statusOf(worker));

@@ -16,11 +16,11 @@ namespace tool {
 
 namespace {
 
-// The signals with which others end a program. Signals that report its own faults are not listed.
+// The ending signals, as signals.h describes them.
 constexpr std::array ENDING = {SIGHUP,  SIGINT,    SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGUSR1,
                                SIGUSR2, SIGVTALRM, SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
 
-// The signal handler reads them. They are changed only while signals are blocked.
+// The signal handler reads them. They are changed only while ending signals are blocked.
 std::array<char, PATH_MAX> unfinishedFile;
 std::array<pid_t, MAX_WORKERS> workers;  // 0: none
 

@@ -10,9 +10,14 @@
 
 namespace tool {
 
-// Call once, before anything else. From then on, a signal that would end the program first removes
-// the unfinished file and ends the workers. The program ends after them. SIGXFSZ no longer ends the
-// program: a write past the file size limit of the process fails like any other write.
+// An ending signal is one with which others end a program, such as SIGINT or SIGTERM. SIGKILL,
+// real-time signals and signals that report a fault of the program, such as SIGSEGV, are not among
+// them.
+
+// Call once, before anything else. From then on, an ending signal first removes the unfinished file
+// and ends the workers. The program ends after them. An ending signal that was ignored before stays
+// ignored. SIGXFSZ no longer ends the program: a write past the file size limit of the process
+// fails like any other write.
 void handleSignals();
 
 // Names the unfinished file. Hold a SignalsWait while you make the file and while you rename it.
@@ -27,7 +32,7 @@ void removeWorker(pid_t worker);
 // To be called in a new worker process, which has no workers of its own.
 void forgetWorkers();
 
-// While an object of this class exists, signals that would end the program wait, except SIGKILL.
+// While an object of this class exists, ending signals wait.
 class SignalsWait {
  public:
   SignalsWait();

@@ -117,7 +117,8 @@ void showProgressLine(std::string_view what, std::string_view state) {
   constexpr std::string_view CUT = "...";
   const std::size_t width = terminalWidth();
   std::string line(what);
-  // Takes the number of bytes for the width: a character has at least as many bytes as columns.
+  // Uses the number of bytes as the width. The line is then never too wide, because a character has
+  // at least as many bytes as columns.
   if (line.size() + state.size() >= width) {
     std::size_t left = width - std::min(width, state.size() + CUT.size() + 1);
     while (left > 0 && isContinuation(line[left])) --left;

@@ -19,7 +19,8 @@ std::string grouped(uint64_t number);
 // "17 bytes", "1.5 KiB", "4.7 GiB": at most one digit after the point.
 std::string binarySize(uint64_t bytes);
 
-// "12.5 %". Less than 0.05 % of something is "<0.1 %", and only all of it is "100 %".
+// "12.5 %". A part of 0 is "0 %". Any other part that is less than 0.05 % is "<0.1 %". Only the
+// whole is "100 %".
 std::string percentage(uint64_t part, uint64_t whole);
 
 // "29.97": at most three digits after the point.

@@ -29,7 +29,8 @@ uint8_t takeByte(std::string_view& text) {
   const auto [end, error] =
       std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
   if (!text.starts_with("\\x") || digits.size() != 2 || end != digits.data() + 2) {
-    throw UsageError("in an id, a backslash begins \\xHH with two hexadecimal digits");
+    throw UsageError(
+        "in an id, a backslash must be followed by x and two hexadecimal digits, as in \\x0a");
   }
   text.remove_prefix(ID_SIZE);
   return static_cast<uint8_t>(value);

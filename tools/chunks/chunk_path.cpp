@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view ALL = "*]";
 
-// Reads the text between the brackets of a step and the closing one: a number, or "*".
+// Reads what follows the opening bracket of a step: a number or "*", and then the closing bracket.
 void parseSelection(std::string_view text, PathStep& step) {
   if (text == ALL) {
     step.all = true;

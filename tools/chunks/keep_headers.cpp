@@ -96,7 +96,8 @@ class Keeper {
 
   struct Place {
     uint64_t offset;
-    bool isHeader;  // false for the pad byte of a chunk: if it is missing, a header is here
+    // False for the place of a pad byte. A header is there only if the pad byte is missing.
+    bool isHeader;
     bool operator==(const Place&) const = default;
     bool operator>(const Place& other) const {
       return std::tie(offset, isHeader) > std::tie(other.offset, other.isHeader);

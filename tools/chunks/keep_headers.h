@@ -11,10 +11,12 @@ namespace tool {
 // Reads a descriptor to its end. Keeps
 //   - the header of each chunk, also wherever else a header could be expected in a damaged file:
 //     after each chunk and each group, and in each group;
-//   - the first 64 KiB of each chunk's data, but none of the pictures and sound of an AVI;
-//   - all data of an AVI's indexes; together with the data above, at most 64 MiB;
+//   - the first 64 KiB of each chunk's data, unless the chunk's id is not printable or begins with
+//     two digits, as the ids of an AVI's pictures and sound do;
+//   - all data of the chunks "idx1" and "indx", and of those whose id begins with "ix". They are
+//     the indexes of an AVI. Together with the data above, at most 64 MiB are kept;
 //   - the number of zeros where a header is expected;
-//   - the first 64 KiB, and the last bytes, where tags lie.
+//   - the first 64 KiB of the file, and its last 256 bytes, where tags lie.
 // Throws Failure, with `name`, if the descriptor cannot be read.
 KeptBytes keepHeaders(int descriptor, const std::string& name);
 

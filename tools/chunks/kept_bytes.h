@@ -29,7 +29,7 @@ class KeptBytes {
   void keepLast(std::string_view last);
 
  private:
-  // Consecutive bytes that were kept. Of zeros, only the number is kept.
+  // Consecutive bytes that were kept. Of zeros that addZeros() took, only the number is stored.
   struct Extent {
     static constexpr uint64_t ZEROS = ~uint64_t{0};
     uint64_t offset;

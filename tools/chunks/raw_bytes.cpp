@@ -83,7 +83,8 @@ bool RawBytes::fetch(void* to, uint64_t count, uint64_t offset) const {
 
 uint64_t RawBytes::endOfZeros(uint64_t offset, uint64_t end) {
   if (kept) return kept->endOfZeros(offset, end);
-  // Most runs are short and lie in the window. Most offsets that are asked for begin no run.
+  // Most runs are short and lie in the window. At most of the offsets that callers pass, no run
+  // begins.
   if (offset < end) {
     bytesAt(offset, 1);
     const uint64_t windowEnd = std::min(windowOffset + windowSize, end);

@@ -6,8 +6,9 @@ namespace tool {
 
 namespace {
 
-// Too few bytes for a header are no chunk. Neither is a data chunk whose size does not fit, if its
-// id is not printable or it is at the top level. The first header is shown as a chunk all the same.
+// Bytes that are too few for a header are no chunk. The header of a data chunk whose size does not
+// fit is not taken for a chunk either, if its id is not printable or it is at the top level. At the
+// start, the header of a data chunk is taken for a chunk even if its size does not fit.
 bool isChunk(const TreeItem& item, bool isStart) {
   const uint64_t left = item.limit - item.chunk.offset;
   if (left < HEADER_SIZE) return false;

@@ -72,7 +72,7 @@ struct TreeItem {
 };
 
 // The item at `offset`. Its siblings end at `limit`, which must be greater than `offset`. At the
-// start of a file, any header is taken for a chunk.
+// start (`isStart`), the header of a data chunk is taken for a chunk even if its size does not fit.
 TreeItem itemAt(RawBytes& bytes, uint64_t offset, uint64_t limit, uint64_t level, bool isStart);
 
 // Goes through the items of a file in the order of its bytes, groups before the chunks in them.

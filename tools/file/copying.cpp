@@ -92,7 +92,9 @@ std::vector<std::string> attributeNames(const File& file) {
   return names;
 }
 
-// Other attributes, such as security labels, are set by the system when a file is made.
+// True for all attributes except "user." ones and access control lists. Most of the others, such as
+// security labels, are set by the system when a file is made. So it is no failure if such an
+// attribute cannot be copied or removed.
 bool isKeptBySystem(const std::string& name) {
   return !name.starts_with("user.") && !name.starts_with("system.posix_acl");
 }
@@ -101,24 +103,24 @@ void copyAttribute(const File& source, const File& copy, const std::string& name
   std::vector<char> value(65536);  // the largest value that Linux allows
   const ssize_t size = ::fgetxattr(source.descriptor(), name.c_str(), value.data(), value.size());
   if (size == -1 && !isKeptBySystem(name)) {
-    throw Failure(source.name(), "cannot read the attribute " + name + ": " + systemError());
+    throw Failure(source.name(), "its attribute " + name + " cannot be read: " + systemError());
   }
   if (size >= 0 && ::fsetxattr(copy.descriptor(), name.c_str(), value.data(),
                                static_cast<std::size_t>(size), 0) == 0) {
     return;
   }
   if (isKeptBySystem(name)) return;
-  throw Failure(copy.name(), "cannot set the attribute " + name + ": " + systemError());
+  throw Failure(copy.name(), "its attribute " + name + " cannot be set: " + systemError());
 }
 
 void removeAttribute(const File& file, const std::string& name) {
   if (::fremovexattr(file.descriptor(), name.c_str()) == 0 || isKeptBySystem(name)) return;
-  throw Failure(file.name(), "cannot remove the attribute " + name + ": " + systemError());
+  throw Failure(file.name(), "its attribute " + name + " cannot be removed: " + systemError());
 }
 
 void setMode(const File& file, mode_t mode) {
   if (::fchmod(file.descriptor(), mode) == -1) {
-    throw Failure(file.name(), "cannot get its permissions: " + systemError());
+    throw Failure(file.name(), "its permissions cannot be set: " + systemError());
   }
 }
 
@@ -136,7 +138,8 @@ void copyOwner(const File& source, const File& copy) {
   const struct stat made = copy.status();
   if (wanted.st_uid == made.st_uid && wanted.st_gid == made.st_gid) return;
   if (::fchown(copy.descriptor(), wanted.st_uid, wanted.st_gid) == -1) {
-    throw Failure(copy.name(), "cannot get the owner of " + source.name() + ": " + systemError());
+    throw Failure(copy.name(),
+                  "cannot be given the owner of " + source.name() + ": " + systemError());
   }
 }
 

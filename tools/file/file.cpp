@@ -1,4 +1,4 @@
-// A regular file's bytes. Errors come with their reason.
+// The bytes of an open file. Errors come with their reason.
 
 #include "file/file.h"
 

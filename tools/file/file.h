@@ -1,4 +1,4 @@
-// A regular file's bytes. Errors come with their reason.
+// The bytes of an open file. Errors come with their reason.
 #ifndef VELMOR_CORE_TOOLS_FILE_FILE_H
 #define VELMOR_CORE_TOOLS_FILE_FILE_H
 
@@ -32,8 +32,9 @@ class Descriptor {
   int descriptor = -1;
 };
 
-// An open file. Every failure throws Failure with the file's name, the system's reason and the
-// offset. Calls that a signal interrupts are repeated.
+// An open file. Every failure throws Failure with the file's name and the reason. System calls that
+// read, write, resize or sync are repeated if a signal interrupts them. If one of them fails, the
+// message also has the offset.
 class File {
  public:
   enum Mode { READ, READ_WRITE };

@@ -60,8 +60,11 @@ File make(const std::string& path) {
     if (!file && errno != EEXIST) throw Failure(path, "cannot be made: " + systemError());
     if (!file) {
       removeLeftover(path);
-    } else if (!isLockedByAnother(file, LOCK_EX) && isNamed(file, path)) {
-      // Another program may have removed it as a leftover before it was locked.
+      continue;
+    }
+    // isNamed() is checked because another program may have removed the file as a leftover before
+    // this one locked it.
+    if (!isLockedByAnother(file, LOCK_EX) && isNamed(file, path)) {
       setUnfinishedFile(path);
       return {path, std::move(file)};
     }
@@ -71,7 +74,8 @@ File make(const std::string& path) {
 // Renames a file unless the new name is taken.
 void renameToFreeName(const std::string& from, const std::string& to) {
   if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return;
-  const bool isUnknown = errno == EINVAL || errno == ENOSYS;  // to the file system
+  // The file system does not know RENAME_NOREPLACE (EINVAL), or the system has no renameat2().
+  const bool isUnknown = errno == EINVAL || errno == ENOSYS;
   struct stat status {};
   if (errno == EEXIST || (isUnknown && ::lstat(to.c_str(), &status) == 0)) {
     throw Failure(to, "exists: --force replaces it");
@@ -140,8 +144,10 @@ Output::Output(const std::string& name, bool mayReplace) : path(name) {
   if (::lstat(name.c_str(), &status) == -1) {
     const std::string marker = markerOf(name);
     if (::lstat(marker.c_str(), &status) == -1) return;
-    throw Failure(marker,
-                  "marks an interrupted edit: the output could not be read while it exists");
+    throw Failure(
+        marker,
+        "marks an interrupted edit: while this marker exists, the commands that read chunks "
+        "would refuse the output");
   }
   if (!mayReplace) throw Failure(name, "exists: --force replaces it");
   path = realPath(name);

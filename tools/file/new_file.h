@@ -48,9 +48,10 @@ class NewFile {
 
 // The file that the user has named for the result of a command.
 struct Output {
-  // Throws Failure if such a file exists and must not be replaced, if another program is editing
-  // it, or if a marker of an edit in place lies beside it. Editors of the file wait until this is
-  // destroyed.
+  // Throws Failure if such a file exists and must not be replaced, or is not a regular file that
+  // can be read. Also throws Failure if another program is editing, copying or replacing the file,
+  // or if a marker of an edit in place lies beside it. Programs that want to edit or copy the file
+  // wait until this is destroyed.
   Output(const std::string& name, bool mayReplace);
 
   std::string path;              // without symbolic links

@@ -73,8 +73,8 @@ void requireNoMarker(const File& file, const std::string& path) {
     throw Failure(file.name(), "is being edited in place by another program");
   }
   throw Failure(file.name(), "an edit in place was interrupted here (" + editNamedIn(marker) +
-                                 "): use a copy of the file, or remove " + marker +
-                                 " to take the file as it is");
+                                 "): use a backup from before the edit, or remove " + marker +
+                                 " to accept the file as it is");
 }
 
 struct stat settledStatus(const File& file) {

@@ -16,9 +16,10 @@ class Original {
     EDIT   // opened for reading and writing; programs that want to edit or copy the file wait
   };
 
-  // Opens an existing regular file. Waits while other programs hold its lock, and then opens the
-  // file that has the name by that time. Throws Failure with the reason, also if an edit in place
-  // was interrupted.
+  // Opens an existing regular file. COPY waits while another program edits or replaces the file.
+  // EDIT also waits while another program copies it. Then the file that has the name by that time
+  // is opened. LOOK does not wait. Throws Failure with the reason, also if an edit in place was
+  // interrupted or is going on.
   Original(const std::string& name, Purpose purpose);
 
   // The name as it was typed.
@@ -38,9 +39,9 @@ class Original {
   struct stat before {};
 };
 
-// The file's status. Returns only when any later change would give the file another time. File
-// systems count time in ticks of up to 10 ms, and two changes in one tick have the same time. So
-// this may wait for the next tick.
+// The file's status. Returns only when every later change would give the file a different
+// timestamp. File systems count time in ticks of up to 10 ms, and two changes in one tick have the
+// same timestamp. So this may wait for the next tick. A timestamp in the future is not waited for.
 struct stat settledStatus(const File& file);
 
 // Whether both belong to the same file, with the same size and the same times of modification and

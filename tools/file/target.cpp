@@ -148,7 +148,8 @@ bool isInWritableFolder(const std::string& path) {
 std::unique_ptr<Target> replaceOriginal(const Original& original) {
   constexpr const char* OFFER = "; --in-place edits the file itself";
   constexpr const char* OTHER_OFFER =
-      "; -o writes the result to another folder (--in-place needs a marker in this one)";
+      "; -o can write the result to another folder (--in-place would have to create a marker file "
+      "in this folder)";
   if (const auto names = original.get().status().st_nlink; names > 1) {
     throw Failure(original.name(),
                   "has " + std::to_string(names) +

@@ -33,9 +33,10 @@ constexpr uint8_t INDEX_OF_INDEXES = 0;
 constexpr uint8_t INDEX_OF_CHUNKS = 1;
 
 // The entries of an OpenDML index:
-//   index of chunks    the offset of the data from the base, the data size, and the offset of the
-//                      second field of interlaced video (32 bits each); the highest bit of the size
-//                      is set unless the chunk is a key frame
+//   index of chunks    the offset of the data from the base, and the data size (32 bits each). The
+//                      highest bit of the size is set unless the chunk is a key frame. Only an
+//                      entry of 12 bytes also has the offset of the second field of interlaced
+//                      video (32 bits)
 //   index of indexes   the offset of an index in the file (64 bits), its size and its duration
 //                      (32 bits each)
 constexpr uint64_t FRAME_ENTRY = 8;

@@ -12,7 +12,7 @@ struct BextField {
   enum Kind {
     TEXT,    // ASCII, filled up with NULs
     NUMBER,  // unsigned, little-endian
-    UMID,    // 64 bytes; 32 bytes of a basic UMID are filled up with zeros
+    UMID,    // 64 bytes; a basic UMID has only 32, and zeros fill the rest
     LEVEL    // signed, 16 bits, in hundredths of LU, LUFS or dBTP
   };
   std::string_view name;  // as "tag" and "show" spell it
@@ -39,7 +39,7 @@ inline constexpr std::array BEXT_FIELDS = {
     BextField{"coding-history", 602, 0, BextField::TEXT, 0},
 };
 
-// The data size of a chunk without coding history. 180 bytes before its end are reserved.
+// The data size of a chunk without coding history. The last 180 of these bytes are reserved.
 constexpr uint32_t BEXT_FIXED_SIZE = 602;
 
 }  // namespace tool

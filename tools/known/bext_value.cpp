@@ -45,7 +45,7 @@ std::string littleEndian(uint64_t number, std::size_t size) {
 
 int16_t levelIn(const BextField& field, std::string_view text) {
   const auto number = parsed<double>(text);
-  if (!number || !std::isfinite(*number)) refuse(field, text, "is no number, such as -23.5");
+  if (!number || !std::isfinite(*number)) refuse(field, text, "is not a number (example: -23.5)");
   const double level = std::round(*number * HUNDRED);
   if (level < INT16_MIN || level >= UNSET_LEVEL) {
     refuse(field, text, "is out of range: -327.68 to 327.66 can be stored");
@@ -68,7 +68,7 @@ std::string umidIn(const BextField& field, std::string_view text) {
   }
   if (digits.size() != 2 * bytes.size() ||
       (bytes.size() != BASIC_UMID && bytes.size() != 2 * BASIC_UMID)) {
-    refuse(field, text, "is no UMID: it has 64 or 128 hexadecimal digits");
+    refuse(field, text, "is not a UMID: a UMID has 64 or 128 hexadecimal digits");
   }
   return bytes;
 }
@@ -118,10 +118,10 @@ std::string textBytes(const BextField& field, std::string_view text) {
                std::to_string(text.size()));
   }
   if (field.name == "origination-date" && !text.empty() && !isDate(text)) {
-    refuse(field, text, "is no date as in 2025-12-31");
+    refuse(field, text, "is not a date (example: 2025-12-31)");
   }
   if (field.name == "origination-time" && !text.empty() && !isTime(text)) {
-    refuse(field, text, "is no time as in 23:59:59");
+    refuse(field, text, "is not a time (example: 23:59:59)");
   }
   return std::string(text).append(field.size - text.size(), '\0');
 }
@@ -185,7 +185,7 @@ std::string bextBytes(const BextField& field, std::string_view text) {
     return bytes;
   }
   const auto number = parsed<uint64_t>(text);
-  if (!number) refuse(field, text, "is no whole number of samples");
+  if (!number) refuse(field, text, "is not a whole number of samples");
   return littleEndian(*number, field.size);
 }
 

@@ -1,4 +1,4 @@
-// The changes that make a file sound.
+// The changes that repair a file.
 #ifndef VELMOR_CORE_TOOLS_VERDICT_REPAIR_PLAN_H
 #define VELMOR_CORE_TOOLS_VERDICT_REPAIR_PLAN_H
 
@@ -10,7 +10,9 @@
 
 namespace tool {
 
-// Filled by a survey. It makes the file sound if every damage that the survey found is repairable.
+// Filled by a survey. Of use only if every damage that the survey found is repairable. Even then
+// the result may be damaged. So "repair" surveys the bytes again with the plan's changes, and
+// refuses a plan that does not make the file sound.
 struct RepairPlan {
   std::deque<RawBytes::Patch> sizes;
   bool padIsMissing = false;  // after the last byte

@@ -6,9 +6,9 @@
 //                  cut short with it, so it gets a new size but no finding of its own.
 //   repairedAt     where the chunks so far end in the repaired file.
 //
-// The plan changes a size in two cases only: the data chunk then ends with the file, or the group
-// then ends with its last child. The repair also adds a pad byte that is missing at the end of the
-// file, and keeps tags and a cut header after the last chunk. All other damage is doubtful.
+// The plan changes a size for two purposes only: so that a data chunk ends with the file, or so
+// that a group ends with its last child. The repair also adds a pad byte that is missing at the end
+// of the file, and keeps tags and a cut header after the last chunk. All other damage is doubtful.
 #include "verdict/survey.h"
 
 #include <algorithm>
@@ -42,8 +42,8 @@ constexpr bool isStreamMark(uint64_t size) {
 std::string streamText(uint64_t claimed, uint64_t there) {
   const bool isHuge = claimed == MAX_WIDE_SIZE;
   const std::string size = isHuge ? "2^62 or more" : hexadecimal(static_cast<uint32_t>(claimed));
-  return " has the size " + (claimed == 0 ? "0" : size) + " of an unfinished stream, and " +
-         counted(there, "byte");
+  return " has the size " + (claimed == 0 ? "0" : size) +
+         ", as an unfinished stream has, but holds " + counted(there, "byte");
 }
 
 class Surveyor {
@@ -107,8 +107,9 @@ class Surveyor {
     return chunk.isRiff || (chunk.id == ID_IDX1 && walk.group().groupId == ID_MOVI);
   }
 
-  // Group headers are trusted. A header of a data chunk could be other bytes by chance, so chunks
-  // have to lead from it to the end of the file.
+  // The header of a group is trusted if its group id is printable. Other bytes may look like the
+  // header of a data chunk by chance. Such a header counts only if chunks lead from it to the end
+  // of the file, as leadsTo() describes it.
   bool isTopLevelChunk(const RawChunk& chunk) {
     if (size - walk.offset() < HEADER_SIZE) return false;
     if (chunk.isGroup() && isPrintable(chunk.groupId)) return true;
@@ -170,10 +171,14 @@ class Surveyor {
     return group.isOpenEnded || group.end() > size ? path() : std::string();
   }
 
-  // Handles a chunk that ends past the end of its group. The group's size is out of date if the
-  // group is at the top level or holds the pictures of an AVI, and chunks lead from the end of this
-  // one to the end of the file. Otherwise either size may be wrong, and the group's is trusted.
-  // Returns whether the group's size is out of date.
+  // Handles a chunk that ends past the end of its group. Returns whether the group's size is out of
+  // date. It is if all of these conditions hold:
+  //   - The id of the chunk is printable.
+  //   - The group ends before the end of the file.
+  //   - The group is at the top level or holds the pictures of an AVI.
+  //   - The chunk's data ends with the file, or other chunks lead from its end to the end of the
+  //     file.
+  // Otherwise the size of the chunk or of the group may be wrong, and the group's is trusted.
   bool leaveGroupEnd(const RawChunk& chunk) {
     const bool mayGrow = isPrintable(chunk.id) && walk.claimedEnd() < size &&
                          (walk.level() == 1 || walk.group().groupId == ID_MOVI);
@@ -226,9 +231,10 @@ class Surveyor {
     }
   }
 
-  // Whether the bytes read as a header look like text, such as XMP. After a wrong size, a header is
-  // expected within such text. An id does not begin with a space. Four printable bytes, read as a
-  // size, are 500 MB or more, and only chunks of sound are that large.
+  // Whether the bytes read as a header look like text, such as XMP. After a wrong size, the survey
+  // may arrive in the middle of such text and read it as a header. An id does not begin with a
+  // space. Four printable bytes, read as a size, are 500 MB or more, and only chunks of sound are
+  // that large.
   static bool isText(const RawChunk& chunk) {
     return (chunk.id & 0xFF) == ' ' || (chunk.id != ID_DATA && chunk.dataSize <= MAX_SIZE &&
                                         isPrintable(static_cast<uint32_t>(chunk.dataSize)));
@@ -255,10 +261,11 @@ class Surveyor {
            !leadsTo(size, chunk.dataOffset(), Ids::ANY, bytes, headersLeft);
   }
 
-  // Whether a size that may mean "unknown" cannot be the real size. That is so if the data would
-  // end past the end of the file, and its group does not end inside the bytes between the data's
-  // start and the end of the file. If the group's size also means "unknown", as in a file of more
-  // than 4 GiB, it is enough that the data ends past the end of the group.
+  // Whether a size that may mean "unknown" cannot be the real size. It cannot be if the chunk would
+  // end past the end of the file. There is one exception: the group ends after the start of the
+  // data and before the end of the file. Then the size may be real. If the group's size also may
+  // mean "unknown", as in a file of more than 4 GiB, it is enough that the chunk would end past the
+  // end of the group.
   bool hasMarkedSize(const RawChunk& chunk) const {
     const uint64_t claimed = walk.claimedEnd();
     if (claimed == HeaderWalk::NOWHERE) return chunk.end() > size;

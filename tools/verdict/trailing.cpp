@@ -20,7 +20,7 @@ bool isAt(uint64_t offset, std::string_view text, const RawBytes& bytes) {
   return std::string_view(there.data(), text.size()) == text;
 }
 
-// The size of the APE tag that ends at `end`; 0 if none does.
+// The size of the APE tag whose footer ends at `end`. The caller has checked that there is one.
 uint64_t apeSize(uint64_t end, const RawBytes& bytes) {
   std::array<uint8_t, APE_FOOTER> footer{};
   bytes.copy(footer.data(), footer.size(), end - APE_FOOTER);
@@ -29,6 +29,8 @@ uint64_t apeSize(uint64_t end, const RawBytes& bytes) {
   return littleEndian32(&footer[12]) + header;
 }
 
+// The size of the ID3v2 tag that begins at `begin`, with its header and its footer. The caller has
+// checked that there is one.
 uint64_t id3v2Size(uint64_t begin, const RawBytes& bytes) {
   std::array<uint8_t, ID3V2_HEADER> header{};
   bytes.copy(header.data(), header.size(), begin);

@@ -13,7 +13,9 @@ namespace tool {
 //
 // ID3v1 is 128 bytes that begin with "TAG". APE ends in a footer of 32 bytes. The footer states the
 // size of items and footer together, and whether a header of 32 bytes comes before the items. ID3v2
-// begins with a header of 10 bytes. Its last four bytes state the size of the rest, 7 bits each.
+// begins with a header of 10 bytes and may end in a footer of 10 bytes. The header says whether
+// there is a footer. The last four bytes of the header state the size of the bytes between header
+// and footer, 7 bits in each byte.
 std::string tagsFrom(uint64_t begin, RawBytes& bytes);
 
 }  // namespace tool

@@ -1,5 +1,5 @@
-// What is wrong with the chunk ds64 of an RF64 or BW64 file. The survey finds sizes in it that do
-// not agree with the file.
+// What is wrong with the chunk ds64 of an RF64 or BW64 file. Sizes in ds64 that do not agree with
+// the file are not checked here: the survey finds them.
 #include "verdict/wide_sizes.h"
 
 #include "app/text.h"
