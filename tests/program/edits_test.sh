@@ -102,6 +102,30 @@ edits_are_made_together_or_not_at_all() {
 }
 
 # A cut moves each byte once, whatever the number of chunks.
+# With much audio after the chunk that grows, the copy is made with room for the new bytes.
+copies_are_the_same_as_edits_in_place() {
+  printf 'RIFF\4\0\0\0WAVE' >file
+  head -c 36 "$data/tone.wav" | tail -c 16 >format
+  head -c 1500000 /dev/urandom >audio
+  local edit
+  # "free" chunks become free: one before "a", and one too small and one large beside lists.
+  "$program" edit file -e "add RIFF/fmt @format" -e "add RIFF/free '$(printf %30s)'" -e "add RIFF/a 123" \
+    -e "set --add RIFF/LIST:INFO/INAM x" -e "add RIFF/free 1234" -e "set --add RIFF/LIST:X/LIST:Y/deep x" \
+    -e "add RIFF/free '$(printf %99s)'" -e "add RIFF/b 123" -e "add RIFF/c 123" -e "add RIFF/data @audio" -e "recycle RIFF/free[*]" 2>err || fail "$(<err)"
+  for edit in "set RIFF/a 1" "set RIFF/c 12345" "set RIFF/c 12345678901" "set RIFF/c '$(printf %30s)'" "set RIFF/b 12345678901" \
+    "set RIFF/LIST:INFO/INAM 'A longer title'" "add RIFF/LIST:INFO/IART v" "add RIFF/LIST:X/LIST:new" \
+    "set --add RIFF/LIST:X/LIST:u/LIST:v/w 1" "set RIFF/LIST:X/LIST:Y/deep 'as deep as it gets'" \
+    "set RIFF/LIST:X/LIST:Y/deep '$(printf %200s)'" "tag title='A longer title' artist=me" \
+    "tag title=new description=text" "edit -e 'set RIFF/a 1234567890123' -e 'remove RIFF/b'"; do
+    cp file inplace
+    cp file copied
+    eval "'$program' ${edit%% *} --in-place inplace ${edit#* }" 2>err || fail "$edit: $(<err)"
+    eval "'$program' ${edit%% *} copied ${edit#* }" 2>err || fail "$edit: $(<err)"
+    eval "'$program' ${edit%% *} file ${edit#* } -o output --force" 2>err || fail "$edit: $(<err)"
+    cmp inplace copied && cmp inplace output || fail "$edit"
+  done
+}
+
 many_chunks_cost_little() {
   type python3 >/dev/null || return 77
   python3 -c '

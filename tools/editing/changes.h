@@ -11,6 +11,7 @@
 
 #include "chunks/chunk_path.h"
 #include "editing/cut.h"
+#include "editing/gap.h"
 #include "editing/placed_chunk.h"
 #include "editing/store.h"
 #include "editing/value.h"
@@ -25,15 +26,22 @@ class Change {
   template <std::invocable Calls>
   Change(Calls calls) : calls(std::move(calls)) {}  // NOLINT(google-explicit-constructor)
   Change(Cut cut) : cut(std::move(cut)) {}          // NOLINT(google-explicit-constructor)
+  // The calls fill the gap that `gap` returns, if the file has it.
+  Change(std::function<void()> calls, std::function<std::optional<Gap>()> gap)
+      : calls(std::move(calls)), gap(std::move(gap)) {}
 
   bool isNothing() const { return !calls && !cut; }
   const std::optional<Cut>& getCut() const { return cut; }
   // Makes the calls.
   void operator()() const { calls(); }
+  // The gap that a copy of the file should have before the calls are made in the copy. The calls
+  // then leave the same bytes as without a gap. Nothing if a gap does not help.
+  std::optional<Gap> wantedGap() const { return gap ? gap() : std::nullopt; }
 
  private:
   std::function<void()> calls;
   std::optional<Cut> cut;
+  std::function<std::optional<Gap>()> gap;
 };
 
 // An edit in two steps. The first finds the chunks and throws Failure for what cannot be done; it

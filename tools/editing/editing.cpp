@@ -8,7 +8,9 @@
 #include "app/errors.h"
 #include "app/progress.h"
 #include "editing/avi_index.h"
+#include "editing/gap.h"
 #include "editing/webp_header.h"
+#include "known/ids.h"
 #include "looking/tree.h"
 
 namespace tool {
@@ -95,11 +97,14 @@ void showResult(Opened& opened, std::span<const Edit> edits) {
   printTree(opened.original().name() + ", as it would be", edited, RawNode::virtualRoot(edited));
 }
 
-std::unique_ptr<Target> openTarget(const Original& original, const EditJob& job,
-                                   const EditWay& way) {
+std::unique_ptr<Target> openTarget(const Original& original, const EditJob& job, const EditWay& way,
+                                   const std::optional<Gap>& gap) {
   if (way.inPlace) return editInPlace(original, job.room + ROOM_FOR_FORM, job.what);
-  if (way.output) return writeOutput(original, *way.output, way.mayReplaceOutput);
-  return replaceOriginal(original);
+  const Space space = gap ? gap->space() : Space();
+  auto copy = way.output ? writeOutput(original, *way.output, way.mayReplaceOutput, space)
+                         : replaceOriginal(original, space);
+  if (gap) gap->applyTo(copy->file());
+  return copy;
 }
 
 // The chunks of a target.
@@ -158,6 +163,20 @@ bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
   return true;
 }
 
+// The gap that the copy should have; nothing if it is not worth it. To find it, the values of the
+// edit are copied in memory, so not for large ones. The corrections for other forms than WAVE start
+// from the chunks before the edit, which must not be moved by then.
+std::optional<Gap> gapFor(const Opened& opened, const EditJob& job, std::span<const Edit> edits) {
+  constexpr uint64_t MAX_ROOM = 1 << 24;
+  constexpr uint64_t MIN_MOVED = 1 << 20;
+  const bool isWave = opened.root().firstChild().groupId() == FORM_WAVE;
+  if (edits.size() > 1 || job.room > MAX_ROOM || !isWave || opened.damage()) return {};
+  std::optional<Gap> gap;
+  opened.explain([&] { gap = edits.front()(opened.root()).wantedGap(); });
+  const uint64_t size = opened.bytes().size();
+  return gap && gap->space().offset + MIN_MOVED < size ? gap : std::nullopt;
+}
+
 }  // namespace
 
 EditWay::EditWay(const Arguments& arguments, Force force)
@@ -186,8 +205,9 @@ void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edit
     return;
   }
   if (!checkEdits(opened, way.inPlace, edits) && !way.output) return;
+  const auto gap = way.inPlace ? std::nullopt : gapFor(opened, job, edits);
   opened.closeChunks();  // a file can have millions, and they are loaded once more for the target
-  const auto target = openTarget(opened.original(), job, way);
+  const auto target = openTarget(opened.original(), job, way, gap);
   try {
     changeTarget(opened, *target, edits);
   } catch (const Failure& failure) {

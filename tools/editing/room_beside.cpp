@@ -37,8 +37,8 @@ bool isReserved(const Chunk& chunk) {
 bool fits(uint64_t size, uint64_t free) { return free == size || free >= size + HEADER_SIZE; }
 
 // The free space that recycling a chunk would give, and the other free chunks of its group.
-struct Space {
-  explicit Space(const Chunk& chunk) : merged(chunk.totalSize()) {
+struct FreeSpace {
+  explicit FreeSpace(const Chunk& chunk) : merged(chunk.totalSize()) {
     Chunk previous;
     for (Chunk at = chunk.parent().firstChild(); at; previous = at, at = at.next()) {
       if (isFree(at) && previous == chunk) {
@@ -107,30 +107,52 @@ void replace(Chunk place, const Chunk& copy) {
   required("store " + name, [&] { return group.addCache(bytes, std::nothrow); });
 }
 
-// Edits the chunk. The chunk, or an ancestor that contains it, grows into the free space beside it.
-// Returns false, and changes nothing, if there is no such space or the chunk does not grow.
-bool editBeside(const Chunk& chunk, const std::function<Change(const Chunk&)>& edit) {
+struct Room {
+  Chunk place;    // the chunk or an ancestor, with enough free space beside it; none if none has
+  Object copies;  // of the place
+  uint64_t growth = 0;  // of the chunk and its ancestors; 0 if it is not known
+};
+
+Chunk copyIn(const Object& copies) { return virtualRoot(copies).firstChild().firstChild(); }
+
+// Finds the chunk, or the nearest ancestor, that can grow into the free space beside it.
+Room findRoom(const Chunk& chunk, const std::function<Change(const Chunk&)>& edit) {
   std::vector<uint32_t> way;
-  uint64_t growth = 0;  // 0 until it is known; the same for the chunk and its ancestors
+  Room room;
   // Top-level chunks stay where they are: they hold nearly all of the file.
   for (Chunk place = chunk; place.parent() && !place.parent().isVirtualRoot();
        place = place.parent()) {
     const uint64_t size = place.totalSize();
-    if (size > MAX_COPIED) return false;
-    const Space space(place);
-    if (space.merged > size && (growth == 0 || space.isTakenFor(size + growth))) {
-      const Object copies = editedCopy(place, way, edit);
-      const Chunk copy = virtualRoot(copies).firstChild().firstChild();
-      if (copy.totalSize() <= size) return false;
-      growth = copy.totalSize() - size;
-      if (space.isTakenFor(copy.totalSize())) {
-        replace(place, copy);
-        return true;
+    if (size > MAX_COPIED) break;
+    const FreeSpace space(place);
+    if (space.merged > size && (room.growth == 0 || space.isTakenFor(size + room.growth))) {
+      Object copies = editedCopy(place, way, edit);
+      const uint64_t newSize = copyIn(copies).totalSize();
+      if (newSize <= size) break;
+      room.growth = newSize - size;
+      if (space.isTakenFor(newSize)) {
+        room.place = place;
+        room.copies = std::move(copies);
+        break;
       }
     }
     way.push_back(indexOf(place));
   }
-  return false;
+  return room;
+}
+
+// A gap after the chunk that the chunk fills when it grows. Nothing if the chunk does not grow, or
+// if there is free space beside it already.
+std::optional<Gap> gapAfter(const Chunk& chunk, const std::function<Change(const Chunk&)>& edit) {
+  const uint64_t size = chunk.totalSize();
+  if (chunk.isVirtualRoot() || chunk.parent().isVirtualRoot() || size > MAX_COPIED) return {};
+  FreeSpace space(chunk);
+  if (space.merged != size || findRoom(chunk, edit).place) return {};
+  const uint64_t newSize = copyIn(editedCopy(chunk, {}, edit)).totalSize();
+  if (newSize < size + HEADER_SIZE) return {};
+  space.merged = newSize;
+  if (!space.isTakenFor(newSize)) return {};
+  return Gap(chunk, static_cast<uint32_t>(newSize - size));
 }
 
 // The pictures and sound of an AVI are not copied: indexes point at each of them.
@@ -144,9 +166,11 @@ bool isInMovi(Chunk chunk) {
 Change useRoomBeside(const Chunk& chunk, const std::function<Change(const Chunk&)>& edit) {
   Change plain = edit(chunk);
   if (isFree(chunk) || isInMovi(chunk)) return plain;
-  return [=] {
-    if (!editBeside(chunk, edit)) plain();
-  };
+  return {[=] {
+            const Room room = findRoom(chunk, edit);
+            room.place ? replace(room.place, copyIn(room.copies)) : plain();
+          },
+          [=] { return gapAfter(chunk, edit); }};
 }
 
 }  // namespace tool

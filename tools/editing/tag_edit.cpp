@@ -158,6 +158,7 @@ Change setInfo(const Chunk& group, const std::vector<InfoAssignment>& assignment
     }
   }
   if (changes.empty()) return {};
+  if (changes.size() == 1) return changes[0];
   return [changes] {
     for (const Change& change : changes) change();
   };

@@ -18,63 +18,66 @@ namespace tool {
 
 namespace {
 
-constexpr uint64_t BLOCK = 1 << 20;
+constexpr uint64_t AT_ONCE = 1 << 24;  // within the kernel
+constexpr uint64_t BLOCK = 1 << 18;    // through memory
 constexpr mode_t ALL_BITS = 07777;
 constexpr mode_t PERMISSION_BITS = 0777;
 
-// Copies a range within the kernel and returns how many bytes it copied, 0 if the call fails. The
-// caller then copies through memory, which works between any two files and says which one fails.
+// Copies a range within the kernel, to the same offsets, and returns how many bytes it copied, 0 if
+// the call fails. The caller then copies through memory, which works between any two files and says
+// which one fails.
 uint64_t copyInSystem(const File& source, const File& copy, uint64_t begin, uint64_t end) {
   auto from = static_cast<off_t>(begin);
   auto to = from;
   const ssize_t count = ::copy_file_range(source.descriptor(), &from, copy.descriptor(), &to,
-                                          std::min(end - begin, 16 * BLOCK), 0);
+                                          std::min(end - begin, AT_ONCE), 0);
   return count > 0 ? static_cast<uint64_t>(count) : 0;
 }
 
 class Copier {
  public:
   Copier(const File& source, const File& copy, uint64_t size)
-      : source(source), copy(copy), size(size), progress("copying " + source.name(), size) {}
+      : source(source), copy(copy), progress("copying " + source.name(), size) {}
 
-  void run() {
-    copy.resize(size);  // what is not written is a hole
-    for (uint64_t at = nextData(0); at < size;) {
-      const uint64_t end = endOfData(at);
-      while (at < end) {
-        at += copyPiece(at, end);
+  // Copies a range to offsets that are larger by `shift`.
+  void run(uint64_t begin, uint64_t end, uint64_t shift) {
+    for (uint64_t at = nextData(begin, end); at < end;) {
+      const uint64_t endOfPiece = endOfData(at, end);
+      while (at < endOfPiece) {
+        at += copyPiece(at, endOfPiece, shift);
         progress.at(at);
       }
-      at = nextData(at);
+      at = nextData(at, end);
     }
   }
 
  private:
-  uint64_t nextData(uint64_t offset) const {
-    return offset < size ? std::min(source.nextData(offset), size) : size;
+  uint64_t nextData(uint64_t offset, uint64_t end) const {
+    return offset < end ? std::min(source.nextData(offset), end) : end;
   }
 
-  uint64_t endOfData(uint64_t offset) const {
+  uint64_t endOfData(uint64_t offset, uint64_t end) const {
     const off_t hole = ::lseek(source.descriptor(), static_cast<off_t>(offset), SEEK_HOLE);
     // The call fails if the file was cut before this offset meanwhile. copyPiece() reports that.
-    return hole > static_cast<off_t>(offset) ? std::min(static_cast<uint64_t>(hole), size) : size;
+    return hole > static_cast<off_t>(offset) ? std::min(static_cast<uint64_t>(hole), end) : end;
   }
 
-  uint64_t copyPiece(uint64_t begin, uint64_t end) {
-    if (inSystem) {
+  uint64_t copyPiece(uint64_t begin, uint64_t end, uint64_t shift) {
+    if (inSystem && shift == 0) {
       if (const uint64_t count = copyInSystem(source, copy, begin, end); count > 0) return count;
       inSystem = errno == EINTR;
     }
-    const uint64_t count = std::min(end - begin, BLOCK);
+    // Within the kernel, copying to other offsets is slower than this. Writes of whole blocks at
+    // their multiples are the fastest.
+    const uint64_t count = std::min(end - begin, BLOCK - (begin + shift) % BLOCK);
     block.resize(BLOCK);
     source.readAll(block.data(), count, begin);
-    copy.writeAt(block.data(), count, begin);
+    copy.writeAt(block.data(), count, begin + shift);
     return count;
   }
 
   const File& source;
   const File& copy;
-  uint64_t size;
   Progress progress;
   bool inSystem = true;
   std::vector<char> block;
@@ -126,11 +129,14 @@ void setMode(const File& file, mode_t mode) {
 
 }  // namespace
 
-void copyBytes(const File& source, const File& copy, uint64_t size) {
-  if (::ioctl(copy.descriptor(), FICLONE, source.descriptor()) == 0) {
+void copyBytes(const File& source, const File& copy, uint64_t size, Space space) {
+  if (space.size == 0 && ::ioctl(copy.descriptor(), FICLONE, source.descriptor()) == 0) {
     if (copy.size() == size) return;
   }
-  Copier(source, copy, size).run();
+  copy.resize(size + space.size);  // what is not written is a hole
+  Copier copier(source, copy, size);
+  copier.run(0, space.offset, 0);
+  copier.run(space.offset, size, space.size);
 }
 
 void copyOwner(const File& source, const File& copy) {

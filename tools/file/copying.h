@@ -6,9 +6,16 @@
 
 namespace tool {
 
+// Bytes that a copy has in addition. They are zeros.
+struct Space {
+  uint64_t offset = 0;
+  uint64_t size = 0;
+};
+
 // Copies the first `size` bytes of a file to an empty one: by sharing its blocks if the file
-// system can, otherwise within the kernel, otherwise through memory. Holes stay holes.
-void copyBytes(const File& source, const File& copy, uint64_t size);
+// system can, otherwise within the kernel, otherwise through memory. Holes stay holes. With a
+// space, no blocks are shared. The space is before the byte that had its offset in the source.
+void copyBytes(const File& source, const File& copy, uint64_t size, Space space = {});
 
 // Gives a file the owner and group of another. Throws Failure if it may not.
 void copyOwner(const File& source, const File& copy);

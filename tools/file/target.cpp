@@ -11,7 +11,6 @@
 #include "app/errors.h"
 #include "app/progress.h"
 #include "app/signals.h"
-#include "file/copying.h"
 #include "file/new_file.h"
 
 namespace tool {
@@ -21,9 +20,9 @@ namespace {
 // A copy of the original, edited under a temporary name.
 class Copied : public Target {
  public:
-  Copied(const Original& original, const std::string& path, const File* replaced)
+  Copied(const Original& original, const std::string& path, const File* replaced, Space space)
       : original(original), copy(path, replaced) {
-    copyBytes(original.get(), copy.get(), original.size());
+    copyBytes(original.get(), copy.get(), original.size(), space);
   }
 
   const File& file() const override { return copy.get(); }
@@ -46,8 +45,8 @@ class Copied : public Target {
 // The same, for another name.
 class CopiedTo : private Output, public Copied {
  public:
-  CopiedTo(const Original& original, const std::string& name, bool mayReplace)
-      : Output(name, mayReplace), Copied(original, Output::path, replaced()) {}
+  CopiedTo(const Original& original, const std::string& name, bool mayReplace, Space space)
+      : Output(name, mayReplace), Copied(original, Output::path, replaced(), space) {}
 };
 
 class InPlace : public Target {
@@ -145,7 +144,7 @@ bool isInWritableFolder(const std::string& path) {
 
 }  // namespace
 
-std::unique_ptr<Target> replaceOriginal(const Original& original) {
+std::unique_ptr<Target> replaceOriginal(const Original& original, Space space) {
   constexpr const char* OFFER = "; --in-place edits the file itself";
   constexpr const char* OTHER_OFFER =
       "; -o can write the result to another folder (--in-place would have to create a marker file "
@@ -156,7 +155,7 @@ std::unique_ptr<Target> replaceOriginal(const Original& original) {
                       " names (hard links), and a new file would get only one of them" + OFFER);
   }
   try {
-    return std::make_unique<Copied>(original, original.path(), &original.get());
+    return std::make_unique<Copied>(original, original.path(), &original.get(), space);
   } catch (const Failure& failure) {
     throw Failure(failure.what() + ("; " + original.name() + " is unchanged") +
                   (isInWritableFolder(original.path()) ? OFFER : OTHER_OFFER));
@@ -164,9 +163,9 @@ std::unique_ptr<Target> replaceOriginal(const Original& original) {
 }
 
 std::unique_ptr<Target> writeOutput(const Original& original, const std::string& output,
-                                    bool mayReplace) {
+                                    bool mayReplace, Space space) {
   if (isSameFile(original.path(), output)) throw UsageError("the output is the file itself");
-  return std::make_unique<CopiedTo>(original, output, mayReplace);
+  return std::make_unique<CopiedTo>(original, output, mayReplace, space);
 }
 
 std::unique_ptr<Target> editInPlace(const Original& original, uint64_t room,

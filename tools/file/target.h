@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "file/copying.h"
 #include "file/original.h"
 
 namespace tool {
@@ -21,7 +22,7 @@ class Target {
   // Undoes what is not finished: removes the new file.
   virtual ~Target() = default;
 
-  // Open for reading and writing; holds the original's bytes.
+  // Open for reading and writing; holds the original's bytes, and the space in a copy.
   virtual const File& file() const = 0;
   // A name under which the library can open the same file, until finish().
   virtual const std::string& path() const = 0;
@@ -34,15 +35,15 @@ class Target {
 };
 
 // The three ways. Each first makes its copy or reserves disk space, and throws Failure with the
-// reason if it cannot. The original has to outlive the target.
+// reason if it cannot. A copy has the space in addition. The original has to outlive the target.
 
 // A new file in the original's folder. It replaces the original and gets its name, permissions,
 // owner and attributes.
-std::unique_ptr<Target> replaceOriginal(const Original& original);
+std::unique_ptr<Target> replaceOriginal(const Original& original, Space space);
 
 // Another file. If it exists, mayReplace has to be true; the new file gets its permissions.
 std::unique_ptr<Target> writeOutput(const Original& original, const std::string& output,
-                                    bool mayReplace);
+                                    bool mayReplace, Space space = {});
 
 // The original itself, with space for `room` more bytes; `what` names the edit in the marker.
 // Signals wait until the target is destroyed.
