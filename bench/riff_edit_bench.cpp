@@ -345,9 +345,9 @@ void replaceInFile(benchmark::State& state) {
   velmor_core_riff_close(object);
 }
 
-// How the time of an edit grows with the number of free chunks. The tree has n chunks and n data
-// chunks between them. The peer makes as many of these edits in smaller trees, of
-// 2,500 chunks.
+// How the time of an edit grows with the number of free chunks. The tree has n chunks that the
+// edits use: free chunks to fill, or data chunks to recycle. After each of them lies a small data
+// chunk. The peer makes as many of these edits in smaller trees, with 2,500 such chunks each.
 enum Sizes { EQUAL, RANDOM };
 enum Edits { FILL_EXACTLY, RECYCLE };
 constexpr uint32_t FEW = 2'500;

@@ -47,9 +47,9 @@ void readLeaf7(CpuFeatures& features, const CpuidResult& leaf, const CpuidResult
   features.avx512bf16 = bit(subleaf1.eax, 5);
 }
 
-// Clears the features whose registers the operating system does not save on a task switch. Of
-// AVX-512 these are avx512f, avx512bw and avx512dq. The others stay as the processor reports them:
-// none of them can be used without avx512f.
+// Clears the features whose registers the operating system does not save on a task switch. Of the
+// AVX-512 flags, only avx512f, avx512bw and avx512dq are cleared. The others stay as the processor
+// reports them: none of them can be used without avx512f.
 void applySystemSupport(CpuFeatures& features, bool ymm, bool zmm) {
   if (!ymm) {
     features.avx = false;
@@ -70,8 +70,9 @@ class ThisProcessor final : public Processor {
     __cpuid_count(leaf, subleaf, result.eax, result.ebx, result.ecx, result.edx);
     return result;
   }
-  // Assembly, because the compiler's intrinsic would need the whole file to be built for XSAVE.
-  // Volatile, because the operating system may change the register between two calls.
+  // Inline assembly, because the compiler's intrinsic would need a target attribute for XSAVE.
+  // Volatile, so that the compiler does not run it before the check of OSXSAVE: without OSXSAVE it
+  // raises a fault.
   uint32_t xgetbv() const override {
     uint32_t low = 0;
     uint32_t high = 0;

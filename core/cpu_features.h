@@ -49,7 +49,7 @@ struct CpuidResult {
   uint32_t edx = 0;
 };
 
-// The two instructions that detection uses. Tests replace them with recorded processors.
+// The two instructions that detection uses. Tests derive simulated processors from this class.
 class Processor {
  public:
   virtual ~Processor() = default;
@@ -62,8 +62,10 @@ class Processor {
 // The processor that runs this code.
 const Processor& getThisProcessor();
 
-// Returns `known` with the processor's features in it. The flags of a leaf that the processor does
-// not have (leaf 1 or leaf 7) stay as they are.
+// Returns `known` with the processor's features in it. If the processor lacks leaf 1, all flags
+// stay as they are. If it has leaf 1 but not leaf 7, the flags of leaf 7 stay as they are, with one
+// exception: avx2, avx512f, avx512bw and avx512dq are cleared if the system does not save their
+// registers.
 CpuFeatures detectCpuFeatures(CpuFeatures known, const Processor& processor);
 
 // Detects the features of the processor that runs this code and stores them in cpuFeatures.

@@ -1,4 +1,4 @@
-// The four byte operations as system calls.
+// resize(), read(), write() and move() as system calls.
 
 #include "riff/file_object.h"
 

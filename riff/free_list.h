@@ -73,8 +73,8 @@ class FreeList {
     restoreOrder(chunk, oldRank);
   }
   // Sorts the list after a run of append(). The result is as if each append() had sorted. In the
-  // list of the virtual root, the last chunk appended stays last, whatever its size: it was the
-  // trailing chunk when it was attached.
+  // list of the virtual root, the last chunk appended stays last, whatever its size: its own
+  // append() would have put it last, as the trailing chunk, and no other append() follows.
   void sortAppended();
   // To be called when an entry gets another size, or another chunk becomes the trailing one, and
   // the list is not sorted at once.

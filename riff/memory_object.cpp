@@ -1,4 +1,4 @@
-// The four byte operations on a buffer, each with its range check.
+// resize(), read(), write() and move() on a buffer, each with its range check.
 
 #include "riff/memory_object.h"
 

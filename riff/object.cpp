@@ -72,10 +72,10 @@ void Object::loadChunks(const std::byte* bytes) {
   loading = nullptr;
 }
 
-// A group is complete when a child ends exactly where the group ends. If none does, the chunks
-// after the group are read as its children too, until a header lies outside the object and loading
-// fails. The file decides how deep groups nest, so this does not recurse: the parent links lead
-// back up.
+// A group is complete when a child ends exactly where the group ends. An empty group is complete
+// after its header. If no child ends there, the chunks after the group are read as its children
+// too, until a header lies outside the object and loading fails. The file decides how deep groups
+// nest, so this does not recurse: the parent links lead back up.
 ChunkPointer Object::loadChunk(uint64_t& offset, GroupChunk& parent) {
   ChunkPointer top;
   GroupChunk* open = &parent;
@@ -147,8 +147,8 @@ void Object::grow(uint64_t delta) {
 // If it is null, all chunks inside group move. This case does not recurse, since the file decides
 // how deep groups nest.
 //
-// In the first case, the children come from their arrays, not along the next links. Then the
-// processor fetches many nodes at once, because it finds each without reading the one before.
+// The second loop takes the children of each group from its array and not along the next links. So
+// the processor fetches many nodes at once, because it finds each without reading the one before.
 void Object::shiftOffsets(GroupChunk* group, int64_t delta, const Chunk* after) {
   if (!after) {
     for (Chunk* c = group->getChild(0); c; c = nextInside(*group, *c)) c->offset += delta;

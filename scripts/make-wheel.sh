@@ -11,5 +11,5 @@ mkdir "$work/velmor_core"
 cp "$source"/python/{pyproject.toml,setup.py} "$work"
 cp "$source"/python/velmor_core/{*.py,py.typed} "$work/velmor_core"
 cp -L "$library" "$work/velmor_core/libvelmor-core.so.0"
-# Debian's Python has the setuptools that Debian packages.
+# Uses Debian's Python: the package python3-setuptools installs setuptools only for that one.
 /usr/bin/python3 -m pip wheel -q --no-index --no-deps --no-build-isolation -w "$folder" "$work"

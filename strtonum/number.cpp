@@ -169,8 +169,9 @@ struct Exponent {
   uint64_t magnitude = 0;
   const char* last = appendDigits(digits, magnitude);
   if (last - digits >= MAX_DIGITS) {
-    // The limit is larger than the length of any text, so it does not change a result. It is so
-    // small that sums with it do not overflow. An exponent of fewer digits is below the limit.
+    // No text has enough digits to balance an exponent as large as the limit. So every exponent
+    // from the limit on gives the same result: infinity or 0. The limit is so small that sums with
+    // it do not overflow. An exponent of fewer digits is below the limit.
     constexpr uint64_t LIMIT = uint64_t{1} << 62;
     magnitude = std::min(saturate(digits, last, magnitude), LIMIT);
   }
@@ -179,8 +180,8 @@ struct Exponent {
 }
 
 // "1.", "1.5", "1.5e-3", "1.5k", "4.5da". An exponent or prefix needs a digit after the point.
-// digits is the integer before the point, modulo 2^64. Not inlined, so that it saves only the
-// registers that it needs.
+// digits is the integer before the point, modulo 2^64. Not inlined: a separate function saves only
+// the registers that it uses itself.
 [[gnu::noinline]] Value readDecimal(const char* text, const char* point, uint64_t digits) {
   const char* last = appendDigits(point + 1, digits);
   const std::ptrdiff_t count = last - text - 1;

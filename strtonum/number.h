@@ -33,9 +33,9 @@ inline double constantValue(uint64_t integer) {
   return static_cast<double>(static_cast<int64_t>(integer));
 }
 
-// The value of a part of a text in a calculation. It is no std::optional, though functions return
-// both kinds in two registers: g++ first stores the two parts of an optional separately and then
-// loads them together. This load has to wait for both stores.
+// The value of a part of a text in a calculation. It is not a std::optional<double>. A function
+// returns either type in two registers. But for an optional, g++ first stores the two parts
+// separately and then loads them together. This load has to wait for both stores.
 struct Value {
   const char* end;  // directly after the part
   double value;

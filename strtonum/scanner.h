@@ -41,7 +41,7 @@ class Scanner : public StrToNumFlexLexer {
   // The generated scanner ends at two NULs: one is the text's last character, one the string's own.
   std::string text;
   std::unique_ptr<yy_buffer_state> state;
-  yy_buffer_state* stack;  // the generated scanner's stack of buffers, which holds only state
+  yy_buffer_state* stack;  // the generated scanner's stack of buffers; its only entry is `state`
 };
 
 }  // namespace StrToNum

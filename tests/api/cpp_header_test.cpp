@@ -158,7 +158,7 @@ std::string errorOf(Call call) {
   }
 }
 
-TEST(CppHeader, FailuresThrowStatusAndReasonOrNothing) {
+TEST(CppHeader, FailuresThrowStatusAndReasonUnlessNothrow) {
   EXPECT_EQ(errorOf([] { (void)Object::openFile("/nonexistent"); }),
             "-1 the file cannot be read as RIFF chunks");
   EXPECT_FALSE(Object::openFile(std::string("/dev/null\0x", 11), Mode::ReadOnly, std::nothrow));

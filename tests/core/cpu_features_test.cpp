@@ -35,7 +35,7 @@ class RecordedProcessor : public Processor {
 constexpr uint32_t OSXSAVE = 1U << 27;
 constexpr uint32_t ALL = 0xFFFF'FFFF;
 
-// A processor with every bit set, on a system that saves the registers in `xcr0`.
+// A processor with every bit set. The system saves the registers whose bits are set in `xcr0`.
 RecordedProcessor fullProcessor(uint32_t highestLeaf, uint32_t xcr0) {
   RecordedProcessor processor;
   processor.xcr0 = xcr0;

@@ -17,7 +17,7 @@ using Digest = std::function<void(const Bytes& message, std::span<uint8_t> diges
 
 // Joins the digests of messages of 0 to 300 bytes and takes the digest of that. The expected digest
 // is what sha256sum gives for the same bytes.
-void expectPublishedDigests(const Digest& digest) {
+void expectDigestsOfSha256sum(const Digest& digest) {
   Bytes joined, last(34, 0xEE);
   for (size_t size = 0; size <= 300; ++size) {
     Bytes message(size);
@@ -50,14 +50,14 @@ Digest inPieces(Sha256Compress compress) {
   };
 }
 
-TEST(Sha256Test, GivesThePublishedDigests) {
-  expectPublishedDigests([](const Bytes& message, std::span<uint8_t> digest) {
+TEST(Sha256Test, GivesTheDigestsOfSha256sum) {
+  expectDigestsOfSha256sum([](const Bytes& message, std::span<uint8_t> digest) {
     velmor_core_hash_sha256(message.data(), message.size(), digest.data());
   });
-  expectPublishedDigests(inPieces(compressSha256Portable));
+  expectDigestsOfSha256sum(inPieces(compressSha256Portable));
   if (!hasShaExtensions(getThisProcessor())) GTEST_SKIP() << "no SHA extensions here";
   EXPECT_EQ(getSha256Compress(), compressSha256ShaNi);
-  expectPublishedDigests(inPieces(compressSha256ShaNi));
+  expectDigestsOfSha256sum(inPieces(compressSha256ShaNi));
 }
 
 TEST(Sha256LengthTest, CarriesThroughAllDigits) {

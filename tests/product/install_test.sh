@@ -34,7 +34,7 @@ strict='-Wall -Wextra -Wpedantic -Wconversion -Werror'
   $(pkg-config --cflags --libs velmor-core) -o "$work/no_exceptions"
 "$work/no_exceptions"
 
-check() { # LANGUAGE COMPILER FLAG… of $header alone
+check() { # LANGUAGE COMPILER FLAG…: compiles $header alone
   echo "#include <velmor_core/$(basename "$header")>" >"$work/alone.$1"
   # shellcheck disable=SC2086
   "${@:2}" $strict -I"$prefix/include" -fsyntax-only "$work/alone.$1"
@@ -47,7 +47,7 @@ for header in "$prefix"/include/velmor_core/*.hpp; do
   check cpp "$cxx" -std=c++17 -Wold-style-cast
   check cpp "$cxx" -std=c++20 -Wold-style-cast -fno-exceptions
   if check cpp "$cxx" -std=c++14 2>"$work/errors" || [ "$(grep -c error: "$work/errors")" != 1 ]; then
-    echo "$header: not one error line below C++17" >&2
+    echo "$header: has to give exactly one error line below C++17" >&2
     exit 1
   fi
 done

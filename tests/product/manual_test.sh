@@ -26,8 +26,8 @@ for text in 'bytes to copy, 0 allowed' 'out of reach. Nothing is cached' 'buffer
   grep -qE "$text" <<<"$page" || fail "velmor_core_riff_chunk_get_data does not tell: $text"
 done
 
-# Programs keep their backslashes.
-grep -qF 'are left\en"' pages/man7/velmor-core-handles.7 || fail "a program lost its backslashes"
+# The program listings in man pages keep their backslashes.
+grep -qF 'are left\en"' pages/man7/velmor-core-handles.7 || fail "a listing lost its backslashes"
 
 cd html
 for page in *.html; do

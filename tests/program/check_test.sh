@@ -20,7 +20,7 @@ finds() {
   expect_equal "findings in $file" "$expected" "$(<err)"
 }
 
-# repairs FILE [OPTION...]: into the file "repaired", in which check finds nothing; sets `said`
+# repairs FILE [OPTION...]: into "repaired", where check finds at most a missing index; sets `said`
 repairs() {
   rm -f repaired
   said=$("$program" repair "$@" -o repaired 2>&1) || fail "repair of $1: $said"
@@ -81,7 +81,7 @@ streams_get_their_sizes() {
   done
 }
 
-# Each row: a file, a command that damages it as "f", a word for what repair does, a finding.
+# Each row: a file, a command that damages its copy "f", a word for what repair does, a finding.
 each_damage_is_named() {
   poke() { bytes "${@:2}" | dd of=f bs=1 seek="$1" conv=notrunc status=none; }
   cut() { truncate -s "$1" f; }

@@ -1,4 +1,5 @@
-# Edits of many chunks, of missing chunks and several at once. See ../support/shell.sh for the arguments.
+# Edits of many chunks, edits that make missing chunks, and several edits at once. See
+# ../support/shell.sh for the arguments.
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 # becomes NAMES ARGUMENT...: the command on "file" leaves these chunks, as "NAME SIZE"; so does its dry run.

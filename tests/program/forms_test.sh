@@ -54,7 +54,7 @@ webp_header_agrees_with_the_chunks() {
       webpmux -get "${name%p}$([[ $id == XMP ]] && echo p)" $file -o got 2>out
       cmp got $id || fail "webpmux -get $id $file"
     done
-    for id in EXIF ICCP XMP ''; do # as long as there are some, and without the last one
+    for id in EXIF ICCP XMP ''; do # checks before each removal, and after the last one
       expect_equal "webpinfo $file" "No error detected." "$(webpinfo -diag $file | grep -iE "error|warning")"
       expect_equal "pictures of $file" "$before" "$(pictures $file)"
       sound $file
@@ -62,7 +62,8 @@ webp_header_agrees_with_the_chunks() {
     done
     webpmux -info $file | grep "Features present: .*metadata" && fail "features of $file"
   done
-  # Edits of something else leave a header that is wrong. Reserved bits always stay.
+  # An edit that changes nothing that the header describes does not correct a wrong header. A
+  # correction keeps the reserved bits.
   printf '\x3d\x2a\x2b\x2c\x09\0\0\x09\0\0' >header
   edit set alpha.webp RIFF/VP8X @header
   edit add alpha.webp RIFF/note "unknown"
@@ -83,7 +84,7 @@ avi_indexes_follow_the_frames() {
       python3 "${BASH_SOURCE%/*}/../support/make_avi.py" clip.avi $kind.avi $kind || fail $kind
     while read -ra way; do
       cp $kind.avi old.avi
-      if [[ ${way[*]} == *movi* ]]; then # frames before and after it move differently
+      if [[ ${way[*]} == *movi* ]]; then # makes free space: its removal moves only later frames
         edit recycle old.avi "RIFF:AVI/LIST:movi/01wb[2]"
         [[ $(<err) == *": warning: this edit removes frames that the index lists, "* ]] || fail "$(<err)"
       fi
@@ -103,7 +104,7 @@ END
     expect_equal "$kind: edit" "$before" "$(readings old.avi)"
     sound old.avi
   done
-  edit remove old.avi RIFF:AVIX # its indexes leave the index of indexes
+  edit remove old.avi RIFF:AVIX # also removes the entries for its indexes from indx
   sound old.avi
 }
 

@@ -1,7 +1,7 @@
 # The habits of the command line: options, several files at the same time, completion, examples.
 source "${BASH_SOURCE[0]%/*}/../support/shell.sh"
 
-# offers CANDIDATES WORD...: the words without their descriptions
+# offers CANDIDATES WORD...: after WORD..., completion offers CANDIDATES; ignores descriptions
 offers() { expect_equal "after ${*:2}" "$1" "$("$program" complete "${@:2}" | cut -f1 | xargs -d'\n')"; }
 
 # What bash would insert for the last word of a line.
@@ -54,17 +54,18 @@ options_and_paths_take_every_usual_form() {
   "$program" set --output=new.wav tagged.wav /RIFF/LIST/INAM/ x || fail "--output"
   "$program" set --force -onew.wav tagged.wav RIFF/LIST/INAM y || fail "-oFILE"
   expect_equal value y "$("$program" extract new.wav RIFF/LIST/INAM | tr -d '\0')"
-  # wrong LAST_WORDS WORD...
+  # wrong COMMAND WORD...: the words are refused with status 2, and the message names the help of
+  # COMMAND ("" for the general help).
   wrong() {
     "$program" "${@:2}" >out 2>err
     expect_equal "status of ${*:2}" 2 $?
-    [[ $(<err) == *"\"velmor-core $1--help\" explains the usage." ]] || fail "$(<err)"
+    [[ $(<err) == *"\"velmor-core ${1:+$1 }--help\" explains the usage." ]] || fail "$(<err)"
   }
-  wrong "set " set tagged.wav
-  wrong "tree " tree --json=yes tagged.wav
-  wrong "check " check -j
-  wrong "check " check --jobs=65 tagged.wav
-  wrong "check " check --quiet --json tagged.wav
+  wrong set set tagged.wav
+  wrong tree tree --json=yes tagged.wav
+  wrong check check -j
+  wrong check check --jobs=65 tagged.wav
+  wrong check check --quiet --json tagged.wav
   wrong "" help set tree
   wrong "" paint
 }
@@ -113,7 +114,7 @@ completion_reads_the_file() {
   offers "" set gone RIFF
   "$program" complete repair tagged.wav ""
   expect_equal "files are left to the shell" 1 $?
-  # A group with so many chunks that completion must not offer each of them: one step covers them all.
+  # Completion must not offer each of so many chunks. It offers one candidate for all: "RIFF/abcd[".
   { printf 'RIFF\xf0\xff\xff\x7fWAVE' && yes 'abcd    ' | tr -d '\n' | tr ' ' '\0' | head -c 100000; } >many
   truncate -s 2G many
   offers "RIFF/abcd[" extract many RIFF/ab

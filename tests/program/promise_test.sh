@@ -42,7 +42,7 @@ survives() {
       status=$?
       [[ -e fired ]] || break
       is_in_order $how $status || fail "$* with $how at call $at: status $status, $(<err)"
-      if cmp -s f old && [[ ! -e f.velmor-core-edit ]]; then # nothing left is in the way
+      if cmp -s f old && [[ ! -e f.velmor-core-edit ]]; then # what is left allows a second edit
         "$program" "$1" f "${@:2}" >out || fail "second $* after $how at call $at"
         cmp -s f new || fail "result of the second $* after $how at call $at"
         [[ -e f.velmor-core-new ]] && fail "leftover of $* after $how at call $at"
@@ -67,7 +67,7 @@ edits_survive_every_fault() {
   survives edit -e "remove RIFF/LIST/ICMT RIFF/LIST/IART" -e "set --add RIFF/LIST:new/note 'A longer text'"
   survives strip
   survives tag title=New comment= genre=Rock originator=Me loudness=-23
-  cp "$data/card.webp" old # with the header that it needs then
+  cp "$data/card.webp" old # adding XMP also adds the VP8X header
   survives add RIFF/XMP "<x/>"
 }
 

@@ -114,10 +114,7 @@ webp() {
   edit add RIFF:WEBP/note "A chunk that nobody knows"
   edit recycle RIFF:WEBP/note
   edit remove RIFF:WEBP/JUNK
-  # The header has a flag for XMP (4). Without XMP the flag has to be cleared: 0x14 becomes 0x10.
-  { printf '\x10' && "$program" extract "$file" RIFF:WEBP/VP8X | tail -c +2; } >header
-  "$program" recycle "$file" RIFF:WEBP/XMP || fail recycle
-  edit set RIFF:WEBP/VP8X @header
+  edit recycle RIFF:WEBP/XMP # also clears the flag for XMP in VP8X
   edit remove RIFF:WEBP/JUNK
 }
 

@@ -1,4 +1,4 @@
-# What velmor-core prints, what it changes and what it does not change. See support/shell.sh for the arguments.
+# What velmor-core prints, changes and leaves as it is. See support/shell.sh for the arguments.
 source "${BASH_SOURCE%/*}/../support/shell.sh"
 
 # Prints "LEVEL NAME SIZE" for each chunk of a sound file; knows nothing of the program under test.

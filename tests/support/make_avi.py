@@ -17,7 +17,7 @@ def children(data):
 
 
 def movi(offset, frames):
-    """The bytes of LIST:movi at an offset in the file, its ix chunks as (offset, size), and idx1."""
+    """LIST:movi at offset; each ix as (offset, size, count); each frame as (id, offset, size)."""
     body, entries = b"movi", []
     for name, data in frames:
         entries.append((name, offset + 8 + len(body), len(data)))

@@ -25,8 +25,8 @@ using Chunk = velmor_core_riff_chunk_t;
 uint32_t idOf(std::string_view text);
 void append32(Bytes& bytes, uint32_t value);  // little-endian
 
-// The bytes of a picture. The data bytes count up through the whole picture, so moved data differs
-// from unmoved data. Pad bytes are 0xEE.
+// The bytes of a picture. The data bytes count up with their position in the group, so moved data
+// differs from unmoved data. Pad bytes are 0xEE.
 Bytes bytesOf(std::string_view picture);
 
 // The picture of all chunks of an object.
