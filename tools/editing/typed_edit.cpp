@@ -178,7 +178,7 @@ class DropEdit : public TypedEdit {
   };
 
   // The chunks of all paths in the order of their bytes. Throws Failure if two paths name the same
-  // chunk, or one a chunk that lies in another.
+  // chunk, or if one path names a chunk that lies in a chunk of another path.
   std::vector<PlacedChunk> find(const Chunk& virtualRoot) const {
     std::vector<Found> all;
     for (const ChunkPath& path : paths) {
