@@ -95,7 +95,8 @@ The last step of PATH names the new chunk; the steps before it name its group. T
 space (JUNK) of the group if it fits there, and is appended to the group otherwise. A group that
 becomes longer uses the free space beside it, if that is enough. If the last step has a group id, an
 empty group is appended, and no value is given. If the group already has a chunk of the same name, a
-note says how many it has now. See "velmor-core set --help" for values and the other options.
+note says how many there are with the new one. See "velmor-core set --help" for values and the other
+options.
 
 --top   add the chunk at the top of the file. If the file has one RIFF group, this option is needed
         for a chunk beside it, because programs look for chunks in the RIFF group. A further RIFF

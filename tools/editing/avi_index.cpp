@@ -341,8 +341,8 @@ void AviIndexes::warn(std::vector<std::string>& warnings) const {
                        counted(removed, "entry", "entries") + " of the index");
   }
   if (outOfReach > 0) {
-    warnings.push_back(counted(outOfReach, "entry", "entries") +
-                       " of the index cannot hold the new offset and are wrong now");
+    warnings.push_back("this edit makes " + counted(outOfReach, "entry", "entries") +
+                       " of the index wrong, because the new offset does not fit");
   }
 }
 

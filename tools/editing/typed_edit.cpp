@@ -39,10 +39,10 @@ void requireInRiff(const Chunk& virtualRoot, const ChunkPath& path) {
                 ", or --top if it belongs there");
 }
 
-// A file's name as a text is most likely meant as @FILE.
+// If a typed text is the name of a file, the user most likely meant @FILE.
 std::string noteOn(const Value& value, const std::string& word) {
   if (!value.namesFile()) return "";
-  return "the text \"" + word + "\" is stored; @" + word + " stands for the bytes of that file";
+  return "the value is the text \"" + word + "\"; @" + word + " stands for the bytes of that file";
 }
 
 class SetEdit : public TypedEdit {
@@ -140,8 +140,8 @@ class AddEdit : public TypedEdit {
   }
 
   std::string twins(const Chunk& group, uint64_t count) const {
-    return (group.isVirtualRoot() ? "the file" : group.name()) + " now has " +
-           std::to_string(count) + " chunks " + path.last().text;
+    return "with the new one, there are " + std::to_string(count) + " chunks " + path.last().text +
+           (group.isVirtualRoot() ? " at the top level" : " in " + group.name());
   }
 
   ChunkPath path;
