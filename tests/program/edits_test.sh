@@ -69,7 +69,7 @@ several_chunks_go_at_once() {
   refuses 2 "[*] names all that fit, and one chunk is needed here" set 'RIFF/b[*]' v
   becomes "RIFF:test 64 a 3 c 3 b 3 LIST:A 4 LIST:B 4" remove 'RIFF/b[1]' 'RIFF/b[3]'
   "$program" add file RIFF/LIST:A/x 12 && "$program" add file RIFF/LIST:B/x 1
-  refuses 1 "RIFF/LIST[*]/x names a chunk in one that RIFF/LIST:B names" recycle 'RIFF/LIST[*]/x' RIFF/LIST:B
+  refuses 1 "RIFF/LIST[*]/x names a chunk that lies inside a chunk that RIFF/LIST:B names" recycle 'RIFF/LIST[*]/x' RIFF/LIST:B
   cp file all
   becomes "RIFF:test 52 c 3 b 3 LIST:A 4 LIST:B 4" remove 'RIFF/LIST[*]/x' RIFF/a
   cp all file

@@ -48,8 +48,8 @@ std::string details(const Difference& difference) {
       std::to_string(a.chunk.offset) + " to " + std::to_string(b.chunk.offset);
   if (difference.kind == Difference::MOVED) return "from " + places;
   if (difference.differsAt) {
-    return sizeAndPlace(a) + " and " + std::to_string(b.chunk.offset) +
-           ", different from data byte " + std::to_string(*difference.differsAt) + " on";
+    return sizeAndPlace(a) + " and " + std::to_string(b.chunk.offset) + "; data byte " +
+           std::to_string(*difference.differsAt) + " is the first that differs";
   }
   if (sizeOf(a) == sizeOf(b)) return sizeAndPlace(a) + ", cut short in one file";
   return "from " + sizeAndPlace(a) + " to " + sizeAndPlace(b);

@@ -199,8 +199,8 @@ class DropEdit : public TypedEdit {
     if (outer.chunk == inner.chunk) {
       throw Failure(outer.path->text() + " and " + inner.path->text() + " name the same chunk");
     }
-    throw Failure(inner.path->text() + " names a chunk in one that " + outer.path->text() +
-                  " names");
+    throw Failure(inner.path->text() + " names a chunk that lies inside a chunk that " +
+                  outer.path->text() + " names");
   }
 
   bool recycles;
