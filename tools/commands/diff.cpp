@@ -136,11 +136,11 @@ shows one difference:
             that differs, counted from 0
   moved     its place among the other chunks of its group is not the same in both files
 
-Sizes are those of the data, offsets those of the header in each file. Other offsets, other pad
-bytes and the sizes of groups are no differences by themselves. A group that is only in one file is
-one line, without the chunks in it. Runs of zeros and other bytes that are no chunk are compared
-too. If the sizes of two chunks differ, their data is usually not read. Holes of sparse files are
-skipped.
+Sizes are those of the data, offsets those of the header in each file. Different offsets, different
+pad bytes and different sizes of groups do not count as differences by themselves. A group that is
+only in one file is one line, without the chunks in it. Runs of zeros and other bytes that are no
+chunk are compared too. If the sizes of two chunks differ, their data is usually not read. Large
+holes that both files have at the same place in a chunk are skipped.
 
 --quiet   print nothing, and stop at the first difference
 --any     compare any files, even those that are no RIFF files, as if they were made of chunks

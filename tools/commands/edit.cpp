@@ -58,8 +58,9 @@ that another program keeps open to write to it, such as a recorder. After the ed
 still writes to the old file, which no longer has a name.
 
 --add        make the chunk if it is missing, and the groups of PATH that are missing. Such a group
-             needs its group id, as in LIST:INFO, and no step may have a number. New chunks fill
-             free space (JUNK) if they fit there, and are appended to their group otherwise.
+             needs its group id, as in LIST:INFO. A step for a missing chunk or group may not have a
+             number. New chunks fill free space (JUNK) if they fit there, and are appended to their
+             group otherwise.
 --top        with --add: the first step of PATH may be made at the top of the file, beside the RIFF
              group
 --dry-run    show the tree as it would be; nothing is written
