@@ -47,6 +47,8 @@ map_is_a_picture_of_bounded_size() {
   take clip.avi
   "$program" map many -o many.svg && "$program" map clip.avi -o 'a&<b.svg' || fail "map"
   (($(stat -c %s many.svg) < 500000)) || fail "size of many.svg"
+  head -c 13055 many >few # 16.99 bytes for each of 768 columns
+  (($("$program" map --json few | grep -o '"level":1,' | wc -l) <= 2 * 768)) || fail "boxes of a row"
   cp clip.avi $'<&\xef\xbf\xbf".avi'
   "$program" map $'<&\xef\xbf\xbf".avi' -o odd.svg || fail "odd name"
   "$program" map clip.avi -o clip.svg || fail "clip.svg"
