@@ -28,10 +28,10 @@ padded with spaces ("fmt" is "fmt "). If several chunks fit a step, a number sel
 counted from 1: RIFF/LIST[2]/data. For "remove" and "recycle", RIFF/JUNK[*] names all chunks that
 fit. In an id, \xHH stands for the byte with that hexadecimal value.
 
-Commands for FILE... work on N files at the same time with --jobs N (or -j N). With 0, N is the
-number of processors. Without the option, N is 1, but 8 for "tag" when it sets tags. The output
-about a file stays together, and the files keep their order. If one file fails, the command still
-works on the others. The exit status is the highest one of all files.
+Commands whose usage has "FILE..." work on N files at the same time with --jobs N (or -j N). With
+--jobs 0, N is the number of processors. Without the option, N is 1, but 8 for "tag" when it sets
+tags. The output about a file stays together, and the files keep their order. If one file fails, the
+command still works on the others. The exit status is the highest one of all files.
 
 A command that changes a file leaves the complete old file or the complete new one. This holds also
 after a signal, a full disk, an I/O error, a power cut or an edit by another program. The edit is

@@ -77,7 +77,7 @@ streams_get_their_sizes() {
   { cat hidden.wav && printf 'bext' && bytes 5A 02 00 00; } >cut.wav
   for file in hidden.wav cut.wav; do
     refuses $file
-    [[ $(<err) == *"would then contain LIST (at offset 1644)"* ]] || fail "$file: $(<err)"
+    [[ $(<err) == *"would contain LIST (at offset 1644)"* ]] || fail "$file: $(<err)"
   done
 }
 

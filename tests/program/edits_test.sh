@@ -54,9 +54,9 @@ missing_chunks_are_made() {
   becomes "RIFF:test 64 a 3 LIST:INFO 14 INAM 2 JUNK 18" set --add RIFF/LIST:INFO/INAM v # in free space
   becomes "RIFF:test 64 a 3 LIST:INFO 14 INAM 2 JUNK 18 b 1" set --add --top b v
   "$program" add file RIFF/a 456 2>err || fail "add"
-  expect_equal note "velmor-core: file: note: RIFF:test now has 2 chunks a" "$(<err)"
+  expect_equal note "velmor-core: file: note: with the new one, there are 2 chunks a in RIFF:test" "$(<err)"
   "$program" set file 'RIFF/a[1]' err 2>said || fail "set"
-  expect_equal "forgotten @" 'velmor-core: file: note: the text "err" is stored; @err stands for the bytes of that file' "$(<said)"
+  expect_equal "forgotten @" 'velmor-core: file: note: the value is the text "err"; @err stands for the bytes of that file' "$(<said)"
   refuses 1 "there is no chunk a at the top, beside RIFF:test" set a v
 }
 
@@ -70,7 +70,7 @@ several_chunks_go_at_once() {
   refuses 2 "[*] names all that fit, and one chunk is needed here" set 'RIFF/b[*]' v
   becomes "RIFF:test 64 a 3 c 3 b 3 LIST:A 4 LIST:B 4" remove 'RIFF/b[1]' 'RIFF/b[3]'
   "$program" add file RIFF/LIST:A/x 12 && "$program" add file RIFF/LIST:B/x 1
-  refuses 1 "RIFF/LIST[*]/x names a chunk in one that RIFF/LIST:B names" recycle 'RIFF/LIST[*]/x' RIFF/LIST:B
+  refuses 1 "RIFF/LIST[*]/x names a chunk that lies inside a chunk that RIFF/LIST:B names" recycle 'RIFF/LIST[*]/x' RIFF/LIST:B
   cp file all
   becomes "RIFF:test 52 c 3 b 3 LIST:A 4 LIST:B 4" remove 'RIFF/LIST[*]/x' RIFF/a
   cp all file

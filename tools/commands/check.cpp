@@ -100,7 +100,8 @@ commands refuse to open. These findings are damage:
   - A header or data is cut short.
   - A size was never filled in. Until programs know a size, they write 0, or about 2^31 or 2^32.
   - A chunk ends past the end of its group, or a group past the end of the file.
-  - Bytes belong to no chunk, in a group or after the last one. ID3v1, ID3v2 and APE tags are named.
+  - Bytes belong to no chunk: inside a group, or after the last chunk of the file. If those after
+    the last chunk are ID3v1, ID3v2 or APE tags, the message says so.
   - A pad byte is missing.
   - WAVE: fmt or data is missing, data stands before fmt, fmt has no channels or no rate.
     bext ends before its time reference.

@@ -70,8 +70,10 @@ std::vector<std::string_view> wordsOf(std::string_view synopsis) {
 
 // --- chunk paths
 
-constexpr uint64_t MAX_CHUNKS = 10'000;  // that are looked at in a group
-constexpr uint64_t MANY = 50;            // chunks that are not offered one by one
+// At most this many chunks of a group are looked at.
+constexpr uint64_t MAX_CHUNKS = 10'000;
+// If a group has more chunks of one name, each one is offered only after "[" has been typed.
+constexpr uint64_t MANY = 50;
 
 // A shell that waits for candidates cannot be used, so a slow file gives none.
 void limitTime() {

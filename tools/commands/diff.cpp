@@ -48,8 +48,8 @@ std::string details(const Difference& difference) {
       std::to_string(a.chunk.offset) + " to " + std::to_string(b.chunk.offset);
   if (difference.kind == Difference::MOVED) return "from " + places;
   if (difference.differsAt) {
-    return sizeAndPlace(a) + " and " + std::to_string(b.chunk.offset) +
-           ", different from data byte " + std::to_string(*difference.differsAt) + " on";
+    return sizeAndPlace(a) + " and " + std::to_string(b.chunk.offset) + "; data byte " +
+           std::to_string(*difference.differsAt) + " is the first that differs";
   }
   if (sizeOf(a) == sizeOf(b)) return sizeAndPlace(a) + ", cut short in one file";
   return "from " + sizeAndPlace(a) + " to " + sizeAndPlace(b);
@@ -136,11 +136,11 @@ shows one difference:
             that differs, counted from 0
   moved     its place among the other chunks of its group is not the same in both files
 
-Sizes are those of the data, offsets those of the header in each file. Other offsets, other pad
-bytes and the sizes of groups are no differences by themselves. A group that is only in one file is
-one line, without the chunks in it. Runs of zeros and other bytes that are no chunk are compared
-too. If the sizes of two chunks differ, their data is usually not read. Holes of sparse files are
-skipped.
+Sizes are those of the data, offsets those of the header in each file. Different offsets, different
+pad bytes and different sizes of groups do not count as differences by themselves. A group that is
+only in one file is one line, without the chunks in it. Runs of zeros and other bytes that are no
+chunk are compared too. If the sizes of two chunks differ, their data is usually not read. Large
+holes that both files have at the same place in a chunk are skipped.
 
 --quiet   print nothing, and stop at the first difference
 --any     compare any files, even those that are no RIFF files, as if they were made of chunks

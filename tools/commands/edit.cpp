@@ -58,8 +58,9 @@ that another program keeps open to write to it, such as a recorder. After the ed
 still writes to the old file, which no longer has a name.
 
 --add        make the chunk if it is missing, and the groups of PATH that are missing. Such a group
-             needs its group id, as in LIST:INFO, and no step may have a number. New chunks fill
-             free space (JUNK) if they fit there, and are appended to their group otherwise.
+             needs its group id, as in LIST:INFO. A step for a missing chunk or group may not have a
+             number. New chunks fill free space (JUNK) if they fit there, and are appended to their
+             group otherwise.
 --top        with --add: the first step of PATH may be made at the top of the file, beside the RIFF
              group
 --dry-run    show the tree as it would be; nothing is written
@@ -95,7 +96,8 @@ The last step of PATH names the new chunk; the steps before it name its group. T
 space (JUNK) of the group if it fits there, and is appended to the group otherwise. A group that
 becomes longer uses the free space beside it, if that is enough. If the last step has a group id, an
 empty group is appended, and no value is given. If the group already has a chunk of the same name, a
-note says how many it has now. See "velmor-core set --help" for values and the other options.
+note says how many there are with the new one. See "velmor-core set --help" for values and the other
+options.
 
 --top   add the chunk at the top of the file. If the file has one RIFF group, this option is needed
         for a chunk beside it, because programs look for chunks in the RIFF group. A further RIFF

@@ -28,7 +28,7 @@ Map mapOf(const std::string& name, uint64_t columns, bool isAny) {
   return makeMap(name, bytes, columns);
 }
 
-// What draws a file, by the ending of its name.
+// The function that makes the picture, chosen by the ending of OUTPUT.
 decltype(&svgOf) drawerFor(const std::string& output) {
   if (output.ends_with(".svg")) return svgOf;
   if (output.ends_with(".html") || output.ends_with(".htm")) return htmlOf;
@@ -85,8 +85,9 @@ with "?". Rows below the 12th are left out.
 --json      print one JSON object for each file, each on a line of its own:
               {"version":1,"command":"map","file":"a.wav","size":52,"boxes":[{"level":0,"offset":0,
                "size":52,"kind":"group","count":1,"name":"RIFF:WAVE"},...],"summary":[...],...
-            "count" is the number of chunks in a box. If there are several, "kind" and "name" are
-            those with the most bytes. "summary" and "others" are as with "tree --summary".
+            "count" is the number of items in a box: chunks, runs of zeros, and runs of other bytes
+            that are no chunk. "name" is the name with the most bytes among the first four names in
+            the box. "kind" is its kind. "summary" and "others" are as with "tree --summary".
 )",
     .examples = R"(
   velmor-core map clip.avi

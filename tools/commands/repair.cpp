@@ -178,9 +178,9 @@ Warnings requireSound(const std::string& file, RawBytes& repaired) {
   return warnings;
 }
 
-// Throws Failure if the chunk whose size the plan has chosen gets a warning. The data of a file
-// that was cut may end anywhere. That of a whole file ends with a whole sample block, or else other
-// bytes follow it.
+// Throws Failure if the file is not cut short, and the chunk whose size the plan has chosen gets a
+// warning. The data of a whole file ends with a whole sample block. If the chosen size does not end
+// there, other bytes follow the data. In a file that was cut, the data may end anywhere.
 void requireGoodSize(const std::string& file, const RepairPlan& plan, const Warnings& warnings) {
   if (!plan.claimed || !plan.isOfWholeFile) return;
   const auto isAboutChunk = [&](const Finding& warning) {
@@ -189,8 +189,8 @@ void requireGoodSize(const std::string& file, const RepairPlan& plan, const Warn
   const auto found = std::ranges::find_if(warnings.first, isAboutChunk);
   if (found == warnings.first.end()) return;
   throw Failure(file,
-                "not repaired: the file is not cut short, but with the size that reaches to its "
-                "end, " +
+                "not repaired: the file is not cut short, and if the chunk reached to the end of "
+                "the file, it would have this warning: " +
                     findingText(*found));
 }
 
@@ -204,9 +204,11 @@ void requireGoodPlan(const std::string& file, RawBytes& bytes, const Survey& sur
   }
   if (plan.claimed) {
     if (const auto hidden = hiddenChunk(*plan.claimed, bytes)) {
-      throw Failure(file, "not repaired: the chunk whose size is wrong would then contain " +
-                              idText(bytes.chunkAt(*hidden).id) + " (at offset " +
-                              std::to_string(*hidden) + ")");
+      throw Failure(file,
+                    "not repaired: with its new size, the chunk whose size is wrong would "
+                    "contain " +
+                        idText(bytes.chunkAt(*hidden).id) + " (at offset " +
+                        std::to_string(*hidden) + ")");
     }
   }
   std::vector<RawBytes::Patch> sizes(plan.sizes.begin(), plan.sizes.end());

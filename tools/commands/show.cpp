@@ -65,7 +65,8 @@ refused for a longer one. The pictures and sound of an AVI in a pipe cannot be s
             "dataSize":16,"missing":0,"value":"PCM, 1 channel, 8 kHz, 16 bit",
             "fields":[{"name":"format-tag","offset":0,"size":2,"value":1,"words":"PCM"},...
          "words" says what a number means. At most 100 entries of a table and 65,536 bytes of a
-         text are printed. A group has "groupId", and in "chunks" the number of its chunks.
+         text are printed. For a group, "groupId" is its group id, and "chunks" is the number of
+         chunks directly in it.
 )",
     .examples = R"(
   velmor-core show song.wav RIFF:WAVE/fmt

@@ -135,11 +135,13 @@ const Command STRIP = {
     .synopsis = "[--keep NAMES] [--dry-run | -o OUTPUT [--force] | --in-place] [--jobs N] FILE...",
     .summary = "Drop the chunks that a player does not need: tags, padding and others",
     .help = R"(
-Sound and pictures stay as they are, bit by bit. What stays, by the form of the RIFF group:
+Sound and pictures stay as they are, bit for bit. The form of the RIFF group decides which chunks
+stay, with everything in them:
 
-  WAVE        fmt, fact, data, LIST:wavl
-  AVI, AVIX   LIST:hdrl, LIST:movi, idx1, and all that is in them
-  WEBP        VP8X, ICCP, ANIM, ANMF, ALPH, VP8, VP8L
+  WAVE   fmt, fact, data, LIST:wavl
+  AVI    LIST:hdrl, LIST:movi, idx1
+  AVIX   LIST:movi, idx1
+  WEBP   VP8X, ICCP, ANIM, ANMF, ALPH, VP8, VP8L
 
 All other chunks of these groups, and all chunks beside them, are dropped, among them free chunks
 (JUNK), cue points and markers. A file of another form is refused without --keep. Each file is an

@@ -239,7 +239,7 @@ show" and "velmor-core set" read and write. See "velmor-core set --help" also fo
 const Command TAG = {
     .name = "tag",
     .synopsis =
-        "[--json] [--encoding NAME] [--dry-run | -o OUTPUT [--force] | --in-place] "
+        "[--json] [--encoding NAME] [--dry-run | -o OUTPUT [--force] | --in-place] [--jobs N] "
         "FILE... [NAME=TEXT...]",
     .summary = "List, set and remove the tags of WAVE and AVI files",
     .help = HELP,

@@ -1,8 +1,9 @@
 // Keeps the indexes of an AVI right when an edit moves, changes or removes chunks.
 //
 // All chunks are noted with their handles and offsets before the edit and after it. Handles stay
-// the same as long as a chunk exists, so they show where a chunk is now that had a certain offset
-// before. The time is linear in the chunks and entries if the entries follow the order of the file.
+// the same as long as a chunk exists. So for each old offset, they show where its chunk is now.
+// Sorting n chunks takes O(n log n) steps. Finding the chunk of an entry takes O(log n) steps at
+// most, and usually fewer, because most entries follow the order of the file.
 #include "editing/avi_index.h"
 
 #include <algorithm>
@@ -45,7 +46,7 @@ void forEachChunk(const Chunk& root, Take take) {
   }
 }
 
-// Passes the data of a chunk to take(bytes, offset) in blocks; false if it cannot be read.
+// Passes the data of a chunk to take(block) in blocks. Returns false if it cannot be read.
 template <typename Take>
 bool forEachBlock(const Chunk& chunk, Take take) {
   std::vector<char> block(std::min<uint64_t>(BLOCK, chunk.dataSize()));
@@ -226,7 +227,8 @@ std::optional<AviIndexes::Moved> AviIndexes::follow(uint64_t offset, uint32_t id
 void AviIndexes::correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi) {
   const uint64_t count = index.dataSize() / IDX1_ENTRY;
   const Entries entries(index, 0, count, IDX1_ENTRY);
-  // The first entry of a frame that was not dropped shows where the offsets start.
+  // An entry of size 0 stands for a dropped frame. The first other entry shows whether the offsets
+  // count from the movi id or from the start of the file.
   bool isFirst = true;
   bool isAbsolute = false;
   const uint64_t kept = entries.correct([&](uint8_t* entry) {
@@ -339,8 +341,8 @@ void AviIndexes::warn(std::vector<std::string>& warnings) const {
                        counted(removed, "entry", "entries") + " of the index");
   }
   if (outOfReach > 0) {
-    warnings.push_back(counted(outOfReach, "entry", "entries") +
-                       " of the index cannot hold the new offset and are wrong now");
+    warnings.push_back("this edit makes " + counted(outOfReach, "entry", "entries") +
+                       " of the index wrong, because the new offset does not fit");
   }
 }
 

@@ -31,8 +31,8 @@ class AviIndexes {
 
  private:
   struct Place {
-    // Identifies the chunk. In a place from before the edit it is only compared, never used as a
-    // handle, because the edit may have removed the chunk.
+    // Identifies the chunk. In a Place that was made before the edit, this pointer is only
+    // compared. It is never used as a handle, because the edit may have removed the chunk.
     velmor_core_riff_chunk_t* chunk;
     uint64_t offset;
     uint32_t id;  // for a group, its group id: an index refers to a LIST:rec by "rec "
@@ -72,8 +72,8 @@ class AviIndexes {
   void correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi);
   void correctOpenDml(const Chunk& index);
   EntryChange correctIndexEntry(uint8_t* entry);
-  // Moves the base by as much as the first chunk. If all chunks move together, the entries then
-  // stay as they are.
+  // A base of 0 stays 0. Any other base moves as far as the first chunk that is found has moved.
+  // Then the offsets in the entries stay as they are if all chunks move by the same distance.
   EntryChange correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
   void followCut(const Cut& cut, const Layout& after);
   void warn(std::vector<std::string>& warnings) const;

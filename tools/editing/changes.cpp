@@ -32,14 +32,16 @@ bool takeBackPadByte(const Chunk& chunk, uint64_t size) {
   return size % 2 == 0 || chunk.resize(static_cast<uint32_t>(size), std::nothrow);
 }
 
-// Whether all bytes of a data chunk or of an empty group are stored, but for a pad byte.
+// Whether all bytes of a data chunk or of an empty group are stored. Only a pad byte may be
+// missing.
 bool isStored(const Chunk& chunk) {
   std::array<char, 1> last{};
   return chunk.isGroup() || chunk.dataSize() == 0 ||
          chunk.read(last, chunk.dataSize() - 1, std::nothrow);
 }
 
-// The data chunk, or the empty group, that ends where a chunk ends.
+// The data chunk or empty group that ends where a chunk ends: the last one inside it, at any depth,
+// or the chunk itself.
 Chunk lastInside(Chunk chunk) {
   while (chunk.childCount() > 0) chunk = Chunk(chunk.child(chunk.childCount() - 1));
   return chunk;
@@ -89,8 +91,9 @@ Change addGroup(const Chunk& group, uint32_t id, uint32_t groupId) {
   };
 }
 
-// Builds the groups and the chunk in a cache and adds the cache. Like a single chunk, the library
-// puts it into free space if it fits there. Otherwise it moves the bytes after the group only once.
+// Builds the groups and the chunk in a cache and adds the cache. The library puts the cache into
+// free space if it fits there, as it does with a single chunk. Otherwise it moves the bytes after
+// the group only once.
 Change addNested(const Chunk& group, std::span<const PathStep> steps, const Value& value) {
   const std::size_t groups = steps.size() - 1;
   if (groups == 0) return addValue(group, steps[0].id, value);

@@ -66,8 +66,8 @@ Warnings makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
     if (!form) form.emplace(bytes.root());
     if (i > 0) change = edits[i](bytes.root());
     if (change.getCut() && i > 0) {
-      // A cut ends all handles, and the corrections after it need to know only what the cut moved.
-      // So the corrections for the edits before it are made first.
+      // A cut ends all handles. The corrections after it match old and new chunks by the ranges of
+      // the cut alone. So the corrections for the edits before it are made first.
       form->correct(bytes.root(), nullptr, warnings);
       form.emplace(bytes.root());
       change = edits[i](bytes.root());

@@ -42,8 +42,10 @@ struct EditJob {
 };
 
 // Carries out an edit: in a copy that replaces the file, in another file, in place, or in memory to
-// show the tree. Throws Failure if it cannot be made; the file is then as before. Writes no file if
-// nothing is to be done and no output is named.
+// show the tree. Writes no file if nothing is to be done and no output is named.
+//
+// Throws Failure if the edit fails. The file is then as before, except if an edit in place has
+// begun, or if the folder of the finished file cannot be synced. The message says so.
 void editFile(const EditJob& job, const EditWay& way, const Edit& edit);
 
 // Carries out several edits as one. Each is checked on the result of those before it. The file is

@@ -43,13 +43,13 @@ class Chunk : public velmor_core::Chunk {
 
 inline Chunk virtualRoot(const Object& object) { return Chunk(object.root()); }
 
-// A file that a command works on, and its chunks. The bytes are mapped privately: changes
-// stay in memory, and only pages that are read are loaded.
+// A file that a command works on, and its chunks. The bytes are mapped privately: changes stay in
+// memory, and only pages that are read are loaded.
 class Opened {
  public:
   // Opens an existing regular file, surveys it and loads its chunks. An edit may lengthen the copy
-  // in memory by `room` bytes. Throws Failure with the reason, and with the offset of the
-  // first bytes that are no chunk.
+  // in memory by `room` bytes. Throws Failure with the reason. If damage prevents loading the
+  // chunks, the reason is the first damage, with its offset.
   Opened(const std::string& name, Original::Purpose purpose, uint64_t room = 0);
 
   const Original& original() const { return source; }

@@ -65,7 +65,8 @@ bool holdsAny(const Chunk& list, const std::vector<InfoAssignment>& assignments)
   return false;
 }
 
-// The lists that change.
+// The lists that hold one of the texts or get a new one, with their new contents. The texts of some
+// may be the same as before.
 std::vector<NewListPointer> rebuildLists(const Chunk& group,
                                          const std::vector<InfoAssignment>& assignments) {
   std::vector<bool> missing(assignments.size());

@@ -39,10 +39,10 @@ void requireInRiff(const Chunk& virtualRoot, const ChunkPath& path) {
                 ", or --top if it belongs there");
 }
 
-// A file's name as a text is most likely meant as @FILE.
+// If a typed text is the name of a file, the user most likely meant @FILE.
 std::string noteOn(const Value& value, const std::string& word) {
   if (!value.namesFile()) return "";
-  return "the text \"" + word + "\" is stored; @" + word + " stands for the bytes of that file";
+  return "the value is the text \"" + word + "\"; @" + word + " stands for the bytes of that file";
 }
 
 class SetEdit : public TypedEdit {
@@ -140,8 +140,8 @@ class AddEdit : public TypedEdit {
   }
 
   std::string twins(const Chunk& group, uint64_t count) const {
-    return (group.isVirtualRoot() ? "the file" : group.name()) + " now has " +
-           std::to_string(count) + " chunks " + path.last().text;
+    return "with the new one, there are " + std::to_string(count) + " chunks " + path.last().text +
+           (group.isVirtualRoot() ? " at the top level" : " in " + group.name());
   }
 
   ChunkPath path;
@@ -178,7 +178,7 @@ class DropEdit : public TypedEdit {
   };
 
   // The chunks of all paths in the order of their bytes. Throws Failure if two paths name the same
-  // chunk, or one a chunk that lies in another.
+  // chunk, or if one path names a chunk that lies in a chunk of another path.
   std::vector<PlacedChunk> find(const Chunk& virtualRoot) const {
     std::vector<Found> all;
     for (const ChunkPath& path : paths) {
@@ -199,8 +199,8 @@ class DropEdit : public TypedEdit {
     if (outer.chunk == inner.chunk) {
       throw Failure(outer.path->text() + " and " + inner.path->text() + " name the same chunk");
     }
-    throw Failure(inner.path->text() + " names a chunk in one that " + outer.path->text() +
-                  " names");
+    throw Failure(inner.path->text() + " names a chunk that lies inside a chunk that " +
+                  outer.path->text() + " names");
   }
 
   bool recycles;

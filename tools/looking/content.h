@@ -14,17 +14,17 @@ struct Content {
   uint64_t size = 0;
 };
 
-// The data of a chunk as far as it is stored, without header and pad byte. Of a group, everything
-// after its header. Of bytes that are no chunk, the bytes.
+// For a data chunk: its data, but no byte past the end of its group or of the file. For a group:
+// everything in it after its header. For bytes that are no chunk: these bytes.
 Content contentOf(const TreeItem& item);
 
-// Where two contents of the same size differ first, from their starts. Ranges that are holes in
-// both files are not read.
+// Compares two ranges of the same size. Returns the offset of the first differing byte within them,
+// or nothing if they are equal. If a range is a hole in both files, reads less than 64 KiB of it.
 std::optional<uint64_t> firstDifference(RawBytes& a, uint64_t aOffset, RawBytes& b,
                                         uint64_t bOffset, uint64_t size);
 
-// A digest. Equal contents have equal digests, and different contents rarely do. Holes are not
-// read.
+// A digest. Equal contents have equal digests, and different contents rarely do. Reads less than
+// 128 KiB of each hole.
 uint64_t digestOf(RawBytes& bytes, const Content& content);
 
 // Mixes a number into a digest.

@@ -56,7 +56,8 @@ class Comparison {
     pair.first.offset = a.end();
     pair.second.offset = b.end();
     if (isEqual) return true;
-    // Groups that are done are removed, so millions of nested groups need no memory here.
+    // Two groups without further items are removed before those in them are added. So if each group
+    // ends with the next one, `groups` stays small, and only `names` grows with the level.
     const bool isLast = pair.first.isEmpty() && pair.second.isEmpty();
     if (isLast) groups.pop_back();
     groups.push_back(insideOf(a, b));

@@ -16,8 +16,8 @@ struct Difference {
   std::string path;                // the names of the groups and the item
   std::optional<TreeItem> first;   // the item in the first file; none if it was added
   std::optional<TreeItem> second;  // the item in the second file; none if it was removed
-  // If the data of an item changed, but not its size: where the first differing byte is, from the
-  // first data byte.
+  // The offset of the first differing byte, from the first data byte. None unless the data of an
+  // item changed, but not its size.
   std::optional<uint64_t> differsAt;
 };
 
@@ -28,8 +28,9 @@ using OnDifference = std::function<bool(const Difference& difference)>;
 // items with the same name and the same content are paired first. The rest of the items with this
 // name are paired in their order. Returns whether the files are the same.
 //
-// While the items of two groups agree in their order, they take no memory. From the first
-// difference on, a few words are held for each item that is left in the two groups.
+// A few words are held for each group that contains the current items. While the items of two
+// groups agree in their order, they take no memory. From the first difference on, a few words are
+// held for each item that is left in the two groups.
 bool compareFiles(RawBytes& first, RawBytes& second, const OnDifference& report);
 
 }  // namespace tool

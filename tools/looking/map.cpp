@@ -57,7 +57,7 @@ Map makeMap(std::string_view title, RawBytes& bytes, uint64_t columns) {
   map.title = title;
   map.fileSize = bytes.size();
   const RawNode root = RawNode::virtualRoot(bytes);
-  const uint64_t smallest = std::max<uint64_t>(bytes.size() / columns, 1);
+  const uint64_t smallest = std::max<uint64_t>((bytes.size() + columns - 1) / columns, 1);
   for (TreeItems items(bytes, root); items.next();) {
     const TreeItem& item = items.item();
     if (item.level >= Map::MAX_LEVELS) {

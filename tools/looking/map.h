@@ -24,10 +24,10 @@ struct MapBox {
   uint64_t offset = 0;
   uint64_t end = 0;
   uint64_t count = 0;  // items
-  // One for each of the first names in the box. Unused parts have the count 0.
+  // One for each of the first MAX_PARTS names in the box. Unused parts have the count 0.
   std::array<Part, MAX_PARTS> parts;
 
-  // The name with the most bytes.
+  // The name with the most bytes among those in `parts`.
   const ItemName& name() const;
   // "data", or "1,234 items: 00dc, 01wb" for several.
   std::string text() const;
@@ -44,8 +44,9 @@ struct Map {
   Summary summary;
 };
 
-// Divides the size of the file by `columns`. Items that are smaller than the result are joined with
-// small neighbours. So a row has at most 2 * `columns` boxes, however many chunks there are.
+// Divides the size of the file by `columns`, and rounds up. An item shares the box before it if the
+// box then stays smaller than the result. So a row has at most 2 * `columns` boxes, however many
+// chunks there are.
 Map makeMap(std::string_view title, RawBytes& bytes, uint64_t columns);
 
 // Prints a map at a terminal, `width` columns wide.

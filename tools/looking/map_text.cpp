@@ -62,7 +62,7 @@ class Line {
     for (const MapBox& box : row) {
       const Span span = spanOf(box);
       const std::size_t first = std::max(span.first, done);
-      if (span.end <= first) continue;  // an earlier box has its only column
+      if (span.end <= first) continue;  // earlier boxes already cover its columns
       line.append(first - done, ' ').append(drawn(box, span.end - first));
       done = span.end;
     }

@@ -18,7 +18,7 @@ using Indexes = std::vector<Index>;
 // The keys are sorted together with the indexes. Looking up each key by its index would cause cache
 // misses.
 struct Entry {
-  uint64_t key;  // first the name, then the content
+  uint64_t key;  // at first made from the name; digest() replaces it by a digest of the content
   Index index;
 
   bool operator<(const Entry& other) const {
@@ -54,7 +54,8 @@ class Side {
   Paired& operator[](Index index) { return items[index]; }
   Run all() { return order; }
 
-  // Replaces the keys of a run by digests of the contents.
+  // Replaces the keys of a run by digests of the contents. A group that is larger than the budget
+  // gets the key 0.
   void digest(Run run, uint64_t& budget) {
     for (Entry& entry : run) {
       const Siblings rest{items[entry.index].offset, siblings.limit};
@@ -118,8 +119,8 @@ Run unpaired(Side& side, Run run) {
   return rest;
 }
 
-// Marks pairs as moved so that the others are in the same order in both files and as many as
-// possible: a longest increasing subsequence of the partners.
+// Marks pairs as moved. The pairs that are not marked have the same order in both files, and there
+// are as many of them as possible: they are a longest increasing subsequence of the partners.
 void markMoved(std::vector<Paired>& items) {
   Indexes ends;  // the item that ends the best sequence of each length
   Indexes before(items.size(), Paired::NOBODY);

@@ -36,9 +36,9 @@ struct Pairing {
 
 // Pairs items of equal names: first those with equal contents, then the others in their order. Then
 // marks as few pairs as possible as moved, so that all other pairs have the same order in both
-// files. Reading the content of a group subtracts its size from `budget`. When the budget is used
-// up, groups are paired in their order. Without a budget, nested groups would be read again for
-// each level.
+// files. Reading the content of a group subtracts its size from `budget`. Groups that are larger
+// than what is left are not read, and are paired in their order. Without a budget, nested groups
+// would be read again for each level.
 Pairing pairItems(RawBytes& firstBytes, const Siblings& first, RawBytes& secondBytes,
                   const Siblings& second, uint64_t level, uint64_t& budget);
 

@@ -28,7 +28,8 @@ bool isLarger(const SummaryLine& a, const SummaryLine& b) {
 // Holds a bounded number of names. A file may have a new one in every chunk.
 class Table {
  public:
-  // Adds an item. A new name takes the place of one with few bytes if the table is full.
+  // Adds an item. If there are then too many names, keeps those with the most bytes so far. The new
+  // name may be dropped, too.
   void add(const TreeItem& item) {
     const auto [found, isNew] = table.try_emplace(nameOf(item));
     if (isNew) found->second = {found->first, 0, 0, item.chunk.offset};
