@@ -67,6 +67,11 @@ edits_survive_every_fault() {
   survives edit -e "remove RIFF/LIST/ICMT RIFF/LIST/IART" -e "set --add RIFF/LIST:new/note 'A longer text'"
   survives strip
   survives tag title=New comment= genre=Rock originator=Me loudness=-23
+  {
+    printf RIFF && bytes_of 1100048 && head -c 36 "$data/tone.wav" | tail -c +9
+    printf 'memo\4\0\0\0textdata' && bytes_of 1100000 && head -c 1100000 /dev/zero
+  } >old
+  survives set RIFF/memo "A longer text, for which the copy has room"
   cp "$data/card.webp" old # adding XMP also adds the VP8X header
   survives add RIFF/XMP "<x/>"
 }
