@@ -114,6 +114,25 @@ changes_by_others_are_kept() {
   done
 }
 
+# Another program that opened the file before the edit, or during it, would go on writing to the old
+# file.
+files_that_others_write_are_not_replaced() {
+  take tone.wav
+  cp tone.wav theirs
+  exec 5>>tone.wav
+  "$program" set tone.wav RIFF/data x 2>err && fail "edited"
+  exec 5>&-
+  expect_equal "message" "velmor-core: tone.wav: is open for writing in another program" "$(<err)"
+  mkfifo go
+  (LD_PRELOAD=$FAULTY_CALLS FAULT_HOW=wait FAULT_AT=3 FAULT_DONE=go exec "$program" set tone.wav RIFF/data x) 2>err &
+  exec 3>go 5>>tone.wav 3>&-
+  wait $! && fail "edited meanwhile"
+  exec 5>&-
+  [[ $(<err) == *"is open for writing in another program; tone.wav is unchanged" ]] || fail "$(<err)"
+  cmp tone.wav theirs && expect_equal "files" "err go theirs tone.wav" "$(echo *)"
+  "$program" set tone.wav RIFF/data x 2>err || fail "the edit after it: $(<err)"
+}
+
 # Permissions, owner, an access control list and an attribute. The list that the folder gives to new
 # files is not kept.
 attributes_stay() {

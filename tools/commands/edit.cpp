@@ -53,9 +53,10 @@ replaces the file. It keeps the file's permissions, owner, access control lists 
 attributes. A symbolic link stays a link, and the file that it leads to is edited. If the edit fails
 or a signal such as SIGINT or SIGTERM ends it, the copy is removed. SIGKILL, a crash or a power cut
 can leave a copy; the next edit of the file removes it. Edits of one file wait for each other. If
-another program changes the file meanwhile, the edit fails and the file stays as that program left
-it. Do not edit a file that another program keeps open to write to it, such as a recorder. After the
-edit that program still writes to the old file, which no longer has a name.
+another program changes the file meanwhile, or has it open for writing, the edit fails and the file
+stays as that program left it. Programs on other computers, and programs that write to a file of
+another user, are not always noticed: after the edit, they still write to the old file, which no
+longer has a name.
 
 --add        make the chunk if it is missing, and the groups of PATH that are missing. Such a group
              needs its group id, as in LIST:INFO. A step for a missing chunk or group may not have a

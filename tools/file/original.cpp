@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <ctime>
+#include <utility>
 
 #include "app/errors.h"
 #include "app/progress.h"
@@ -28,9 +30,20 @@ void waitForTurn(const File& file, int lock) {
 // While this program waited for the lock, the file may have been replaced under its name.
 bool isStillNamed(const File& file) { return isSameFile(file.status(), statusOf(file.name())); }
 
+// Editors that wait must not have the file open for writing: see Original::requireNoWriter(). But
+// NFS gives an exclusive lock only to those who have.
+File openForEdit(const std::string& name) {
+  File file(name, File::READ);
+  if (::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) == -1) {
+    throw Failure(name, systemError());
+  }
+  const bool isLocked = ::flock(file.descriptor(), LOCK_EX | LOCK_NB) == 0;
+  return !isLocked && errno == EBADF ? File(name, File::READ_WRITE) : std::move(file);
+}
+
 File openInTurn(const std::string& name, Original::Purpose purpose) {
   for (;;) {
-    File file(name, purpose == Original::EDIT ? File::READ_WRITE : File::READ);
+    File file = purpose == Original::EDIT ? openForEdit(name) : File(name, File::READ);
     if (purpose == Original::LOOK) return file;
     waitForTurn(file, purpose == Original::EDIT ? LOCK_EX : LOCK_SH);
     if (isStillNamed(file)) return file;
@@ -62,6 +75,18 @@ void Original::requireUnchanged() const {
   if (!isUnchanged(before, statusOf(path()))) {
     throw Failure(name(), "was changed by another program meanwhile");
   }
+}
+
+// The system gives a read lease only while nobody has the file open for writing. If somebody opens
+// it before the lease ends, the system sends SIGIO, which must not end this program.
+void Original::requireNoWriter() const {
+  if ((::fcntl(file.descriptor(), F_GETFL) & O_ACCMODE) != O_RDONLY) return;  // NFS
+  static_cast<void>(::signal(SIGIO, SIG_IGN));
+  if (::fcntl(file.descriptor(), F_SETLEASE, F_RDLCK) == -1) {
+    if (errno == EAGAIN) throw Failure(name(), "is open for writing in another program");
+    return;
+  }
+  ::fcntl(file.descriptor(), F_SETLEASE, F_UNLCK);
 }
 
 void requireNoMarker(const File& file, const std::string& path) {

@@ -11,15 +11,16 @@ namespace tool {
 class Original {
  public:
   enum Purpose {
-    LOOK,  // opened for reading
-    COPY,  // opened for reading; programs that want to edit the file wait
-    EDIT   // opened for reading and writing; programs that want to edit or copy the file wait
+    LOOK,  // no lock
+    COPY,  // programs that want to edit the file wait
+    EDIT   // programs that want to edit or copy the file wait
   };
 
-  // Opens an existing regular file. COPY waits while another program edits or replaces the file.
-  // EDIT also waits while another program copies it. Then the file that has the name by that time
-  // is opened. LOOK does not wait. Throws Failure with the reason, also if an edit in place was
-  // interrupted or is going on.
+  // Opens an existing regular file for reading. COPY waits while another program edits or replaces
+  // the file. EDIT also waits while another program copies it. Then the file that has the name by
+  // that time is opened. LOOK does not wait. Throws Failure with the reason, also if an edit in
+  // place was interrupted or is going on. EDIT also throws it if this program may not write to the
+  // file.
   Original(const std::string& name, Purpose purpose);
 
   // The name as it was typed.
@@ -32,6 +33,10 @@ class Original {
 
   // Throws Failure if another program has changed or replaced the file since it was opened.
   void requireUnchanged() const;
+  // Throws Failure if a program has the file open for writing. If the file is replaced, that
+  // program goes on writing to the old file. This does not find programs on other computers. It
+  // finds none if the file system has no leases, or if the user does not own the file.
+  void requireNoWriter() const;
 
  private:
   File file;

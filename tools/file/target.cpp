@@ -21,7 +21,7 @@ namespace {
 class Copied : public Target {
  public:
   Copied(const Original& original, const std::string& path, const File* replaced, Space space)
-      : original(original), copy(path, replaced) {
+      : original(original), copy(path, replaced), replacesOriginal(replaced == &original.get()) {
     copyBytes(original.get(), copy.get(), original.size(), space);
   }
 
@@ -30,6 +30,7 @@ class Copied : public Target {
   void begin() override {}
   void finish() override {
     copy.complete(original.status().st_mode);
+    if (replacesOriginal) original.requireNoWriter();
     original.requireUnchanged();
     copy.publish();
   }
@@ -40,6 +41,7 @@ class Copied : public Target {
  private:
   const Original& original;
   NewFile copy;
+  bool replacesOriginal;
 };
 
 // The same, for another name.
@@ -52,16 +54,19 @@ class CopiedTo : private Output, public Copied {
 class InPlace : public Target {
  public:
   InPlace(const Original& original, uint64_t room, std::string what)
-      : original(original), what(std::move(what)), marker(markerOf(original.path())) {
+      : original(original),
+        edited(original.path(), File::READ_WRITE),
+        what(std::move(what)),
+        marker(markerOf(original.path())) {
     original.requireUnchanged();
     reserve(room);
-    reserved = settledStatus(original.get());
+    reserved = settledStatus(edited);
   }
   ~InPlace() override {
     if (!begun) giveBackRoom();
   }
 
-  const File& file() const override { return original.get(); }
+  const File& file() const override { return edited; }
   const std::string& path() const override { return original.path(); }
 
   void begin() override {
@@ -86,7 +91,7 @@ class InPlace : public Target {
   void finish() override {
     const Waiting waiting("syncing " + original.name());
     giveBackRoom();
-    original.get().sync();
+    edited.sync();
     if (::unlink(marker.c_str()) == -1) {
       throw Failure(marker, "cannot be removed, though the edit is complete: " + systemError());
     }
@@ -109,7 +114,7 @@ class InPlace : public Target {
     if (::getrlimit(RLIMIT_FSIZE, &limit) == 0 && end > limit.rlim_cur) {
       throw Failure(original.name(), std::strerror(EFBIG));
     }
-    const int descriptor = original.get().descriptor();
+    const int descriptor = edited.descriptor();
     int result = 0;
     do {
       result = ::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(end));
@@ -123,13 +128,14 @@ class InPlace : public Target {
 
   // Setting a file to the size that it has frees the blocks that were reserved past its end.
   void giveBackRoom() const {
-    const int descriptor = original.get().descriptor();
+    const int descriptor = edited.descriptor();
     struct stat now {};
     if (::fstat(descriptor, &now) == -1 || ::ftruncate(descriptor, now.st_size) == -1) return;
   }
 
   SignalsWait wait;
   const Original& original;
+  File edited;
   std::string what;
   std::string marker;
   struct stat reserved {};
@@ -154,6 +160,7 @@ std::unique_ptr<Target> replaceOriginal(const Original& original, Space space) {
                   "has " + std::to_string(names) +
                       " names (hard links), and a new file would get only one of them" + OFFER);
   }
+  original.requireNoWriter();
   try {
     return std::make_unique<Copied>(original, original.path(), &original.get(), space);
   } catch (const Failure& failure) {
