@@ -92,10 +92,10 @@ class InPlace : public Target {
     const Waiting waiting("syncing " + original.name());
     giveBackRoom();
     edited.sync();
+    finished = true;
     if (::unlink(marker.c_str()) == -1) {
       throw Failure(marker, "cannot be removed, though the edit is complete: " + systemError());
     }
-    finished = true;
     syncFolderOf(marker);
   }
 
