@@ -25,8 +25,8 @@ void compressSha256Portable(Sha256State& state, const uint8_t* blocks, uint64_t 
 void compressSha256ShaNi(Sha256State& state, const uint8_t* blocks, uint64_t count);
 
 // Hashes a whole message and writes the 32 bytes of its digest. The hash value stays in registers
-// from the first block to the digest, so a short message takes little more than its blocks. Runs
-// where compressSha256ShaNi() does. data may be null if size is 0.
+// from the first block to the digest. This saves time on short messages. Runs where
+// compressSha256ShaNi() does. data may be null if size is 0.
 void digestSha256ShaNi(const uint8_t* data, uint64_t size, uint8_t* digest);
 
 bool hasShaExtensions(const Processor& processor);

@@ -32,9 +32,9 @@ void ChunkPool::removeBlock(void* memory) {
 //
 // Large blocks also make the next tree cheaper. malloc() returns the free end of the heap to the
 // system only if that end is more than twice as large as the largest block that was ever freed. So
-// once a large block has been freed, malloc() keeps the memory of a later one of that size, and the
-// next tree uses it. Getting the memory from the system again would take longer than building the
-// nodes in it.
+// once a large block has been freed, malloc() no longer returns blocks of that size to the system
+// when they are freed. The next tree uses their memory. Getting the memory from the system again
+// would take longer than building the nodes in it.
 //
 // The unused end of the previous block is wasted. It is shorter than the largest small piece.
 void ChunkPool::renewRest() {

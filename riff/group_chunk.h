@@ -34,7 +34,8 @@ class MemoryObject;
 //
 // An edit that throws stops where it is: nothing is rolled back. So an edit first checks what it
 // has to refuse (missing bytes, a group into itself). Then it gets the memory and file space that
-// it needs, which is where most failures occur. It changes the tree last.
+// it needs, which is where most failures occur. It changes the tree last. Only addChunk(source) and
+// addCache() need memory later: they build the new nodes after the bytes are written.
 class GroupChunk : public Chunk {
  public:
   GroupChunk(Object& object, int64_t offset, FourCC id, uint32_t size, GroupChunk* parent,
@@ -73,12 +74,12 @@ class GroupChunk : public Chunk {
   // Removes a child and its bytes from the object, and destroys the child.
   void remove(Chunk& child);
 
-  // Adds a data chunk to the free space that fits best, or else appends it. A chunk without data is
-  // always appended. If data is null, the data bytes stay uninitialised.
+  // Adds a data chunk to the first chunk of the free list that fits, or else appends it. A chunk
+  // without data is always appended. If data is null, the data bytes stay uninitialised.
   DataChunk& addDataChunk(FourCC newId, const void* data, uint32_t dataSize);
-  // Adds all bytes of cache, which are whole chunks, to the free space that fits best, or else
-  // appends them. Uses free space even for a single chunk without data. Returns the first new
-  // chunk, null if the cache is empty. The cache must not be this group's own object.
+  // Adds all bytes of cache, which are whole chunks, to the first chunk of the free list that fits,
+  // or else appends them. Uses free space even for a single chunk without data. Returns the first
+  // new chunk, null if the cache is empty. The cache must not be this group's own object.
   Chunk* addCache(MemoryObject& cache);
   // Turns a child into free space and merges it with free neighbours. Moves no byte. Sizes
   // of ancestors stay. Returns the free chunk that covers the child's bytes now.

@@ -62,8 +62,8 @@ class Object {
   ChunkPointer loadChunk(uint64_t& offset, GroupChunk& parent);
 
   // Reads a header field. Calls read(), with one exception: while an object whose bytes lie in
-  // memory is opened, the field is copied from the memory. Calls of read() would take a third of
-  // the time of opening there.
+  // memory is opened, the field is copied from the memory. Calls of read() would make up a third of
+  // the time that opening such an object takes.
   template <typename Field>
   void readField(uint64_t offset, Field& field) {
     static_assert(sizeof(Field) == 4);

@@ -13,8 +13,8 @@ namespace StrToNum {
 
 namespace {
 
-// A tree of at most this many levels is evaluated without an allocation, and printed with one.
-// Ordinary trees have fewer levels.
+// A tree of at most this many levels is evaluated without an allocation. Ordinary trees have fewer
+// levels.
 constexpr size_t USUAL_DEPTH = 32;
 
 }  // namespace
@@ -68,7 +68,8 @@ void CalcNode::print(std::ostream& out, uint32_t depth) const {
 //   - No left operand: the top is deleted, and its right operand becomes the top.
 //   - A binary left operand: the tree is rotated to the right. The left operand becomes the top,
 //     and the old top becomes its right operand.
-//   - Another left operand: it is deleted. If it is a negation, its operand takes its place.
+//   - A left operand that is a constant or a negation: it is deleted. If it is a negation, its
+//     operand takes its place.
 //
 // Each rotation adds a node to the chain of right operands. So there are fewer rotations than
 // nodes.

@@ -9,8 +9,8 @@
 
 namespace StrToNum {
 
-// Deletes the trees, first to last. A driver and its parser only append to the list, also when the
-// parse then fails.
+// Deletes the trees, first to last. A driver and its parser only append to the list. If the parse
+// fails, the trees stay in the list.
 class Results {
  public:
   Results() = default;

@@ -41,7 +41,7 @@ class Error : public std::runtime_error {
 };
 #endif
 
-/* Part of these headers: nothing to call. */
+/* Internal to these headers. Programs must not use it. */
 namespace detail {
 
 #ifdef __cpp_exceptions

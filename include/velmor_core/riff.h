@@ -20,8 +20,8 @@
  *  Size limit.  A group must stay below 4 GiB: its data size has 32 bits. The library does not
  *  check this. An edit that makes a group larger than 2^32 - 1 bytes succeeds, but the size field
  *  wraps to a small number. Then the bytes do not open again. So check the size before you add or
- *  lengthen a chunk. The top-level group is the largest of a chunk's ancestors. It is enough to
- *  check that one:
+ *  lengthen a chunk. Of the groups that a chunk is in, the top-level group is the largest. It is
+ *  enough to check the top-level group:
  *
  *    (uint64_t)velmor_core_riff_chunk_get_data_size(top) + added <= UINT32_MAX
  *
@@ -29,10 +29,10 @@
  *  chunk grows. The virtual root has no size field: an object may hold any number of top-level
  *  chunks of up to 4 GiB each.
  *
- *  Opening does not validate.  All bytes that can be read as a sequence of chunks open. A PNG,
- *  JPEG, FLAC or text file opens as one data chunk: its first eight bytes are read as id and data
- *  size, and most of the data is missing. A million zero bytes open as 125,000 empty chunks. Check
- *  the ids, and the data that you need. In detail:
+ *  Opening does not validate.  Any bytes that can be read as a sequence of chunks can be opened. A
+ *  PNG, JPEG, FLAC or text file opens as one data chunk: its first eight bytes are read as id and
+ *  data size, and most of the data is missing. A million zero bytes open as 125,000 empty chunks.
+ *  Check the ids, and the data that you need. In detail:
  *
  *  - Each group has to end exactly where its last child ends. A stream that has the same
  *    placeholder in all sizes, such as 0 or 2^32 - 1, does not open.
@@ -48,10 +48,10 @@
  *  recycling a neighbour makes them larger:
  *
  *  - a chunk with the id "JUNK" that was itself added into free space
- *  - a free chunk whose data size became 0 when a new chunk took the rest
+ *  - an empty free chunk of 8 bytes that remained when a new chunk took all other bytes
  *
  *  A group that was added under the id "JUNK" is a group, not free space. But when the object is
- *  opened again, it is read as a data chunk. Then it is free space.
+ *  opened again, the group is read as a data chunk. Then this chunk is free space.
  *
  *  Order of free space.  A group's free chunks are tried in the order of a list, and the first one
  *  that fits is used. A free chunk fits in two cases: its total size is exactly the number of new
@@ -64,14 +64,15 @@
  *  only, not for the last chunk inside a group.
  *
  *  The list is sorted when a chunk is recycled, when a free chunk is split and keeps at least one
- *  byte of data, and when a free chunk enters the list. Two changes do not sort the list:
- *  velmor_core_riff_chunk_set_data_size() resizes a free chunk, or another chunk becomes the last
- *  one. While an object is opened, its chunks are read one by one, from offset 0 on, and each free
- *  chunk enters the list. For example, an object has the top-level chunks "JUNK" with 100 bytes,
- *  "JUNK" with 20 bytes, and "data". When the second "JUNK" enters the list, it is the last chunk
- *  that has been read, so it is sorted to the end. Then "data" is read and becomes the last chunk,
- *  but this does not sort the list. So after opening, the free chunks are tried in the order 100,
- *  20.
+ *  byte of data, and when a free chunk enters the list. The list is not sorted when
+ *  velmor_core_riff_chunk_set_data_size() resizes a free chunk, nor when another chunk becomes the
+ *  last top-level chunk.
+ *
+ *  While an object is opened, its chunks are read one by one, from offset 0 on, and each free chunk
+ *  enters the list. For example, an object has the top-level chunks "JUNK" with 100 bytes, "JUNK"
+ *  with 20 bytes, and "data". When the second "JUNK" enters the list, it is the last chunk that has
+ *  been read, so it is sorted to the end. Then "data" is read and becomes the last chunk, but this
+ *  does not sort the list. So after opening, the free chunks are tried in the order 100, 20.
  *
  *  Handles.  A chunk handle points into the tree of its object. The caller never frees it. A handle
  *  that has ended must not be used any more. These calls end a chunk handle:
@@ -84,30 +85,33 @@
  *
  *  No other edit ends a handle, even if it moves the chunk. A call that fails ends no handle.
  *
- *  Null.  These may be null; the functions test for it:
+ *  Null.  These may be null:
  *
  *  - a chunk handle in velmor_core_riff_chunk_get_group_id(), _get_child(), _get_child_count() and
  *    all functions that read data, write data or edit
  *  - an object handle in velmor_core_riff_close() and velmor_core_riff_chunk_add_cache()
  *  - the path of velmor_core_riff_open_file()
- *  - a buffer whose size is 0
+ *  - the data of velmor_core_riff_chunk_add_data_chunk()
+ *  - both arguments of velmor_core_riff_open_asset()
+ *  - the buffer of velmor_core_riff_open_buffer_rw() if its capacity is 0; in all other functions,
+ *    a buffer whose size is 0
  *
- *  These must not be null, and this is not tested:
+ *  These must not be null, and the functions do not test this:
  *
  *  - a chunk handle in velmor_core_riff_chunk_get_id(), _get_parent(), _get_next() and
  *    _get_data_size()
  *  - an object handle in all other functions
- *  - the out-pointer of an open function
+ *  - the out-pointer of an open function, except that of velmor_core_riff_open_asset()
  *
  *  New bytes.  An edit leaves some of the bytes that it adds uninitialised. These are the new bytes
- *  of a lengthened data chunk, the data of a data chunk that is added with null data, and every pad
- *  byte. They hold what was stored at their place before, such as a part of a chunk that has moved,
- *  or the old data of free space. Where a file grows at its end, they are zeros. Overwrite them if
- *  the old data is secret.
+ *  of a lengthened data chunk, the data of a data chunk that is added with null data, and every new
+ *  pad byte, unless it is copied with its chunk. Uninitialised bytes hold what was stored at their
+ *  place before, such as a part of a chunk that has moved, or the old data of free space. Where a
+ *  file grows at its end, they are zeros. Overwrite them if the old data is secret.
  *
  *  Chunks that were cut short.  A last chunk whose data runs past the end of the bytes keeps the
  *  size that its header states. Reading or writing the missing data fails. An edit that needs
- *  missing bytes does one of two things:
+ *  missing bytes of the object that it changes does one of two things:
  *
  *  - If only the last pad byte is missing, the edit appends it first. The pad byte stays, even if
  *    there is no room for the rest of the edit.
@@ -115,12 +119,12 @@
  *
  *  These are the bytes that an edit needs. Every edit needs the bytes that it writes, copies or
  *  removes. If a pad byte becomes data, the edit needs the pad byte. If the edit changes the size
- *  of the object, it needs all bytes before the place of the change. Adding to the virtual root
- *  needs all bytes except the last pad byte, even if the edit uses free space.
+ *  of the object, it needs all bytes before the place of the change. If the edit adds chunks into
+ *  free space of the virtual root, it needs all bytes of the object except the last pad byte.
  *
- *  When an edit fails.  All handles stay valid, whether they were passed in or not. Each function
- *  says which failures change nothing. There is one exception: an edit may have appended the
- *  missing pad byte before it failed. The other failures leave one of two states:
+ *  When an edit fails.  All handles stay valid. Each function says which failures change nothing.
+ *  There is one exception: an edit may have appended the missing pad byte before it failed. The
+ *  other failures leave one of two states:
  *
  *  - If the object is read-only, no byte has changed, but a chunk in the tree may show a new data
  *    size or id. If the call is repeated, it may return success without writing anything, since the
@@ -131,9 +135,9 @@
  *
  *  In a buffer or cache, only velmor_core_riff_chunk_add_chunk() and
  *  velmor_core_riff_chunk_add_cache() can stop half-way: if memory runs out, or if the new bytes
- *  cannot be read as chunks. In a file, these two can stop half-way for the same reasons. Besides,
- *  every edit of a file can stop half-way if a system call fails after some bytes have changed.
- *  These are the steps of each edit, in order:
+ *  cannot be read as chunks. In a file, these two can stop half-way for the same reasons. In
+ *  addition, every edit of a file can stop half-way if a system call fails after some bytes have
+ *  changed. These are the steps of each edit, in order:
  *
  *    set_data                     write the data
  *    set_data_size, longer        lengthen the object; move up what follows; write the size fields
@@ -154,9 +158,10 @@
  *  Full disk.  Before an edit moves bytes up in a file, it reserves the room for them with
  *  fallocate(2). If the disk is full, the edit fails; the file and the tree stay as they were.
  *  Trying again has the same result. Two cases are not protected: a file system that cannot
- *  reserve, and an edit that lengthens the file at its end, where nothing has to move. There the
- *  file may become longer before the system refuses the bytes, and the edit stops half-way. On a
- *  file system that cannot reserve, bytes that had to move may have overwritten others.
+ *  reserve, and an edit that lengthens the file at its end, where nothing has to move. In both
+ *  cases, the file may become longer before the system refuses the bytes. Then the edit stops
+ *  half-way. On a file system that cannot reserve, bytes that had to move may have overwritten
+ *  others.
  *
  *  Signals.  A system call that a signal interrupts counts as failed. There is one exception:
  *  fallocate(2) is repeated. Install handlers with SA_RESTART, or block signals during an edit. If
@@ -164,36 +169,35 @@
  *  a file past RLIMIT_FSIZE raises SIGXFSZ, which kills the process. If the signal is ignored, the
  *  edit fails and changes nothing.
  *
- *  Power failure.  The library never calls fsync(2). Other programs see a change at once, but it
- *  reaches the disk when the system writes it back. An error in writing it back is not reported. To
- *  be sure, fsync(2) the file through a descriptor of your own after the last edit.
+ *  Power failure.  The library never calls fsync(2). Other programs see a change at once, but the
+ *  change reaches the disk only when the system writes it back. An error in writing it back is not
+ *  reported. To be sure, fsync(2) the file through a descriptor of your own after the last edit.
  *
- *  Two objects over one file.  Each object has a tree of its own, read when it was opened. It does
- *  not see chunks that were added, moved or removed through another object or by another program.
- *  An edit through a tree that is out of date succeeds and damages the file. Nothing locks the
- *  file. Any number of objects may read a file that nobody edits.
+ *  Two objects over one file.  Each object has a tree of its own, read when the object was opened.
+ *  The tree does not show chunks that were added, moved or removed through another object or by
+ *  another program. An edit through a tree that is out of date succeeds and damages the file.
+ *  Nothing locks the file. Any number of objects may read a file that nobody edits.
  *
  *  Threads.  Only one thread at a time may use an object and its chunks. Different objects are
- *  independent of each other. velmor_core_riff_chunk_add_chunk() and
- *  velmor_core_riff_chunk_add_cache() use two objects: that of the group and that of the chunk or
- *  cache.
+ *  independent of each other. velmor_core_riff_chunk_add_chunk() uses the objects of both chunks.
+ *  velmor_core_riff_chunk_add_cache() uses the object of the group, and the cache.
  *
  *  Fork.  After fork(2), each process has its own copy of a cache or of a buffer in private memory.
- *  The two copies of a file object share one file position. So simultaneous calls read and write at
- *  wrong places. Use the object in one of the processes only. In the other, open the file again.
- *  exec(3) closes the descriptor.
+ *  The two copies of a file object share one file position. So simultaneous calls may read and
+ *  write at wrong places. Use the object in one of the processes only. In the other, open the file
+ *  again. exec(3) closes the descriptor.
  *
- *  Costs.  Opening makes three reads for each data chunk: it reads the id twice, and the data size.
- *  For each group it makes a fourth, of the group id. In a file, each read costs an lseek(2) and a
- *  read(2). The functions that walk the tree read no bytes and take constant time.
- *  velmor_core_riff_chunk_get_child() takes the same time for every index. An edit that changes the
- *  size of the object moves all bytes that follow, writes the size field of each ancestor, and
- *  passes once over the later chunks of the tree. Recycling a chunk and adding into free space move
- *  no bytes; their time grows with the number of siblings.
+ *  Costs.  Opening reads the id of each chunk twice, its data size once, and the group id of each
+ *  group once. In a file, each read costs an lseek(2) and a read(2). The functions that walk the
+ *  tree read no bytes and take constant time. velmor_core_riff_chunk_get_child() takes the same
+ *  time for every index. An edit that changes the size of the object moves all bytes that follow,
+ *  writes the size field of each ancestor, and passes once over the later chunks of the tree.
+ *  Recycling a chunk and adding into free space move no bytes; their time grows with the number of
+ *  siblings.
  *
  *  Stack.  A call takes little stack, even if groups are nested deeply. There are two exceptions:
  *  an edit that moves bytes of a file has a buffer of 64 KiB on the stack, and
- *  velmor_core_riff_chunk_add_chunk() one of 32 KiB.
+ *  velmor_core_riff_chunk_add_chunk() has a buffer of 32 KiB.
  */
 #ifndef VELMOR_CORE_RIFF_H
 #define VELMOR_CORE_RIFF_H
@@ -227,7 +231,7 @@ enum {
   (VELMOR_CORE_RIFF_ID_BYTE(c0, 0) | VELMOR_CORE_RIFF_ID_BYTE(c1, 8) | \
    VELMOR_CORE_RIFF_ID_BYTE(c2, 16) | VELMOR_CORE_RIFF_ID_BYTE(c3, 24))
 
-/** Part of VELMOR_CORE_RIFF_ID(). */
+/** Internal to VELMOR_CORE_RIFF_ID(). */
 #ifdef __cplusplus
 #define VELMOR_CORE_RIFF_ID_BYTE(c, shift) \
   (static_cast<uint32_t>(static_cast<uint8_t>(c)) << (shift))
@@ -366,7 +370,7 @@ VELMOR_CORE_API uint64_t velmor_core_riff_cache_get_capacity(velmor_core_riff_ob
 
 /** The number of bytes that an object of any kind holds.
  *
- *  For a file it is the length at the time of opening, plus and minus the object's own edits.
+ *  For a file, the number is the length at the time of opening, changed by the object's own edits.
  *  Changes by others are not seen.
  *
  *  In:   object  must not be null
@@ -407,7 +411,8 @@ VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_group_id(velmor_core_riff_ch
  *
  *  In:   chunk  must not be null
  *
- *  Returns the group, which is the virtual root for a top-level chunk, or null for a virtual root
+ *  Returns the group, or null for a virtual root. The group of a top-level chunk is the virtual
+ *  root.
  */
 VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_get_parent(
     velmor_core_riff_chunk_t* chunk);
@@ -456,8 +461,8 @@ VELMOR_CORE_API uint32_t velmor_core_riff_chunk_get_data_size(velmor_core_riff_c
 /** Copy bytes out of a data chunk.
  *
  *  Copies `size` bytes to `buffer`. The first one is `offset` bytes into the chunk's data. The
- *  range has to lie within the data size. The pad byte after data of odd size is out of reach.
- *  Nothing is cached: a file object reads the file each time.
+ *  range has to lie within the data size. So the pad byte cannot be read. Nothing is cached: a file
+ *  object reads the file each time.
  *
  *  In:   chunk   a data chunk; may be null, which fails
  *        size    bytes to copy, 0 allowed
@@ -477,8 +482,9 @@ VELMOR_CORE_API int32_t velmor_core_riff_chunk_get_data(velmor_core_riff_chunk_t
 
 /** Copy bytes into a data chunk.
  *
- *  Overwrites `size` bytes of the chunk's data. The first one is `offset` bytes into the data. Data
- *  size and pad byte stay. velmor_core_riff_chunk_set_data_size() lengthens a chunk.
+ *  Overwrites `size` bytes of the chunk's data. The first one is `offset` bytes into the data. The
+ *  data size and the pad byte do not change. velmor_core_riff_chunk_set_data_size() lengthens a
+ *  chunk.
  *
  *  In:   chunk   a data chunk; may be null, which fails
  *        buffer  the bytes to write; may be null if size is 0
@@ -555,12 +561,12 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_chunk(
 
 /** Add all chunks of a cache, or of an object over a buffer, to a group.
  *
- *  They are added one directly after the other, in the same order. Their place is where
+ *  The chunks are added one directly after the other, in the same order. Their place is where
  *  velmor_core_riff_chunk_add_data_chunk() would add one chunk of the same total size: in free
- *  space, or as the last children. Unlike that function, this one uses free space also for a single
- *  chunk without data.
- *  If they fill a free chunk exactly, the handle of the free chunk ends. The cache is not changed.
- *  Ancestors must stay below 4 GiB: see "Size limit".
+ *  space, or as the last children. Unlike that function, velmor_core_riff_chunk_add_cache() uses
+ *  free space also for a single chunk without data. If the chunks fill a free chunk exactly, the
+ *  handle of the free chunk ends. The cache is not changed. Ancestors must stay below 4 GiB: see
+ *  "Size limit".
  *
  *  The call uses the object of the group and the cache: no other thread may use either of them.
  *
@@ -588,11 +594,11 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_cache(
 /** Add a data chunk to a group.
  *
  *  The new chunk goes into the first free chunk of the group that fits: see "Order of free space".
- *  If none fits, the last free chunk in that order may grow. It grows only if it is the last
- *  top-level chunk of the object. Its data size becomes the total size of the new chunk. So an
- *  empty free chunk of 8 bytes remains after the new chunk. In all other cases, and always if
- *  data_size is 0, the new chunk is appended as the group's last child, and the bytes after the
- *  group move.
+ *  If none fits, and the last free chunk in that order is the last top-level chunk of the object,
+ *  this free chunk grows: its data size becomes the total size of the new chunk. Then the new chunk
+ *  goes into it, and an empty free chunk of 8 bytes remains after the new chunk. In all other
+ *  cases, and always if data_size is 0, the new chunk is appended as the group's last child, and
+ *  the bytes after the group move.
  *
  *  If the new chunk fills a free chunk exactly, the handle of the free chunk ends. The pad byte of
  *  data of odd size is not written. Ancestors must stay below 4 GiB: see "Size limit".
@@ -618,12 +624,13 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_data_chunk(
 
 /** Append an empty group to a group.
  *
- *  It takes 12 bytes. Free space is not used. Ancestors must stay below 4 GiB: see "Size limit". No
- *  handle ends.
+ *  The new group takes 12 bytes. Free space is not used. Ancestors must stay below 4 GiB: see "Size
+ *  limit". No handle ends.
  *
  *  In:   group     where the new group is appended, as the last child; may be null, which fails
- *        id        "RIFF" or "LIST". Under any other id it is a group until the object is closed.
- *                  Opened again, it is a data chunk that begins with the group id.
+ *        id        "RIFF" or "LIST". Under any other id, it is a group until the object is closed.
+ *                  When the object is opened again, it is a data chunk whose data begins with the
+ *                  group id.
  *        group_id  its group id
  *
  *  Returns the new group, or null when

@@ -7,7 +7,7 @@
  *
  *    12            an integer, up to 2^64 - 1; a larger one counts as 2^64 - 1
  *    1.5           a decimal fraction; the digits after the point may be missing: 1.
- *    1e3  1.5e-3   a decimal exponent after a small e; a point before it needs digits on both sides
+ *    1e3  1.5e-3   a decimal exponent after a small e; a point before e needs digits on both sides
  *    4k  1.5k      an SI prefix: p n u m c d h k M G T, from 10^-12 to 10^12
  *    4k7           an SI prefix in place of the decimal point: 4700
  *    1.5da  4da7   the SI prefix da (10): 15 and 47; 4da is rejected, see below
@@ -30,7 +30,7 @@
  *  Blanks.  Spaces, tabs and carriage returns may stand before and after numbers and operators.
  *
  *  Lines.  A text may have several lines, separated by newlines. Empty lines do not count. Each
- *  other line has to be one valid expression. The first one is the result.
+ *  other line has to be one valid expression. The value of the first expression is the result.
  *
  *  Rejected.  People type these texts, too, but they are not accepted:
  *
@@ -40,24 +40,24 @@
  *    1.5 k         no blank between number and prefix
  *    1.5Ki         a binary prefix needs an integer: write 1.5*1Ki
  *    4da           write 4*10, 4da0 or 4.0da
- *    1.5k7         a number with a point ends with its prefix
- *    1.k           a prefix follows a digit
+ *    1.5k7         no digits after the prefix of a number with a point
+ *    1.k           no prefix directly after the point: write 1.0k
  *    1E3  1.e3     write 1e3
  *    0x10          no hexadecimal numbers
  *    1_000  1 000  no separators
- *    50%           the percent sign is the remainder and needs a right operand
+ *    50%           % is the remainder and needs a right operand
  *    --2  2^-1     write -(-2) and 2^(-1)
  *    2(3)  2**3    write 2*(3) and 2^3
  *    4kB  10 Hz    no units
  *    inf  nan      no names
  *
  *  Bytes other than ASCII are rejected, the micro sign among them: write 5u. A text without a
- *  number is rejected: an empty one, or one of blanks and newlines only.
+ *  number is rejected: an empty text, or a text of blanks and newlines only.
  *
- *  Calculation.  Everything is computed in IEEE 754 double precision. Only the result is converted.
- *  So integers above 2^53 are rounded: 9223372036854775807 becomes 2^63. The range of a value is
- *  not checked: 1/0 is infinity, and 1%0 is NaN. The text of each function gives the result for
- *  such values.
+ *  Calculation.  Everything is computed in IEEE 754 double precision. So integers above 2^53 are
+ *  rounded: 9223372036854775807 becomes 2^63. At the end, the value is converted to the type of the
+ *  result. The range of the value is not checked: 1/0 is infinity, and 1%0 is NaN. Each function
+ *  says what it gives for such values.
  *
  *  Large integers.  An integer from 2^63 to 2^64 - 1 becomes negative: the calculation uses the
  *  integer minus 2^64. This also holds for an integer with a binary prefix, if the product is in
@@ -92,8 +92,8 @@ extern "C" {
 /** Convert a number text to a signed 64-bit integer.
  *
  *  The value is truncated toward zero: 1.9 gives 1, and -1.9 gives -1. Values that do not fit,
- *  infinities and NaN give -9223372036854775808 (INT64_MIN). For integers of 2^63 and
- *  more in the text see "Large integers".
+ *  infinities and NaN give -9223372036854775808 (INT64_MIN). For integers of 2^63 and more in the
+ *  text, see "Large integers".
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the integer; not null
@@ -121,7 +121,7 @@ VELMOR_CORE_API bool velmor_core_str_to_u64(const char* str, uint64_t* value);
 /** Convert a number text to a double.
  *
  *  The value is the result of the calculation, infinities and NaN included. For integers of 2^63
- *  and more in the text see "Large integers".
+ *  and more in the text, see "Large integers".
  *
  *  In:   str    the text, up to its NUL; not null
  *  Out:  value  receives the double; not null

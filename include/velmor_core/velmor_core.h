@@ -22,13 +22,13 @@
  *  Out-pointers.  Memory that receives a result is written only on success. On failure it stays as
  *  it was before the call.
  *
- *  Null.  Where a text says that a pointer may be null, the function tests for it. Every other
- *  pointer must be valid and not null: this is not tested.
+ *  Null.  A pointer may be null only where a text says so. Every other pointer must be valid and
+ *  not null. The functions do not test this.
  *
  *  Ownership.  Strings and buffers passed in are used during the call only. There is one exception:
- *  a RIFF object uses the buffer that it was opened over until it is closed. What an open function
- *  returns belongs to the caller until the matching close. Pointers to constant data are never
- *  freed.
+ *  a RIFF object uses the buffer that it was opened over until the object is closed. What an open
+ *  function returns belongs to the caller until the matching close. Pointers to constant data are
+ *  never freed.
  *
  *  Threads.  The library starts no threads and takes no locks. Functions without a handle argument
  *  may run on any number of threads at once. Only one thread at a time may use an object and its

@@ -21,8 +21,9 @@ for name in $(grep -oE '^ velmor_core_\w+' "$source/debian/libvelmor-core0.symbo
 done
 # A man page has the complete text of the header.
 page=$(sed 's/\\f[A-Z]//g; s/\\&//g' pages/man3/velmor_core_riff_chunk_get_data.3 | tr -s '\n ' ' ')
-for text in 'bytes to copy, 0 allowed' 'out of reach. Nothing is cached' 'buffer +receives size bytes' \
-  'VELMOR_CORE_BAD_HANDLE: chunk is null' 'read; buffer may hold the first bytes'; do
+for text in 'bytes to copy, 0 allowed' 'cannot be read. Nothing is cached' \
+  'buffer +receives size bytes' 'VELMOR_CORE_BAD_HANDLE: chunk is null' \
+  'read; buffer may hold the first bytes'; do
   grep -qE "$text" <<<"$page" || fail "velmor_core_riff_chunk_get_data does not tell: $text"
 done
 
