@@ -36,7 +36,8 @@ command still works on the others. The exit status is the highest one of all fil
 A command that changes a file leaves the complete old file or the complete new one. This holds also
 after a signal, a full disk, an I/O error, a power cut or an edit by another program. The edit is
 made in a copy, which replaces the file when it is complete and on the disk. Only --in-place cannot
-promise this: it marks a file while it edits it. See "velmor-core set --help".
+promise this. If such an edit is interrupted, a marker file stays beside the file. See
+"velmor-core set --help".
 
 Exit status: 0 done, 1 failed, 2 wrong use. "check" also gives 3: a file cannot be read.
 "diff" gives 1 for files that differ, and 2 if one cannot be read.

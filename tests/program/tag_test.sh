@@ -104,7 +104,7 @@ values_are_checked_before_any_change() {
   refuses "INAM is given twice" tone.wav title=1 INAM=2
   refuses "cannot be converted" tone.wav --encoding ISO-8859-1 title=東
   refuses "there is no encoding" tone.wav --encoding NONE title=x
-  refuses "end in one NUL" tone.wav --encoding UTF-16LE title=x
+  refuses "does not store ASCII characters as ASCII does" tone.wav --encoding UTF-16LE title=x
   refuses "no file is given" title=x
   refuses "-o takes the result of one file" tone.wav tagged.wav -o x title=1
   refuses "card.webp: holds RIFF:WEBP" card.webp title=x

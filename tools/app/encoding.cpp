@@ -73,8 +73,8 @@ Encoding::Encoding(const std::string& name) : name(name) {
     throw UsageError("there is no encoding \"" + name + "\" (\"iconv --list\" shows them)");
   }
   if (fromUtf8("A") != "A") {
-    throw UsageError("texts in these files cannot have the encoding " + name +
-                     ": they end in one NUL");
+    throw UsageError("the encoding " + name +
+                     " cannot be used: it does not store ASCII characters as ASCII does");
   }
 }
 

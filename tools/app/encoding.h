@@ -13,8 +13,8 @@ class Encoding {
   // UTF-8.
   Encoding() = default;
   // An encoding by its name for iconv, such as "ISO-8859-1". Throws UsageError if there is no such
-  // encoding. Also throws it if ASCII characters are not single bytes in the encoding, because a
-  // text in a file ends in a single NUL byte.
+  // encoding. Also throws UsageError if the letter A is not the single byte that it is in ASCII, as
+  // in UTF-16 or EBCDIC. In UTF-16, a text would not end in the single NUL byte that files have.
   explicit Encoding(const std::string& name);
 
   // Both return nothing if the text cannot be converted.

@@ -10,9 +10,9 @@
 
 namespace tool {
 
-// An ending signal is one with which others end a program, such as SIGINT or SIGTERM. SIGKILL,
-// real-time signals and signals that report a fault of the program, such as SIGSEGV, are not among
-// them.
+// An ending signal is a signal that by default ends a program, such as SIGINT or SIGTERM. SIGKILL,
+// SIGXFSZ, real-time signals and signals that report a fault of the program, such as SIGSEGV, are
+// not ending signals.
 
 // Call once, before anything else. From then on, an ending signal first removes the unfinished file
 // and ends the workers. The program ends after them. An ending signal that was ignored before stays

@@ -6,9 +6,9 @@ namespace tool {
 
 namespace {
 
-// Bytes that are too few for a header are no chunk. The header of a data chunk whose size does not
-// fit is not taken for a chunk either, if its id is not printable or it is at the top level. But if
-// `isStart` is true, this header is taken for a chunk.
+// Bytes that are too few for a header are no chunk. A data chunk whose size does not fit is taken
+// for a chunk only in two cases: its id is printable and it is not at the top level, or `isStart`
+// is true.
 bool isChunk(const TreeItem& item, bool isStart) {
   const uint64_t left = item.limit - item.chunk.offset;
   if (left < HEADER_SIZE) return false;

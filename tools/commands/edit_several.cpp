@@ -56,7 +56,7 @@ std::vector<std::string> wordsOf(std::string_view text) {
 const Command& findCommand(const std::string& name) {
   const auto* const* found = std::ranges::find(COMMANDS, name, &Command::name);
   if (found == COMMANDS.end()) {
-    throw UsageError("\"" + name + "\" is no edit: set, add, remove and recycle are");
+    throw UsageError("\"" + name + "\" is no edit; the edits are set, add, remove and recycle");
   }
   return **found;
 }
@@ -173,8 +173,8 @@ const Command EDIT = {
 An EDIT is one of the commands "set", "add", "remove" and "recycle", written without FILE. It may
 have the options --add, --top and --force of that command:
 "set --add RIFF:WAVE/LIST:INFO/INAM 'Concert pitch'". Each edit sees the results of those before it.
-If one cannot be made, a message names it, and the file stays as it is. The file is copied and
-replaced once.
+If an edit cannot be made, a message names the edit, and the file stays as it is. The file is copied
+and replaced once.
 
 In an EDIT, blanks separate words. Blanks between quotes, '...' or "...", belong to the word. A
 double quote between single quotes is an ordinary character, and so is a single quote between double
@@ -183,8 +183,9 @@ quotes. A backslash is always an ordinary character.
 -e EDIT      an edit; may be given several times
 -f LINES     read the edits from a file, one on each line; "-" is standard input. Empty lines and
              lines that begin with # are left out.
---in-place   edit the file itself. All edits are first tried in memory, and the file is changed only
-             if all of them can be made. This needs memory for all bytes that change or move.
+--in-place   edit the file itself. If there are several edits, or if the file is damaged, the edits
+             are first made in memory. The file is changed only if all of them can be made there.
+             The memory has to hold all bytes that change or move.
 
 See "velmor-core set --help" for values and the other options.
 )",

@@ -178,9 +178,10 @@ Warnings requireSound(const std::string& file, RawBytes& repaired) {
   return warnings;
 }
 
-// Throws Failure if the file is not cut short, and the chunk whose size the plan has chosen gets a
-// warning. The data of a whole file ends with a whole sample block. If the chosen size does not end
-// there, other bytes follow the data. In a file that was cut, the data may end anywhere.
+// `warnings` are about the file with the plan's changes. Throws Failure if the file is not cut
+// short and a warning is about the chunk whose new size reaches to the end of the file. The data of
+// such a file is a whole number of sample blocks. In a file that is cut short, the data may end
+// anywhere.
 void requireGoodSize(const std::string& file, const RepairPlan& plan, const Warnings& warnings) {
   if (!plan.claimed || !plan.isOfWholeFile) return;
   const auto isAboutChunk = [&](const Finding& warning) {
@@ -189,8 +190,8 @@ void requireGoodSize(const std::string& file, const RepairPlan& plan, const Warn
   const auto found = std::ranges::find_if(warnings.first, isAboutChunk);
   if (found == warnings.first.end()) return;
   throw Failure(file,
-                "not repaired: the file is not cut short, and if the chunk reached to the end of "
-                "the file, it would have this warning: " +
+                "not repaired: the new size would be wrong, too. The file is not cut short, and "
+                "would have this warning with the new size: " +
                     findingText(*found));
 }
 

@@ -58,8 +58,8 @@ class Stripper {
     return removeChunks(virtualRoot, dropped);
   }
 
-  // What the last change that was checked drops: "JUNK (2 times), LIST:INFO: 1,024 bytes". Empty
-  // for nothing.
+  // What the last call of check() found to drop, such as "JUNK (2 times), LIST:INFO: 1,024 bytes".
+  // Empty if there was nothing to drop.
   const std::string& summary() const { return said; }
 
  private:

@@ -51,7 +51,7 @@ std::vector<uint32_t> infoIdsOf(std::string_view name) {
   return ids;
 }
 
-// The operands of the command, sorted.
+// The operands of the command, divided into files and assignments.
 class Operands {
  public:
   Operands(const Arguments& arguments, const Encoding& encoding) : encoding(encoding) {

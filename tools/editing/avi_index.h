@@ -72,8 +72,8 @@ class AviIndexes {
   void correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi);
   void correctOpenDml(const Chunk& index);
   EntryChange correctIndexEntry(uint8_t* entry);
-  // A base of 0 stays 0. Any other base moves as far as the first chunk that is found has moved.
-  // Then the offsets in the entries stay as they are if all chunks move by the same distance.
+  // A base of 0 stays 0. Any other base moves by the same distance as the first chunk that is
+  // found. Then the offsets in the entries stay as they are if all chunks move by this distance.
   EntryChange correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
   void followCut(const Cut& cut, const Layout& after);
   void warn(std::vector<std::string>& warnings) const;

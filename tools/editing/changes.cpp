@@ -40,8 +40,8 @@ bool isStored(const Chunk& chunk) {
          chunk.read(last, chunk.dataSize() - 1, std::nothrow);
 }
 
-// The data chunk or empty group that ends where a chunk ends: the last one inside it, at any depth,
-// or the chunk itself.
+// The last data chunk or empty group inside a chunk, at any depth. If nothing is inside, the chunk
+// itself.
 Chunk lastInside(Chunk chunk) {
   while (chunk.childCount() > 0) chunk = Chunk(chunk.child(chunk.childCount() - 1));
   return chunk;

@@ -16,7 +16,7 @@ constexpr uint64_t SIZE_FIELD = 4;  // from the start of a header
 
 struct OpenGroup {
   PlacedChunk group;
-  uint64_t lost;  // bytes, total sizes of the chunks that go
+  uint64_t lost;  // number of bytes that the cut removes from the group
 };
 
 }  // namespace

@@ -147,10 +147,11 @@ void changeTarget(const Opened& opened, Target& target, std::span<const Edit> ed
   target.finish();
 }
 
-// Throws Failure if an edit cannot be made. Returns false if nothing is to be done. Checks the
-// first edit before the file is copied. An edit in place cannot be undone. So it is first made in
-// memory if it has several parts, or if the file is damaged and the library may refuse the edit
-// half-way. This needs memory for the bytes that change.
+// Throws Failure if the first edit cannot be made. Returns false if it is the only edit and nothing
+// is to be done. Edits in place cannot be undone. They are first made in memory if there are
+// several, or if the file is damaged and the library may refuse an edit half-way. If one of them
+// fails in memory, this function throws Failure, too. The memory holds the bytes that change or
+// move.
 bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
   Change first;
   opened.explain([&] { first = edits.front()(opened.root()); });

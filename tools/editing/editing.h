@@ -48,8 +48,9 @@ struct EditJob {
 // begun, or if the folder of the finished file cannot be synced. The message says so.
 void editFile(const EditJob& job, const EditWay& way, const Edit& edit);
 
-// Carries out several edits as one. Each is checked on the result of those before it. The file is
-// changed in place only if all of them could be made in memory.
+// Carries out several edits as one. Each edit is checked on the result of the edits before it. If
+// there are at least two edits, or if the file is damaged, the file is changed in place only after
+// all edits could be made in memory.
 void editFile(const EditJob& job, const EditWay& way, std::span<const Edit> edits);
 
 }  // namespace tool

@@ -37,8 +37,9 @@ void appendCopy(const NewList& to, const Chunk& chunk) {
   required("copy " + chunk.name(), [&] { return to.contents.root().addCopy(chunk, std::nothrow); });
 }
 
-// The new contents of a list. `missing` marks the texts that are not stored in an earlier list.
-// Stores those that belong in this list, and clears their marks.
+// The new contents of a list. `missing` marks the assignments whose text still has to be stored.
+// The first chunk of such an assignment gets the text, and the mark is cleared. All other chunks of
+// assignments are left out. Free chunks are left out, too.
 NewListPointer rebuild(const Chunk& list, const std::vector<InfoAssignment>& assignments,
                        std::vector<bool>& missing) {
   auto result = std::make_shared<NewList>(NewList{.list = list});
@@ -65,8 +66,9 @@ bool holdsAny(const Chunk& list, const std::vector<InfoAssignment>& assignments)
   return false;
 }
 
-// The lists that hold one of the texts or get a new one, with their new contents. The texts of some
-// may be the same as before.
+// The lists that may have to change, each with its new contents. The new contents may have the same
+// texts as the list. A text that has no chunk yet goes to the first list, or to a new list if there
+// is none.
 std::vector<NewListPointer> rebuildLists(const Chunk& group,
                                          const std::vector<InfoAssignment>& assignments) {
   std::vector<bool> missing(assignments.size());
@@ -121,15 +123,16 @@ Change addList(const Chunk& group, const NewListPointer& to) {
   static_cast<void>(list.Chunk::addCache(to->contents));
   return [group, made, list] {
     required("add " + list.name(), [&] {
-      // Programs expect the texts of WAVE after the data, and the free space before it may be
-      // reserved for a ds64. Those of AVI usually lie in the free space before movi.
+      // An AVI may get the list in free space before movi, where texts usually lie. In a WAVE, the
+      // list is appended. Programs expect texts after the data, and free space before the data may
+      // be reserved for a ds64.
       return group.groupId() == FORM_AVI ? group.addCache(*made, std::nothrow)
                                          : group.addCopy(list, std::nothrow);
     });
   };
 }
 
-// Whether a list of texts has the same ones as another, whatever free chunks are between them.
+// Whether two lists have the same texts in the same order. Free chunks are ignored.
 bool hasSameTexts(const Chunk& list, const Chunk& other) {
   const auto nextText = [](Chunk chunk) {
     while (chunk && chunk.id() == ID_JUNK) chunk = chunk.next();

@@ -29,7 +29,8 @@ class TypedEdit {
   // By how many bytes the edit can lengthen a file.
   virtual uint64_t room() const = 0;
   // What users should know about the last change that was checked; usually nothing. It does not say
-  // that the file has changed: the edit may be a dry run, or the result another file.
+  // that the file has changed: the edit may be a dry run, or its result may be written to another
+  // file.
   virtual std::string note() const { return {}; }
 };
 

@@ -125,7 +125,8 @@ class Comparison {
     groups.insert(groups.end(), later.rbegin(), later.rend());  // the last is taken first
   }
 
-  // Groups are only looked at here; the items in them are compared later.
+  // Of groups, only the names and the places are compared here. The items in them are compared
+  // later.
   void comparePair(const TreeItem& a, const TreeItem& b, bool isMoved) {
     if (nameOf(a) != nameOf(b)) {
       report({Difference::REMOVED, pathTo(a), a, std::nullopt, std::nullopt});

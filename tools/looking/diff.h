@@ -16,8 +16,8 @@ struct Difference {
   std::string path;                // the names of the groups and the item
   std::optional<TreeItem> first;   // the item in the first file; none if it was added
   std::optional<TreeItem> second;  // the item in the second file; none if it was removed
-  // The offset of the first differing byte, from the first data byte. None unless the data of an
-  // item changed, but not its size.
+  // The offset of the first differing byte, from the first data byte. Set only if the data of an
+  // item changed and its size did not.
   std::optional<uint64_t> differsAt;
 };
 

@@ -44,9 +44,9 @@ struct Map {
   Summary summary;
 };
 
-// Divides the size of the file by `columns`, and rounds up. An item shares the box before it if the
-// box then stays smaller than the result. So a row has at most 2 * `columns` boxes, however many
-// chunks there are.
+// An item is added to the box before it if this box stays smaller than a limit. The limit is the
+// size of the file divided by `columns`, rounded up. A row has at most 2 * `columns` boxes, however
+// many chunks there are.
 Map makeMap(std::string_view title, RawBytes& bytes, uint64_t columns);
 
 // Prints a map at a terminal, `width` columns wide.

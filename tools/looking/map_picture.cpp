@@ -101,7 +101,8 @@ std::string pixels(double number) {
   return {text.data(), result.ptr};
 }
 
-// "1.25 MiB": exact for ticks, which have four digits at most.
+// The size of a tick, such as "1.25 MiB", without rounding. Three decimals are enough, because a
+// tick is a power of two multiplied by at most 9.
 std::string tickSize(uint64_t tick) {
   std::string rounded = binarySize(tick);
   if (tick < 1024) return rounded;

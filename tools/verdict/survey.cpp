@@ -1,10 +1,10 @@
 // What is wrong with the headers of a RIFF file.
 //
 // The survey keeps two positions:
-//   walk.offset()  where the chunks so far end according to the size fields. If the last data chunk
-//                  is cut short, this is past the end of the file. A group that ends there too is
-//                  cut short with it, so it gets a new size but no finding of its own.
-//   repairedAt     where the chunks so far end in the repaired file.
+//   walk.offset()  the end of the chunks that were passed, according to the size fields. If the
+//                  last data chunk is cut short, this offset is past the end of the file. Then a
+//                  group that ends at this offset gets a new size but no finding of its own.
+//   repairedAt     the end of the chunks that were passed, in the repaired file.
 //
 // The plan changes a size for two purposes only: so that a data chunk ends with the file, or so
 // that a group ends with its last child. The repair also adds a pad byte that is missing at the end
@@ -232,10 +232,9 @@ class Surveyor {
     }
   }
 
-  // Whether the bytes read as a header look like text, such as XMP. After a wrong size, the survey
-  // may arrive in the middle of such text and read it as a header. An id does not begin with a
-  // space. Four printable bytes, read as a size, are 500 MB or more, and only chunks of sound are
-  // that large.
+  // Whether the bytes of a header look like text, such as XMP. After a wrong size, the survey may
+  // take a part of such text for a header. An id does not begin with a space. As a size, four
+  // printable bytes are 500 MB or more, and only chunks of sound are that large.
   static bool isText(const RawChunk& chunk) {
     return (chunk.id & 0xFF) == ' ' || (chunk.id != ID_DATA && chunk.dataSize <= MAX_SIZE &&
                                         isPrintable(static_cast<uint32_t>(chunk.dataSize)));
