@@ -143,7 +143,7 @@ class InPlace : public Target {
   bool finished = false;
 };
 
-// Where no file can be made, there is no place for the marker of an edit in place either.
+// If no file can be made in the folder, the marker of an edit in place cannot be made there either.
 bool isInWritableFolder(const std::string& path) {
   return ::access(path.substr(0, path.rfind('/') + 1).c_str(), W_OK | X_OK) == 0;
 }

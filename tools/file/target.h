@@ -19,10 +19,11 @@ class Target {
   Target() = default;
   Target(const Target&) = delete;
   Target& operator=(const Target&) = delete;
-  // Undoes what is not finished: removes the new file.
+  // Removes a new file that is not finished. An edit in place that has begun is not undone.
   virtual ~Target() = default;
 
-  // Open for reading and writing; holds the original's bytes, and the space in a copy.
+  // Open for reading and writing. Holds the original's bytes. A copy also has the zeros of its
+  // Space.
   virtual const File& file() const = 0;
   // A name under which the library can open the same file, until finish().
   virtual const std::string& path() const = 0;
@@ -35,7 +36,8 @@ class Target {
 };
 
 // The three ways. Each first makes its copy or reserves disk space, and throws Failure with the
-// reason if it cannot. A copy has the space in addition. The original has to outlive the target.
+// reason if it cannot. A copy also has the zeros of `space`. The original has to outlive the
+// target.
 
 // A new file in the original's folder. It replaces the original and gets its name, permissions,
 // owner and attributes.
