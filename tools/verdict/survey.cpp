@@ -20,6 +20,7 @@
 #include "chunks/file_kind.h"
 #include "chunks/header_walk.h"
 #include "chunks/input.h"
+#include "known/avi.h"
 #include "verdict/form.h"
 #include "verdict/trailing.h"
 #include "verdict/wide_sizes.h"
@@ -217,7 +218,7 @@ class Surveyor {
       found(chunk.offset, path(chunk) + " lacks the pad byte after its odd size");
       take(chunk);
       moveTo(chunk.end());
-    } else if (!isPrintable(chunk.id) || isText(chunk)) {
+    } else if (!isPrintable(chunk.id) || isText(chunk) || isStrangeFrame(chunk)) {
       passUnexplained(chunk);
     } else if (isCut) {
       found(chunk.offset, path(chunk) + " ends " + counted(chunk.dataEnd() - size, "byte") +
@@ -238,6 +239,15 @@ class Surveyor {
   static bool isText(const RawChunk& chunk) {
     return (chunk.id & 0xFF) == ' ' || (chunk.id != ID_DATA && chunk.dataSize <= MAX_SIZE &&
                                         isPrintable(static_cast<uint32_t>(chunk.dataSize)));
+  }
+
+  // Whether a chunk among the pictures of an AVI has an id that does not belong there. After a
+  // wrong size, the survey may arrive in the middle of an id.
+  bool isStrangeFrame(const RawChunk& chunk) const {
+    if (walk.level() == 0) return false;
+    const uint32_t parent = walk.group().groupId;
+    return (parent == ID_MOVI || parent == ID_REC) && chunk.id != ID_JUNK &&
+           !hasStreamNumber(chunk.id) && !isOpenDmlIndex(chunk.id, parent);
   }
 
   void passWholeData(const RawChunk& chunk) {
