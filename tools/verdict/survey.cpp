@@ -121,6 +121,11 @@ class Surveyor {
   // --- groups
 
   void enterGroup(const RawChunk& chunk) {
+    const uint64_t groupEnd = walk.claimedEnd();
+    if (chunk.isRiff && walk.level() > 0 && (chunk.end() > groupEnd || groupEnd > size)) {
+      found(chunk.offset, path(chunk) + " lies in a group that should end before it",
+            Severity::DOUBTFUL);
+    }
     const bool mayBeStream = walk.level() == 0 || chunk.groupId == ID_MOVI;
     const bool isMarked = chunk.end() > size && isStreamMark(chunk.dataSize);
     const bool isStream = mayBeStream && (chunk.dataSize == 0 || isMarked);
@@ -197,6 +202,11 @@ class Surveyor {
   // --- data chunks
 
   void passData(const RawChunk& chunk) {
+    if (isLostGroup(chunk)) {
+      found(chunk.offset,
+            path(chunk) + " looks like a group of frames, but its id is that of a data chunk",
+            Severity::DOUBTFUL);
+    }
     if (isStream(chunk)) {
       found(chunk.offset, path(chunk) + streamText(chunk.dataSize, size - chunk.dataOffset()));
       extendToFile(chunk);
@@ -206,6 +216,16 @@ class Surveyor {
     } else {
       passLongData(chunk);
     }
+  }
+
+  // Whether a chunk of an AVI begins like a group that holds frames. If one byte of the id of such
+  // a group is wrong, players do not find the frames.
+  bool isLostGroup(const RawChunk& chunk) {
+    if (survey.chunks == 0 || bytes.chunkAt(0).groupId != FORM_AVI) return false;
+    if (walk.level() == 0) return chunk.groupId == FORM_AVIX;
+    const uint32_t parent = walk.group().groupId;
+    if (chunk.groupId == ID_MOVI) return walk.level() == 1;
+    return chunk.groupId == ID_REC && parent == ID_MOVI && !hasStreamNumber(chunk.id);
   }
 
   // Handles data that ends past the end of its group or of the file. If its group ends with the
@@ -218,7 +238,7 @@ class Surveyor {
       found(chunk.offset, path(chunk) + " lacks the pad byte after its odd size");
       take(chunk);
       moveTo(chunk.end());
-    } else if (!isPrintable(chunk.id) || isText(chunk) || isStrangeFrame(chunk)) {
+    } else if (!isPrintable(chunk.id) || isText(chunk) || (isCut && isStrangeFrame(chunk))) {
       passUnexplained(chunk);
     } else if (isCut) {
       found(chunk.offset, path(chunk) + " ends " + counted(chunk.dataEnd() - size, "byte") +
@@ -267,8 +287,14 @@ class Surveyor {
     if (walk.level() == 0 || !isPrintable(chunk.id)) return false;
     if (isStreamMark(chunk.dataSize)) return hasMarkedSize(chunk);
     return chunk.dataSize == 0 && chunk.id == ID_DATA && walk.level() == 1 &&
-           walk.limit() == size && size > chunk.dataOffset() &&
+           walk.limit() == size && size > chunk.dataOffset() && !isCutShort() &&
            !leadsTo(size, chunk.dataOffset(), Ids::ANY, bytes, headersLeft);
+  }
+
+  // Whether the size of the innermost group says that the file was cut. Then the group had its
+  // size, and its data had one, too. The pad byte of the group may be missing.
+  bool isCutShort() const {
+    return walk.claimedEnd() != HeaderWalk::NOWHERE && walk.claimedEnd() > padded(size);
   }
 
   // Whether a size that may mean "unknown" cannot be the real size. It cannot be if the chunk would
