@@ -153,6 +153,7 @@ large.avi|poke 4 00 00 01|refused|RIFF:AVI/RIFF:AVIX lies in a group that should
 large.avi|poke 4 7a|refused|RIFF:AVI/RIFF:AVIX lies in a group that should end before it
 large.avi|poke 18802 78|refused|xIFF looks like a group of frames, but its id is that of a data chunk
 large.avi|poke 18814 78|refused|RIFF:AVIX/xIST looks like a group of frames, but its id is that of a data chunk
+large.avi|poke 18822 78|refused|RIFF:AVIX/LIST:xovi begins with a frame, but its group id is another one
 card.webp|cut 900|repaired|RIFF:WEBP/VP8 ends 54 bytes past the end of the file (at offset 12)
 card.webp|cut 100|refused|RIFF:WEBP/VP8 ends before the first part of the picture does
 card.webp|poke 15 51|refused|RIFF:WEBP begins with VP8Q, not with VP8, VP8L or VP8X

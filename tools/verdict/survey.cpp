@@ -207,6 +207,10 @@ class Surveyor {
             path(chunk) + " looks like a group of frames, but its id is that of a data chunk",
             Severity::DOUBTFUL);
     }
+    if (isLostFrame(chunk)) {
+      found(walk.group().offset, path() + " begins with a frame, but its group id is another one",
+            Severity::DOUBTFUL);
+    }
     if (isStream(chunk)) {
       found(chunk.offset, path(chunk) + streamText(chunk.dataSize, size - chunk.dataOffset()));
       extendToFile(chunk);
@@ -226,6 +230,14 @@ class Surveyor {
     const uint32_t parent = walk.group().groupId;
     if (chunk.groupId == ID_MOVI) return walk.level() == 1;
     return chunk.groupId == ID_REC && parent == ID_MOVI && !hasStreamNumber(chunk.id);
+  }
+
+  // Whether a chunk is the first one of a group and is a frame, though the group is not for frames.
+  bool isLostFrame(const RawChunk& chunk) {
+    if (walk.level() < 2 || !isFrameId(chunk.id)) return false;
+    const OpenGroup& group = walk.group();
+    return chunk.offset == group.offset + GROUP_HEADER_SIZE && group.groupId != ID_MOVI &&
+           group.groupId != ID_REC && bytes.chunkAt(0).groupId == FORM_AVI;
   }
 
   // Handles data that ends past the end of its group or of the file. If its group ends with the
