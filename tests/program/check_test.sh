@@ -143,6 +143,7 @@ clip.avi|poke 20 78|refused|RIFF:AVI has no LIST:hdrl
 clip.avi|poke 9974 78|refused|RIFF:AVI has no LIST:movi
 clip.avi|poke 18666 00 01|warning|1 of 9 entries of RIFF:AVI/idx1 points at no chunk of the same id, the first is entry 1
 clip.avi|cut 15000; poke 10914 00 10|refused|RIFF:AVI/LIST:movi/01wb ends 14 bytes past the end of the file
+clip.avi|cut 15000; poke 10914 00 10; poke 8 61|refused|RIFF:aVI/LIST:movi/01wb ends 14 bytes past the end of the file
 clip.avi|cut 15000; poke 13904 00 10; drop 13950 1|refused|RIFF:AVI/LIST:movi/00dc ends 3005 bytes past the end of the file
 clip.avi|cut 15000; poke 14826 78|refused|174 bytes in RIFF:AVI/LIST:movi belong to no chunk
 clip.avi|cut 15000; poke 14826 69 78 30 30; poke 14842 30 30 64 63|repaired|RIFF:AVI/LIST:movi/ix00 ends 858 bytes past the end of the file

@@ -60,7 +60,8 @@ bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& h
 std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes) {
   constexpr uint64_t BLOCK = 1 << 16;
   const std::vector<uint32_t> known = knownIds();
-  const bool isAvi = bytes.chunkAt(0).groupId == FORM_AVI;
+  const bool isAvi = bytes.chunkAt(0).groupId == FORM_AVI ||
+                     isFrameId(bytes.chunkAt(range.begin - HEADER_SIZE).id);
   const uint64_t framesFrom = isAvi ? firstPlaceOfFrames(range, bytes) : range.end;
   const uint64_t step = isAvi ? 1 : 2;
   std::array<bool, 256> isFirst{};

@@ -226,7 +226,8 @@ class Surveyor {
   // a group is wrong, players do not find the frames.
   bool isLostGroup(const RawChunk& chunk) {
     if (survey.chunks == 0 || bytes.chunkAt(0).groupId != FORM_AVI) return false;
-    if (walk.level() == 0) return chunk.groupId == FORM_AVIX;
+    if (chunk.groupId == FORM_AVIX) return walk.level() <= 1;
+    if (walk.level() == 0) return false;
     const uint32_t parent = walk.group().groupId;
     if (chunk.groupId == ID_MOVI) return walk.level() == 1;
     return chunk.groupId == ID_REC && parent == ID_MOVI && !hasStreamNumber(chunk.id);
