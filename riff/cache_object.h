@@ -10,8 +10,8 @@
 
 namespace RIFF {
 
-// Owns the buffer of its base. The buffer comes from malloc(): realloc() may extend it without
-// a copy.
+// Owns the buffer of its base. calloc() allocates the buffer, and realloc() lengthens it, at times
+// without a copy.
 class CacheObject final : public MemoryObject {
  public:
   explicit CacheObject(uint64_t capacity);

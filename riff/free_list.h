@@ -17,9 +17,10 @@ namespace RIFF {
 //
 // The list borrows its chunks. None is in it twice. It is sorted only at certain points of an edit.
 // In between it keeps its order, even if another chunk becomes the trailing one or an entry gets
-// another size. The order decides which free chunk an edit uses, so the list must not be sorted at
-// other points. `ordered` is true while the list is sorted. Then an entry that changes moves to its
-// place, and the other entries stay where they are.
+// another size. The order decides which free chunk an edit uses. riff.h tells callers at which
+// points the list is sorted. Do not sort the list at other points. `ordered` is true while the list
+// is sorted. Then an entry that changes moves to its place, and the other entries stay where they
+// are.
 //
 // After a long walk along the list, the next edit makes an index of it. While the list is in order,
 // the index finds all places. A full sort ends the index, and the next edit makes a new one.
@@ -72,9 +73,10 @@ class FreeList {
     ordered = wasOrdered;
     restoreOrder(chunk, oldRank);
   }
-  // Sorts the list after a run of append(). The result is as if each append() had sorted. In the
-  // list of the virtual root, the last chunk appended stays last, whatever its size: its own
-  // append() would have put it last, as the trailing chunk, and no other append() follows.
+  // Sorts the list after a run of append(). The result is the order that a sort after each append()
+  // would give. A chunk appended to the list of the virtual root is the trailing chunk at that
+  // time, and a sort puts the trailing chunk last. So the chunk appended last stays last, whatever
+  // its size, even if other chunks that are not free have been attached after it.
   void sortAppended();
   // To be called when an entry gets another size, or another chunk becomes the trailing one, and
   // the list is not sorted at once.

@@ -34,8 +34,9 @@ DataChunk* GroupChunk::findFreeChunk(uint64_t n) {
   return found ? found : growTrailing(n);
 }
 
-// Grows the trailing chunk, if it is free, to n data bytes: the object grows at its end and nothing
-// moves. Null if it is not free, or n does not fit its size field.
+// Grows the last chunk of the free list to n data bytes, if that chunk is the trailing chunk. The
+// object grows at its end and nothing moves. Null if the last chunk of the list is not the trailing
+// chunk, or if n does not fit the size field.
 DataChunk* GroupChunk::growTrailing(uint64_t n) {
   DataChunk* last = freeList.last();
   if (!last || !freeList.isTrailing(*last) || n > MAX_FREE_TOTAL) return nullptr;

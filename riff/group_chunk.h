@@ -112,8 +112,9 @@ class GroupChunk : public Chunk {
   Chunk& link(ChunkPointer&& child);
   void dropChildren(std::size_t index, std::size_t count);
 
-  // A free child that can take n bytes, header included. If there is none, but the trailing chunk
-  // is free, grows that one and returns it. Null if neither is possible.
+  // A free child that can take n bytes, header included. If there is none, but the last chunk of
+  // the free list is the trailing chunk, grows that chunk and returns it. Null if neither is
+  // possible.
   DataChunk* findFreeChunk(uint64_t n);
   DataChunk* growTrailing(uint64_t n);
   Reuse planReuse(DataChunk& free, uint64_t n, uint64_t written);

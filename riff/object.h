@@ -98,8 +98,9 @@ class Object {
 
  protected:
   Object() : virtualRoot(*this) {}
-  // Builds the tree from the stored bytes. The last step of every constructor. If they lie in
-  // memory, `bytes` points to them, and header fields are read there.
+  // Builds the tree from the stored bytes. The last step of the constructors of MemoryObject and
+  // FileObject. If the bytes lie in memory, `bytes` points to them, and header fields are read
+  // there.
   void loadChunks(const std::byte* bytes = nullptr);
 
  private:

@@ -2,6 +2,7 @@
 
 #include "strtonum/calc_node.h"
 
+#include <boost/container/small_vector.hpp>
 #include <cstddef>
 #include <ostream>
 #include <string>
@@ -12,7 +13,8 @@ namespace StrToNum {
 
 namespace {
 
-// Levels for which memory is reserved, so that ordinary trees need one allocation.
+// A tree of at most this many levels is evaluated without an allocation, and printed with one.
+// Ordinary trees have fewer levels.
 constexpr size_t USUAL_DEPTH = 32;
 
 }  // namespace
@@ -23,8 +25,7 @@ double CalcNode::evaluate() const {
     const CalcNode* right;  // to be evaluated after left; null once that has begun
     double left;
   };
-  std::vector<Pending> pending;
-  pending.reserve(USUAL_DEPTH);
+  boost::container::small_vector<Pending, USUAL_DEPTH> pending;
   const CalcNode* node = this;
   for (;;) {
     for (Operands below = node->operandsToRead(); below.left; below = node->operandsToRead()) {

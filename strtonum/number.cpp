@@ -112,9 +112,10 @@ double powerOfTen(std::ptrdiff_t exponent) {
 }
 
 // The slow path of toDouble(). Numbers out of the range of double give infinity or 0. `magnitude`
-// is the number of digits before the point if the number is written without an exponent: 2 for
-// 1.5e1. If the first nonzero digit is before that point, a number out of range is too large.
-// Otherwise it is too small.
+// is the number of digits before the point, plus the exponent: 2 for 1.5e1, -399 for 1.5e-400. The
+// loop subtracts the leading zeros. If the result is above 0, the number is at least 1, so a number
+// out of range is too large. Otherwise the number is below 1, so a number out of range is too
+// small.
 [[gnu::noinline]] double toNearestDouble(const char* text, const char* end,
                                          std::ptrdiff_t magnitude) {
   double value = 0.0;
@@ -171,7 +172,7 @@ struct Exponent {
   if (last - digits >= MAX_DIGITS) {
     // No text has enough digits to balance an exponent as large as the limit. So every exponent
     // from the limit on gives the same result: infinity or 0. The limit is so small that sums with
-    // it do not overflow. An exponent of fewer digits is below the limit.
+    // it do not overflow. An exponent of fewer than MAX_DIGITS digits is below the limit.
     constexpr uint64_t LIMIT = uint64_t{1} << 62;
     magnitude = std::min(saturate(digits, last, magnitude), LIMIT);
   }

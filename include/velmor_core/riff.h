@@ -53,12 +53,15 @@
  *  A group that was added under the id "JUNK" is a group, not free space. But when the object is
  *  opened again, it is read as a data chunk. Then it is free space.
  *
- *  Order of free space.  A group's free chunks are tried in the order of a list. A free chunk fits
- *  if the new bytes fill it exactly, or leave room for a header after them. The first one that fits
- *  is used. The list is sorted from the smallest data size to the largest. Chunks of equal size are
- *  in the order of their offsets. A free chunk that is the last top-level chunk of the object comes
- *  last whatever its size is, since it can grow without moving anything. This holds for top-level
- *  chunks only, not for the last chunk inside a group.
+ *  Order of free space.  A group's free chunks are tried in the order of a list, and the first one
+ *  that fits is used. A free chunk fits in two cases: its total size is exactly the number of new
+ *  bytes, or its data size is at least that number. In the second case, the rest has room for a
+ *  header. The new bytes include headers and pad bytes.
+ *
+ *  The list is sorted from the smallest data size to the largest. Chunks of equal size are in the
+ *  order of their offsets. A free chunk that is the last top-level chunk of the object comes last
+ *  whatever its size is, since it can grow without moving anything. This holds for top-level chunks
+ *  only, not for the last chunk inside a group.
  *
  *  The list is sorted when a chunk is recycled, when a free chunk is split and keeps at least one
  *  byte of data, and when a free chunk enters the list. Two changes do not sort the list:
@@ -654,8 +657,8 @@ VELMOR_CORE_API velmor_core_riff_chunk_t* velmor_core_riff_chunk_add_group_chunk
  *  Returns VELMOR_CORE_SUCCESS, or
  *    VELMOR_CORE_BAD_HANDLE  chunk or the handle that it points to is null; nothing is changed
  *    VELMOR_CORE_FAILURE     the chunk is a virtual root; nothing is changed
- *    VELMOR_CORE_FAILURE     the chunk is not free, and its data size is 2^32 - 1; nothing is
- *                            changed
+ *    VELMOR_CORE_FAILURE     the chunk is a data chunk that is not free, and its data size is
+ *                            2^32 - 1; nothing is changed
  *    VELMOR_CORE_FAILURE     the edit needs the pad byte, and data before it is missing, too;
  *                            nothing is changed
  *    VELMOR_CORE_FAILURE     the edit needs the pad byte, which is missing, and the object cannot

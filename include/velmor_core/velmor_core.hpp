@@ -26,8 +26,9 @@
  *  Under -fno-exceptions there are no throwing forms and no Error: using one does not compile.
  *  Nothing else differs, and files compiled with and without exceptions can be linked.
  *
- *  Cost.  The types hold the C handles and nothing else. Memory is allocated only for a returned
- *  string or container, for an Error, and in toNumber() for the copy of a long std::string_view.
+ *  Cost.  Chunk and Object hold a C handle and nothing else. Memory is allocated only for a
+ *  returned string or container, for an Error, and in toNumber() for the copy of a long
+ *  std::string_view.
  *
  *  Constness.  Chunk and Object are handles: a const one still edits what it points to.
  *

@@ -1,7 +1,7 @@
 """Any object with a buffer (bytes, bytearray, memoryview, array, mmap) as address and length.
 
-Everything here goes through CPython's buffer protocol: no byte is copied, and a buffer that is held
-cannot be resized.
+A `View` uses CPython's buffer protocol: no byte is copied, and the buffer cannot be resized while
+the view holds it.
 """
 
 from __future__ import annotations

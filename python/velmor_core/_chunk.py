@@ -298,10 +298,10 @@ class Container:
 class Chunk(Container):
     """A chunk of an open object: a data chunk, a group, or the root above the top-level chunks.
 
-    Get chunks from objects and groups; do not construct them. A chunk keeps its object open. It
-    ends when it is removed, recycled or overwritten, or when its object is cleared or closed. Then
-    only ``==``, ``hash()``, ``repr()``, `object` and `is_valid` work. Everything else raises
-    `EndedChunkError`.
+    Get chunks from objects and groups; do not construct them. A chunk keeps its object from being
+    garbage-collected. A chunk ends when it is removed, recycled or overwritten, or when its object
+    is cleared or closed. Then only ``==``, ``hash()``, ``repr()``, `object` and `is_valid` work.
+    Everything else raises `EndedChunkError`.
 
     Two `Chunk` values are equal if they are the same chunk of the same object.
     """

@@ -17,7 +17,11 @@ class Error(Exception):
 
 
 class FormatError(Error, ValueError):
-    """The bytes cannot be opened, because they are not a sequence of chunks."""
+    """An object over a file or buffer cannot be opened.
+
+    The usual reason is that the bytes are not a sequence of chunks. The library gives no reason.
+    So this exception is also raised if the bytes cannot be read, or if memory runs out.
+    """
 
 
 class ClosedError(Error, ValueError):

@@ -173,7 +173,9 @@ class Object(Container):
         self._handle = handle
         self._root = lib.get_root(handle)
         self._handles = Handles()
-        self._edits = 0  # number of edits; chunks fetched before the last edit are out of date
+        # Counts edits, clear() and close(). When the count has changed, an iteration over chunks
+        # drops the rest of its batch and fetches the next chunks again.
+        self._edits = 0
         self._view = view
         self._finalizer = weakref.finalize(self, _close, lib, handle, view, growing)
         self._finalizer.atexit = False  # other threads may still be in a call
@@ -318,8 +320,8 @@ class Object(Container):
     def _refuse_if_in_use(self) -> None:
         """Raise `Error` in a signal handler or finalizer that interrupts a call on the same object.
 
-        It may read the object. It must not end a handle that the call still uses, or change bytes
-        between two steps of the call.
+        The handler may read the object. It must not end a handle that the call still uses, or
+        change bytes between two steps of the call.
         """
         if self._is_locked_here():
             raise Error("the object is in use by the call that this one has interrupted")
@@ -328,9 +330,9 @@ class Object(Container):
     def _editing(self, chunk: Chunk) -> Iterator[Edit]:
         """Run one edit of a chunk. The object is locked by `_exclusive`.
 
-        The body adds the handles that end to `ended`. If it raises `Error`, the library has refused
-        the edit, and no handle ends. After any other exception the state is unknown, so all
-        handles end.
+        The body stores in `Edit.ended` the handles that the edit ends. If the body raises `Error`,
+        the library or this module has refused the edit, and no handle ends. After any other
+        exception the state is unknown, so all handles end.
         """
         chunk._live()
         edit = self._handles.suspend()

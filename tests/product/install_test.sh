@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs a build and uninstalls it again. Installs it again, moves the installed files, and
-# lets programs find them there. Then compiles each header alone, in both languages.
+# lets programs find them there. Compiles each header alone in C++, and each C header in C, too.
 #   install_test.sh SOURCE BUILD CC CXX
 set -euo pipefail
 source=$1 build=$2 cc=$3 cxx=$4

@@ -114,8 +114,8 @@ tone.wav|drop 40 4|refused|7988 bytes in RIFF:WAVE belong to no chunk
 tagged.wav|poke 4 00 00|repaired|RIFF:WAVE has the size 0, as an unfinished stream has
 tagged.wav|poke 4 80 1f|repaired|RIFF:WAVE/data ends 52 bytes past the end of its group (at offset 116)
 tagged.wav|poke 4 b8 1f|repaired|the file ends 4 bytes before the end of RIFF:WAVE (at offset 8124)
-tagged.wav|poke 120 3c|refused|4 bytes at the end of RIFF:WAVE are too few for a chunk header; they would be data of data if its size were 8000
-tagged.wav|poke 120 08 00; poke 132 6d 65 74 61 3d 31 2e 35|refused|7992 bytes in RIFF:WAVE belong to no chunk; they would be data of data if its size were 8000
+tagged.wav|poke 120 3c|refused|4 bytes at the end of RIFF:WAVE are too few for a chunk header; they would belong to the chunk data if its size were 8000
+tagged.wav|poke 120 08 00; poke 132 6d 65 74 61 3d 31 2e 35|refused|7992 bytes in RIFF:WAVE belong to no chunk; they would belong to the chunk data if its size were 8000
 tagged.wav|poke 40 50|refused|RIFF:WAVE/LIST:INFO/data ends 8000 bytes past the end of its group (at offset 116)
 tagged.wav|poke 40 00 00 20|refused|RIFF:WAVE/LIST:INFO ends 2089072 bytes past the end of its group (at offset 36)
 tagged.wav|poke 40 03|refused|RIFF:WAVE/LIST:INFO has the size 3, too small for its group id (at offset 36)
@@ -129,7 +129,7 @@ tagged.wav|poke 32 03|warning|the block alignment 3 of RIFF:WAVE/fmt does not fi
 tagged.wav|poke 63 01|warning|the pad byte of RIFF:WAVE/LIST:INFO/IART is 1, not 0 (at offset 63)
 tagged.wav|poke 94 ff|warning|RIFF:WAVE/LIST:INFO/\xffNAM has an id that is not printable
 tagged.wav|poke 116 00 00 00 00 00 00 00 00|refused|12 zero bytes in RIFF:WAVE belong to no chunk
-tagged.wav|printf '%18s' >>f|dropped|18 bytes after the last chunk; they would be data of data if its size were 8018 (at offset 8124)
+tagged.wav|printf '%18s' >>f|dropped|18 bytes after the last chunk; they would belong to the chunk data if its size were 8018 (at offset 8124)
 tagged.wav|head -c 4096 /dev/zero >>f|dropped|4096 bytes after the last chunk, all of them 0; they would
 tagged.wav|{ printf TAG && head -c 117 /dev/zero; } >>f|dropped|120 bytes after the last chunk; they would
 tagged.wav|{ printf TAG && head -c 125 /dev/zero; } >>f|repaired|128 bytes after the last chunk: an ID3v1 tag (at offset 8124)
@@ -156,7 +156,7 @@ large.avi|poke 18802 78|refused|xIFF looks like a group of frames, but its id is
 large.avi|poke 18814 78|refused|RIFF:AVIX/xIST looks like a group of frames, but its id is that of a data chunk
 large.avi|poke 18822 78|refused|RIFF:AVIX/LIST:xovi begins with a frame, but its group id is another one
 card.webp|cut 900|repaired|RIFF:WEBP/VP8 ends 54 bytes past the end of the file (at offset 12)
-card.webp|cut 100|refused|RIFF:WEBP/VP8 ends before the first part of the picture does
+card.webp|cut 100|refused|RIFF:WEBP/VP8 ends before the end of the first part of the picture
 card.webp|poke 15 51|refused|RIFF:WEBP begins with VP8Q, not with VP8, VP8L or VP8X
 card.webp|poke 23 00|refused|RIFF:WEBP/VP8 does not begin like a picture
 anim.webp|drop 57 1; cut 78|refused|RIFF:WEBP/ANMF does not begin like a frame

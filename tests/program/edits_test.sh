@@ -102,14 +102,14 @@ edits_are_made_together_or_not_at_all() {
   expect_equal "-f -" 'velmor-core: file: line 1, "remove RIFF/a": there is no chunk a in RIFF:test' "$(<err)"
 }
 
-# A cut moves each byte once, whatever the number of chunks.
-# With much audio after the chunk that grows, the copy is made with room for the new bytes.
+# If much audio follows the chunk that grows, the copy is made with room for the new bytes.
 copies_are_the_same_as_edits_in_place() {
   printf 'RIFF\4\0\0\0WAVE' >file
   head -c 36 "$data/tone.wav" | tail -c 16 >format
   head -c 1500000 /dev/urandom >audio
   local edit
-  # "free" chunks become free: one before "a", and one too small and one large beside lists.
+  # The three chunks "free" are recycled at the end. One lies before "a". One lies after LIST:INFO
+  # and is too small for the edits of that list. One lies after LIST:X and is large.
   "$program" edit file -e "add RIFF/fmt @format" -e "add RIFF/free '$(printf %30s)'" -e "add RIFF/a 123" \
     -e "set --add RIFF/LIST:INFO/INAM x" -e "add RIFF/free 1234" -e "set --add RIFF/LIST:X/LIST:Y/deep x" \
     -e "add RIFF/free '$(printf %99s)'" -e "add RIFF/b 123" -e "add RIFF/c 123" -e "add RIFF/data @audio" -e "recycle RIFF/free[*]" 2>err || fail "$(<err)"

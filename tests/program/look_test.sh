@@ -15,6 +15,7 @@ make_many_ids() {
   /usr/bin/python3 - <<'END' || exit 77
 import struct
 body = b"many" + b"".join(b"%04x" % i + struct.pack("<I", 0) for i in range(30000))
+body += b"7000" + struct.pack("<I", 400) + bytes(400) # not the first of its id
 body += b"full" + struct.pack("<I", 500) + bytes(500)
 open("many", "wb").write(b"RIFF" + struct.pack("<I", len(body)) + body)
 END
@@ -38,7 +39,7 @@ summary_of_many_ids_is_short_and_exact() {
   make_many_ids
   "$program" tree --summary many >out
   expect_equal "lines" 53 "$(wc -l <out)"
-  expect_equal "largest" "full 1 508" "$(awk 'NR == 3 { print $1, $2, $3 }' out)"
+  expect_equal "largest" "full 1 508 7000 2 416 $((12 + 8 * 0x7000))" "$(awk 'NR == 3 { print $1, $2, $3 } NR == 4 { print $1, $2, $3, $6 }' out | xargs)"
   expect_equal "others" "(other ids) 29,952" "$(tail -1 out | awk '{ print $1, $2, $3 }')"
 }
 

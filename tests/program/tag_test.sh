@@ -57,7 +57,7 @@ lists_are_used_where_they_are() {
   "$program" tag tagged.wav genre=Rock INAM=x
   expect_equal order $'artist=A Fork\ncomment=440 Hz, half a second\ntitle=x\ngenre=Rock' "$(tags tagged.wav)"
   expect_equal places "RIFF:WAVE fmt LIST:INFO IART ICMT INAM IGNR data" "$("$program" tree tagged.wav | tail -n +3 | awk '{ print $2 }' | xargs)"
-  # two lists, one with two titles: the first is replaced, the others are removed
+  # Of the two titles in the second list, the first is replaced and the other is removed.
   "$program" add tone.wav RIFF/LIST:INFO && "$program" add tone.wav RIFF/LIST/IGNR Pop
   "$program" add tone.wav RIFF/LIST:INFO && "$program" add tone.wav "RIFF/LIST[2]/INAM" one
   "$program" add tone.wav "RIFF/LIST[2]/INAM" two && "$program" add tone.wav "RIFF/LIST[2]/IPRT" 3

@@ -23,10 +23,11 @@ using FileWork = std::function<int(const std::string& file)>;
 // no number or too large.
 //
 // With several jobs, a worker process works on each file, because a process can have only one
-// mapping, one progress line and one unfinished file. If no worker can be made, this process works
-// on the file itself. So the changes that `work` makes to variables of the caller may be lost. The
-// output of each worker is kept and printed in one piece, in the order of the files. A worker that
-// a signal ends counts as a failure.
+// mapping, one progress line and one unfinished file. If no worker runs and none can be made, this
+// process works on the next file itself. Changes that `work` makes to variables of the caller are
+// lost if a worker makes them. They are kept if this process works on the file. The output of each
+// worker is kept and printed in one piece, in the order of the files. A worker that a signal ends
+// counts as a failure.
 int forEachFile(const Arguments& arguments, std::span<const std::string> files,
                 const FileWork& work, int failed = 1, std::size_t usualJobs = 1);
 // The same for all operands.

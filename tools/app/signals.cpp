@@ -31,7 +31,9 @@ sigset_t endingSignals() {
   return set;
 }
 
-// The signal's default action has been restored by then, and runs when the handler returns.
+// Handles an ending signal. The system restores the signal's default action before it calls this
+// handler (SA_RESETHAND). The signal that is raised here waits until the handler returns. Then the
+// default action ends the program.
 void removeAndEnd(int signal) {
   if (unfinishedFile[0] != '\0') ::unlink(unfinishedFile.data());
   for (const pid_t worker : workers) {

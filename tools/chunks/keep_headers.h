@@ -9,8 +9,9 @@
 namespace tool {
 
 // Reads a descriptor to its end. Keeps
-//   - the header of each chunk, also wherever else a header could be expected in a damaged file:
-//     after each chunk and each group, and in each group;
+//   - the bytes of a header at each place where a header could be expected, even in a damaged file:
+//     at the start of the file, directly after the header of each group, after each chunk, group
+//     and run of zeros, and in place of a pad byte that may be missing;
 //   - the first 64 KiB of each chunk's data, unless the chunk's id is not printable or begins with
 //     two digits, as the ids of an AVI's pictures and sound do;
 //   - all data of the chunks "idx1" and "indx", and of those whose id begins with "ix". They are

@@ -83,8 +83,8 @@ bool RawBytes::fetch(void* to, uint64_t count, uint64_t offset) const {
 
 uint64_t RawBytes::endOfZeros(uint64_t offset, uint64_t end) {
   if (kept) return kept->endOfZeros(offset, end);
-  // Most runs are short and lie in the window. At most of the offsets that callers pass, no run
-  // begins.
+  // Usually no run begins at the offset that the caller passes. If a run begins there, it is
+  // usually short and ends in the window. So the window is searched first.
   if (offset < end) {
     bytesAt(offset, 1);
     const uint64_t windowEnd = std::min(windowOffset + windowSize, end);

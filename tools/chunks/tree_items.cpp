@@ -7,8 +7,8 @@ namespace tool {
 namespace {
 
 // Bytes that are too few for a header are no chunk. The header of a data chunk whose size does not
-// fit is not taken for a chunk either, if its id is not printable or it is at the top level. At the
-// start, the header of a data chunk is taken for a chunk even if its size does not fit.
+// fit is not taken for a chunk either, if its id is not printable or it is at the top level. But if
+// `isStart` is true, this header is taken for a chunk.
 bool isChunk(const TreeItem& item, bool isStart) {
   const uint64_t left = item.limit - item.chunk.offset;
   if (left < HEADER_SIZE) return false;

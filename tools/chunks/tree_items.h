@@ -71,8 +71,9 @@ struct TreeItem {
   uint64_t end() const;
 };
 
-// The item at `offset`. Its siblings end at `limit`, which must be greater than `offset`. At the
-// start (`isStart`), the header of a data chunk is taken for a chunk even if its size does not fit.
+// The item at `offset`. Its siblings end at `limit`, which must be greater than `offset`. If
+// `isStart` is true, the header of a data chunk is taken for a chunk even if its size does not fit.
+// Callers pass true for the first item of a file, or of the part of a file that a path has found.
 TreeItem itemAt(RawBytes& bytes, uint64_t offset, uint64_t limit, uint64_t level, bool isStart);
 
 // Goes through the items of a file in the order of its bytes, groups before the chunks in them.

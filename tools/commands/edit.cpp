@@ -51,11 +51,11 @@ and a warning says so.
 The edit is made in a copy, FILE.velmor-core-new. When the copy is complete and on the disk, it
 replaces the file. It keeps the file's permissions, owner, access control lists and extended
 attributes. A symbolic link stays a link, and the file that it leads to is edited. If the edit fails
-or a signal ends it, the copy is removed. Only SIGKILL and a power cut can leave a copy; the next
-edit of the file removes it. Edits of one file wait for each other. If another program changes
-the file meanwhile, the edit fails and the file stays as that program left it. Do not edit a file
-that another program keeps open to write to it, such as a recorder. After the edit that program
-still writes to the old file, which no longer has a name.
+or a signal such as SIGINT or SIGTERM ends it, the copy is removed. SIGKILL, a crash or a power cut
+can leave a copy; the next edit of the file removes it. Edits of one file wait for each other. If
+another program changes the file meanwhile, the edit fails and the file stays as that program left
+it. Do not edit a file that another program keeps open to write to it, such as a recorder. After the
+edit that program still writes to the old file, which no longer has a name.
 
 --add        make the chunk if it is missing, and the groups of PATH that are missing. Such a group
              needs its group id, as in LIST:INFO. A step for a missing chunk or group may not have a

@@ -87,7 +87,8 @@ with "?". Rows below the 12th are left out.
                "size":52,"kind":"group","count":1,"name":"RIFF:WAVE"},...],"summary":[...],...
             "count" is the number of items in a box: chunks, runs of zeros, and runs of other bytes
             that are no chunk. "name" is the name with the most bytes among the first four names in
-            the box. "kind" is its kind. "summary" and "others" are as with "tree --summary".
+            the box. "kind" is the kind of the items with that name. "summary" and "others" are as
+            with "tree --summary".
 )",
     .examples = R"(
   velmor-core map clip.avi

@@ -272,9 +272,10 @@ const Command REPAIR = {
     .help = R"(
 Corrects the size fields of streams that were never finished, of chunks that are cut short by the
 end of the file, and of the groups that hold them. Adds a pad byte that is missing at the end. A
-size is changed only if the new size explains all bytes that follow. No byte of data is changed, and
-none is lost without --drop-trailing. The result is checked before it gets its name: "velmor-core
-check" finds no damage in it.
+size is changed for two purposes only: so that the data of a chunk ends with the file, or so that a
+group ends with its last chunk. No byte of data is changed, and none is lost without
+--drop-trailing. The result is checked before it gets its name: "velmor-core check" finds no damage
+in it.
 
 Damage that could be repaired in more than one way, such as a chunk that ends past the end of its
 group, is reported with its offset, and nothing is written. Warnings of "check" are not repaired; those

@@ -45,7 +45,8 @@ std::optional<Sha256> digestOfMapped(const File& file) {
   return digest;
 }
 
-// Large files are mapped, so that they need no memory. Other input is held in memory.
+// Regular files are mapped, so that large ones need no memory. Input that cannot be mapped is held
+// in memory.
 Sha256 digestOf(const std::string& name) {
   const File file(name, name == "-" ? Descriptor(::dup(STDIN_FILENO)) : openToRead(name));
   const Waiting waiting("hashing " + name);

@@ -163,9 +163,9 @@ bool checkEdits(Opened& opened, bool inPlace, std::span<const Edit> edits) {
   return true;
 }
 
-// The gap that the copy should have; nothing if it is not worth it. To find it, the values of the
-// edit are copied in memory, so not for large ones. The corrections for other forms than WAVE start
-// from the chunks before the edit, which must not be moved by then.
+// Returns the gap that the copy should have, or nothing if a gap is not worth it. Finding a gap
+// copies the values of the edit in memory, so an edit with large values gets no gap. Only a WAVE
+// gets a gap. In an AVI, the gap would move chunks before AviIndexes notes their offsets.
 std::optional<Gap> gapFor(const Opened& opened, const EditJob& job, std::span<const Edit> edits) {
   constexpr uint64_t MAX_ROOM = 1 << 24;
   constexpr uint64_t MIN_MOVED = 1 << 20;

@@ -11,9 +11,9 @@
 
 namespace tool {
 
-// A free chunk (JUNK) that the copy has directly after a chunk, and the original has not. An edit
-// that fills it exactly moves no bytes. Without it, all bytes after the chunk are first copied and
-// then moved.
+// A free chunk (JUNK) that the copy has directly after a chunk, and that the original does not
+// have. An edit that fills the free chunk exactly moves no bytes. Without the free chunk, all bytes
+// after the chunk would be copied first and then moved.
 class Gap {
  public:
   // `size` is the total size of the free chunk. It is even.

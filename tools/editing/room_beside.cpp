@@ -141,8 +141,12 @@ Room findRoom(const Chunk& chunk, const std::function<Change(const Chunk&)>& edi
   return room;
 }
 
-// A gap after the chunk that the chunk fills when it grows. Nothing if the chunk does not grow, or
-// if there is free space beside it already.
+// Returns a gap directly after the chunk. Its size is the number of bytes by which the edit makes
+// the chunk grow. Returns nothing in these cases:
+//   - The chunk is at the top level, or it is too large to be copied into memory.
+//   - Free space lies beside the chunk already, or an ancestor can grow into free space beside it.
+//   - The chunk grows by less than the size of a header.
+//   - The library would put the grown chunk into other free space.
 std::optional<Gap> gapAfter(const Chunk& chunk, const std::function<Change(const Chunk&)>& edit) {
   const uint64_t size = chunk.totalSize();
   if (chunk.isVirtualRoot() || chunk.parent().isVirtualRoot() || size > MAX_COPIED) return {};

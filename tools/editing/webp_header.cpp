@@ -121,7 +121,8 @@ void WebpHeader::correct(const Chunk& root, std::vector<std::string>& warnings) 
 void WebpHeader::correctHeader(const Chunk& header, const Contents& contents) {
   std::array<uint8_t, VP8X_SIZE> bytes{};
   if (header.dataSize() < VP8X_SIZE || !header.read(bytes, 0, std::nothrow)) return;
-  // Of an animation, only the frames show whether it has alpha, so that flag stays.
+  // In an animation, only the frames show whether there is alpha. So the alpha flag stays as it is.
+  // It also stays if the picture cannot be read.
   uint8_t described = contents.isStill() ? FLAG_ALPHA : 0;
   for (const Announced& known : ANNOUNCED) described |= known.flag;
   bytes[0] = static_cast<uint8_t>((bytes[0] & ~described) | (contents.flags & described));

@@ -41,7 +41,9 @@ class WebpHeader {
     explicit Contents(const Chunk& group);
     bool operator==(const Contents&) const = default;
 
-    uint8_t flags = 0;  // as in VP8X; FLAG_ALPHA only of a still picture
+    // As in VP8X. FLAG_ALPHA is set if there is an ALPH directly in the group, or if a still VP8L
+    // has alpha.
+    uint8_t flags = 0;
     bool isExtended = false;
     bool hasFrames = false;
     Picture picture;  // all 0 if it cannot be read, or if the file is an animation

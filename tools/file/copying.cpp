@@ -67,8 +67,8 @@ class Copier {
       if (const uint64_t count = copyInSystem(source, copy, begin, end); count > 0) return count;
       inSystem = errno == EINTR;
     }
-    // Within the kernel, copying to other offsets is slower than this. Writes of whole blocks at
-    // their multiples are the fastest.
+    // Copying to other offsets is slower within the kernel than through memory. A write is fastest
+    // if it begins at a multiple of BLOCK and writes BLOCK bytes.
     const uint64_t count = std::min(end - begin, BLOCK - (begin + shift) % BLOCK);
     block.resize(BLOCK);
     source.readAll(block.data(), count, begin);

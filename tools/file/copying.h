@@ -12,9 +12,13 @@ struct Space {
   uint64_t size = 0;
 };
 
-// Copies the first `size` bytes of a file to an empty one: by sharing its blocks if the file
-// system can, otherwise within the kernel, otherwise through memory. Holes stay holes. With a
-// space, no blocks are shared. The space is before the byte that had its offset in the source.
+// Copies the first `size` bytes of a file to an empty one. Holes stay holes. Without a space, the
+// copy shares all blocks of the source if the file system can share them and the source has exactly
+// `size` bytes. Otherwise the bytes are copied within the kernel, or through memory if the kernel
+// cannot copy them.
+//
+// In the copy, the space begins at `space.offset`. The bytes of the source from this offset on
+// follow the space. They are copied through memory.
 void copyBytes(const File& source, const File& copy, uint64_t size, Space space = {});
 
 // Gives a file the owner and group of another. Throws Failure if it may not.

@@ -70,8 +70,9 @@ class File {
   Descriptor file;
 };
 
-// Tries to lock the file (LOCK_SH or LOCK_EX). Returns true if another program's lock
-// prevents it. Returns false if the file is locked now, or if the file system has no locks.
+// Tries to lock the file (LOCK_SH or LOCK_EX) without waiting. Returns true if another program's
+// lock prevents this. Otherwise returns false: this program now holds the lock, or the file cannot
+// be locked at all, for example because the file system has no locks.
 bool isLockedByAnother(const Descriptor& file, int lock);
 
 // The status of the file that a name leads to; throws Failure if there is none.

@@ -13,9 +13,10 @@ namespace tool {
 // Syncs the folder that a file lies in, so that the file's name survives a power cut.
 void syncFolderOf(const std::string& path);
 
-// Until publish(), the bytes are in a file with a temporary name in the same folder. This file is
-// removed on any failure and when a signal ends the program. Only SIGKILL and a power cut can leave
-// it; the next new file for the same name removes it.
+// Until publish(), the bytes are in a temporary file in the same folder. The temporary file is
+// removed on any failure, and when an ending signal (see signals.h) ends the program. Other
+// signals, such as SIGKILL and SIGSEGV, and a power cut can leave the temporary file. The next new
+// file for the same name removes it.
 class NewFile {
  public:
   // Makes an empty file that only the user can read. publish() gives it the name `path`. If

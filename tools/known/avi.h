@@ -12,7 +12,7 @@ constexpr uint64_t AVIH_FLAGS = 12;
 constexpr uint32_t AVIH_HAS_INDEX = 0x10;
 
 // An entry of "idx1": an id, flags, the offset of the chunk's header, and its data size. Offsets
-// count from the "movi" id or, from some programs, from the start of the file.
+// count from the "movi" id. Some programs count them from the start of the file.
 constexpr uint64_t IDX1_ENTRY = 16;
 constexpr uint64_t IDX1_OFFSET = 8;
 constexpr uint64_t IDX1_SIZE = 12;

@@ -37,7 +37,8 @@ struct ChunkValue {
   std::string text;
   bool isText = false;
 };
-// At most `maxText` bytes of a text are read; "..." shows that it has more.
+// At most `maxText` bytes of a text are read. If `maxText` bytes were read and the data has more
+// bytes, "..." is appended.
 ChunkValue valueOf(const ChunkData& data, uint64_t maxText);
 
 // The type of the stream that an AVI's LIST:strl describes, such as "vids"; 0 if it states none.

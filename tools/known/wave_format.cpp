@@ -67,7 +67,8 @@ WaveFormat::WaveFormat(const ChunkData& data)
   if (tag == TAG_EXTENSIBLE) tag = subformat(data.number32(SUBFORMAT));
 }
 
-// "PCM, 2 channels, 48 kHz, 24 bit". Compressed samples have no size, or one of no meaning.
+// "PCM, 2 channels, 48 kHz, 24 bit". For compressed sound, the sample size is 0 or has no
+// meaning. A sample size of 0 is left out.
 std::string formatWords(const ChunkData& data) {
   const WaveFormat format(data);
   std::string words = tagText(format.tag) + ", " + counted(format.channels, "channel") + ", ";

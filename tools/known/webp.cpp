@@ -115,8 +115,10 @@ void anmfFields(FieldList& list) {
   list.number("blending", 15, 1, flags >> 1 & 1, std::string(nameOf(flags >> 1 & 1, BLENDINGS)));
 }
 
-// --- ALPH: the transparency of a lossy picture, in pairs of bits
+// --- ALPH: the transparency of a lossy picture
 
+// From the lowest bit on, the first byte has three numbers of two bits each: the compression, the
+// filter and the preprocessing.
 constexpr std::array ALPHA_COMPRESSIONS = {Name{0, "uncompressed"}, Name{1, "lossless"}};
 constexpr std::array ALPHA_FILTERS = {Name{0, "no filter"}, Name{1, "horizontal filter"},
                                       Name{2, "vertical filter"}, Name{3, "gradient filter"}};

@@ -56,8 +56,9 @@ class Comparison {
     pair.first.offset = a.end();
     pair.second.offset = b.end();
     if (isEqual) return true;
-    // Two groups without further items are removed before those in them are added. So if each group
-    // ends with the next one, `groups` stays small, and only `names` grows with the level.
+    // If a and b are the last items of their groups, the pair of these groups is removed before the
+    // pair of a and b is added. So in files where each group is the last item of the group around
+    // it, `groups` stays small, and only `names` grows with the level.
     const bool isLast = pair.first.isEmpty() && pair.second.isEmpty();
     if (isLast) groups.pop_back();
     groups.push_back(insideOf(a, b));

@@ -32,7 +32,7 @@ class Table {
   // name may be dropped, too.
   void add(const TreeItem& item) {
     const auto [found, isNew] = table.try_emplace(nameOf(item));
-    if (isNew) found->second = {found->first, 0, 0, item.chunk.offset};
+    if (isNew) found->second = {found->first, 0, 0, 0};
     count(found->second, item);
     if (table.size() > MAX_NAMES) dropHalf();
   }
@@ -44,7 +44,7 @@ class Table {
     return true;
   }
   static void count(SummaryLine& line, const TreeItem& item) {
-    ++line.count;
+    if (line.count++ == 0) line.offset = item.chunk.offset;
     line.bytes += ownBytes(item);
   }
 
@@ -59,7 +59,7 @@ class Table {
   // Keeps these names, with nothing counted.
   void restart(const std::vector<SummaryLine>& lines) {
     table.clear();
-    for (const SummaryLine& line : lines) table[line.name] = {line.name, 0, 0, line.offset};
+    for (const SummaryLine& line : lines) table[line.name] = {line.name, 0, 0, 0};
   }
 
  private:

@@ -27,9 +27,8 @@ struct Summary {
 };
 
 // Counts each item once: in a line, or in `others`. The names with the most bytes get a line,
-// `limit` of them at most. At most a few thousand names are held in memory. If a file has more,
-// some of these names may have no line, and the offset in a line may be that of a later item.
-// Counts and bytes are always exact.
+// `limit` of them at most. At most a few thousand names are held in memory. If a file has more
+// names, one of the largest names may have no line. The numbers in each line are always exact.
 Summary summarize(RawBytes& bytes, const RawNode& start, std::size_t limit);
 
 // How many lines "velmor-core tree --summary" prints at most.

@@ -10,8 +10,8 @@
 namespace tool {
 
 // Prints a title line, and one line for each tag: its common name, its chunk and its value. Throws
-// Failure, without the file's name, for a file that is neither WAVE nor AVI. Texts that cannot be
-// converted from the encoding are shown as they are, as printable() gives them.
+// Failure, without the file's name, for a file that is neither WAVE nor AVI. A text that cannot be
+// converted from the encoding is printed without conversion. Every text passes through printable().
 void printTags(std::string_view file, RawBytes& bytes, const Encoding& encoding);
 
 // Prints the same as one line of JSON.

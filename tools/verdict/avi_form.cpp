@@ -1,8 +1,9 @@
 // AVI: headers, pictures and sound (movi), and indexes whose entries point at chunks of their id.
 //
-// Three indexes exist. "idx1" lies after "movi" and counts offsets from the "movi" id or, from some
-// programs, from the start of the file. OpenDML adds "ix##" chunks within "movi", with offsets from
-// a base in the file, and an "indx" in the headers of a stream, which points at them.
+// Three indexes exist. "idx1" lies after "movi". Its offsets count from the "movi" id. Some
+// programs count them from the start of the file. OpenDML adds "ix##" chunks within "movi". Each of
+// these chunks states a base, from which its offsets count. OpenDML also adds an "indx" chunk to
+// the headers of a stream. The entries of "indx" point at the "ix##" chunks.
 #include <algorithm>
 #include <array>
 #include <vector>

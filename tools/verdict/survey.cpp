@@ -8,7 +8,8 @@
 //
 // The plan changes a size for two purposes only: so that a data chunk ends with the file, or so
 // that a group ends with its last child. The repair also adds a pad byte that is missing at the end
-// of the file, and keeps tags and a cut header after the last chunk. All other damage is doubtful.
+// of the file. It puts tags or a cut header after the last chunk into a chunk "tail", unless the
+// user drops them. All other damage is doubtful.
 #include "verdict/survey.h"
 
 #include <algorithm>
@@ -310,11 +311,12 @@ class Surveyor {
     return walk.claimedEnd() != HeaderWalk::NOWHERE && walk.claimedEnd() > padded(size);
   }
 
-  // Whether a size that may mean "unknown" cannot be the real size. It cannot be if the chunk would
-  // end past the end of the file. There is one exception: the group ends after the start of the
-  // data and before the end of the file. Then the size may be real. If the group's size also may
-  // mean "unknown", as in a file of more than 4 GiB, it is enough that the chunk would end past the
-  // end of the group.
+  // Called for a size that may mean "unknown". Returns true if the size cannot be real. There are
+  // two such cases:
+  //   - The chunk would end past the end of the file, and its group does not end between the start
+  //     of the data and the end of the file.
+  //   - The chunk would end past the end of its group, and the group's size may also mean
+  //     "unknown", as in a file of more than 4 GiB.
   bool hasMarkedSize(const RawChunk& chunk) const {
     const uint64_t claimed = walk.claimedEnd();
     if (claimed == HeaderWalk::NOWHERE) return chunk.end() > size;
@@ -404,7 +406,7 @@ class Surveyor {
   // If a data chunk ends directly before bytes that are no chunk, its size may be wrong.
   std::string explanation(uint64_t end) const {
     if (!lastData || lastData->end() != walk.offset() || !isPrintable(lastData->id)) return "";
-    return "; they would be data of " + idText(lastData->id) + " if its size were " +
+    return "; they would belong to the chunk " + idText(lastData->id) + " if its size were " +
            std::to_string(end - lastData->dataOffset());
   }
 

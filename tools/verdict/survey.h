@@ -31,10 +31,11 @@ struct Survey {
 constexpr uint64_t MAX_REPORTED = 1000;
 
 // Follows the headers and reports each finding as it is met, causes before their consequences.
-// After a chunk that ends past its group the walk usually continues at the group's end. Data is not
-// read, except a few bytes of headers and indexes of the forms, and runs of zeros. Reports the
-// first MAX_REPORTED doubtful findings and as many others; the rest is only counted. `name` is the
-// file's, for progress. Throws Failure if the file cannot be read.
+// After a chunk that ends past its group, the walk usually continues at the group's end. Of the
+// chunks' data, only this is read: the fields that are checked, such as those of "fmt ", and the
+// entries of an AVI's indexes. Reports the first MAX_REPORTED doubtful findings and the first
+// MAX_REPORTED others. All further findings are only counted. `name` is the name of the file, for
+// progress. Throws Failure if the file cannot be read.
 Survey surveyBytes(const std::string& name, RawBytes& bytes, const Report& report);
 // The same for a file, or for standard input if the name is "-".
 Survey surveyFile(const std::string& file, const Report& report);

@@ -36,7 +36,8 @@ class WaveForm : public Form {
     }
     if (!hasSamples) fail(riff.offset, name + " has no data chunk");
     if (hasFormat && !hasFact && wantsFact()) {
-      warn(riff.offset, name + " has no fact chunk, which samples that are not PCM should have");
+      warn(riff.offset,
+           name + " has no fact chunk, but should have one because its samples are not PCM");
     }
   }
 

@@ -69,7 +69,7 @@ class WebpForm : public Form {
     if (data.number(LOSSY_START, 3) != START_CODE) {
       fail(chunk.offset, "RIFF:WEBP/VP8 does not begin like a picture");
     } else if (LOSSY_HEADER + (data.number(0, 3) >> PARTITION_SHIFT) > data.size()) {
-      fail(chunk.offset, "RIFF:WEBP/VP8 ends before the first part of the picture does");
+      fail(chunk.offset, "RIFF:WEBP/VP8 ends before the end of the first part of the picture");
     }
   }
 
