@@ -234,8 +234,8 @@ class Surveyor {
     return chunk.groupId == ID_REC && parent == ID_MOVI && !hasStreamNumber(chunk.id);
   }
 
-  // Whether a chunk is the first one of a group in a RIFF and is a frame, though the group is not for
-  // frames.
+  // Whether a chunk is the first one of a group in a RIFF and is a frame, though the group is not
+  // for frames.
   bool isLostFrame(const RawChunk& chunk) {
     if (walk.level() != 2 || !isFrameId(chunk.id)) return false;
     const OpenGroup& group = walk.group();
