@@ -26,7 +26,7 @@ repairs() {
   said=$("$program" repair "$@" -o repaired 2>&1) || fail "repair of $1: $said"
   "$program" check repaired >out 2>err || fail "still damaged, $1: $(<err)"
   [[ -s err && $(<err) != *"announces an index (idx1 or indx), but has none"* ]] && fail "warnings after repair of $1: $(<err)"
-  "$program" set repaired RIFF/data x --dry-run >out 2>err || [[ $(<err) == *"no chunk data"* ]] || fail "opens: $(<err)"
+  "$program" set repaired 'RIFF[1]/data' x --dry-run >out 2>err || [[ $(<err) == *"no chunk data"* ]] || fail "opens: $(<err)"
 }
 
 # refuses FILE [OPTION...]: repair writes nothing
@@ -85,8 +85,11 @@ streams_get_their_sizes() {
 each_damage_is_named() {
   poke() { bytes "${@:2}" | dd of=f bs=1 seek="$1" conv=notrunc status=none; }
   cut() { truncate -s "$1" f; }
+  drop() { { head -c "$1" f && tail -c +$(($1 + $2 + 1)) f; } >g && mv g f; }
   local file damage fate finding status
   cp "$data"/*.{wav,avi,webp} "$fixtures"/*.wav .
+  { cat clip.avi && printf 'RIFF\x1c\0\0\0AVIXLIST\x10\0\0\0movi00dc\x04\0\0\0abcd'; } >large.avi
+  { printf 'RIFF\x48\0\0\0WEBPVP8X\x0a\0\0\0\x02%9sANIM\x06\0\0\0%6sANMF\x1a\0\0\0%16sVP8 \x02\0\0\0ab'; } | tr ' ' '\0' >anim.webp
   while IFS='|' read -r file damage fate finding; do
     [[ $file ]] || continue
     cp "$file" f
@@ -107,6 +110,7 @@ tagged.wav|cut 8000|repaired|RIFF:WAVE/data ends 124 bytes past the end of the f
 tagged.wav|poke 120 00 00 10|repaired|RIFF:WAVE/data ends 1040576 bytes past the end of the file (at offset 116)
 tagged.wav|poke 22 03; poke 32 06; poke 120 00 00 10|refused|RIFF:WAVE/data ends 1040576 bytes past the end of the file
 tagged.wav|poke 120 00 00|repaired|RIFF:WAVE/data has the size 0, as an unfinished stream has, but holds 8000 bytes
+tone.wav|drop 40 4|refused|7988 bytes in RIFF:WAVE belong to no chunk
 tagged.wav|poke 4 00 00|repaired|RIFF:WAVE has the size 0, as an unfinished stream has
 tagged.wav|poke 4 80 1f|repaired|RIFF:WAVE/data ends 52 bytes past the end of its group (at offset 116)
 tagged.wav|poke 4 b8 1f|repaired|the file ends 4 bytes before the end of RIFF:WAVE (at offset 8124)
@@ -138,10 +142,24 @@ clip.avi|cut 15000|repaired|RIFF:AVI/LIST:movi/01wb ends 858 bytes past the end 
 clip.avi|poke 20 78|refused|RIFF:AVI has no LIST:hdrl
 clip.avi|poke 9974 78|refused|RIFF:AVI has no LIST:movi
 clip.avi|poke 18666 00 01|warning|1 of 9 entries of RIFF:AVI/idx1 points at no chunk of the same id, the first is entry 1
+clip.avi|cut 15000; poke 10914 00 10|refused|RIFF:AVI/LIST:movi/01wb ends 14 bytes past the end of the file
+clip.avi|cut 15000; poke 10914 00 10; poke 8 61|refused|RIFF:aVI/LIST:movi/01wb ends 14 bytes past the end of the file
+clip.avi|cut 15000; poke 13904 00 10; drop 13950 1|refused|RIFF:AVI/LIST:movi/00dc ends 3005 bytes past the end of the file
+clip.avi|cut 15000; poke 14826 78|refused|174 bytes in RIFF:AVI/LIST:movi belong to no chunk
+clip.avi|cut 15000; poke 14826 69 78 30 30; poke 14842 30 30 64 63|repaired|RIFF:AVI/LIST:movi/ix00 ends 858 bytes past the end of the file
+clip.avi|cut 18750|repaired|RIFF:AVI/idx1 ends 52 bytes past the end of the file
+clip.avi|poke 9970 ec|repaired|RIFF:AVI/LIST:movi/idx1 ends 144 bytes past the end of its group
+large.avi|cut 18836|repaired|RIFF:AVIX/LIST:movi/00dc ends 2 bytes past the end of the file
+large.avi|poke 4 00 00 01|refused|RIFF:AVI/RIFF:AVIX lies in a group that should end before it
+large.avi|poke 4 7a|refused|RIFF:AVI/RIFF:AVIX lies in a group that should end before it
+large.avi|poke 18802 78|refused|xIFF looks like a group of frames, but its id is that of a data chunk
+large.avi|poke 18814 78|refused|RIFF:AVIX/xIST looks like a group of frames, but its id is that of a data chunk
+large.avi|poke 18822 78|refused|RIFF:AVIX/LIST:xovi begins with a frame, but its group id is another one
 card.webp|cut 900|repaired|RIFF:WEBP/VP8 ends 54 bytes past the end of the file (at offset 12)
 card.webp|cut 100|refused|RIFF:WEBP/VP8 ends before the end of the first part of the picture
 card.webp|poke 15 51|refused|RIFF:WEBP begins with VP8Q, not with VP8, VP8L or VP8X
 card.webp|poke 23 00|refused|RIFF:WEBP/VP8 does not begin like a picture
+anim.webp|drop 57 1; cut 78|refused|RIFF:WEBP/ANMF does not begin like a frame
 alpha.webp|poke 20 10|warning|RIFF:WEBP/VP8X does not announce XMP, but the file has it
 alpha.webp|poke 20 34|warning|RIFF:WEBP/VP8X announces ICCP, but the file has none
 END

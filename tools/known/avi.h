@@ -46,6 +46,19 @@ constexpr uint64_t FIELD_ENTRY = 12;
 constexpr uint64_t INDEX_ENTRY = 16;
 constexpr uint32_t NO_KEY_FRAME = 0x8000'0000;
 
+// The chunks of "movi" are named by the two digits of their stream. For frames, the kind of data
+// follows: pictures (dc, db), sound (wb), palettes (pc) or texts (tx).
+constexpr bool hasStreamNumber(uint32_t id) {
+  const auto isDigit = [](uint32_t byte) { return byte >= '0' && byte <= '9'; };
+  return isDigit(id & 0xFF) && isDigit(id >> 8 & 0xFF);
+}
+constexpr bool isFrameId(uint32_t id) {
+  const uint32_t kind = id & ~FIRST_HALF;
+  const auto is = [kind](const char(&name)[5]) { return kind == (idOf(name) & ~FIRST_HALF); };
+  return hasStreamNumber(id) &&
+         (is("##dc") || is("##db") || is("##wb") || is("##pc") || is("##tx"));
+}
+
 // Whether a chunk is such an index; `parent` is the group id of its group.
 constexpr bool isOpenDmlIndex(uint32_t id, uint32_t parent) {
   if (parent == ID_STRL) return id == ID_INDX;

@@ -8,6 +8,7 @@ namespace tool {
 
 constexpr uint32_t FORM_WAVE = idOf("WAVE");
 constexpr uint32_t FORM_AVI = idOf("AVI ");
+constexpr uint32_t FORM_AVIX = idOf("AVIX");  // the further parts of a large AVI
 constexpr uint32_t FORM_WEBP = idOf("WEBP");
 
 // WAVE

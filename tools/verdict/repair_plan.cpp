@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "known/avi.h"
+
 namespace tool {
 
 namespace {
@@ -26,6 +28,20 @@ std::vector<uint32_t> knownIds() {
   return ids;
 }
 
+// Bytes that look like the id of a frame by chance are seldom followed by a size this small.
+bool isFrame(const RawChunk& chunk) {
+  constexpr uint64_t BIGGEST_FRAME = 1 << 26;
+  return chunk.dataSize <= BIGGEST_FRAME;
+}
+
+// Where the search for hidden frames begins. The entries of "idx1" begin with ids of frames, and so
+// does the header of "ix##" contain one.
+uint64_t firstPlaceOfFrames(const RepairPlan::Range& range, RawBytes& bytes) {
+  const uint32_t id = bytes.chunkAt(range.begin - HEADER_SIZE).id;
+  if (id == ID_IDX1) return range.end;
+  return range.begin + ((id & FIRST_HALF) == ID_IX ? OPEN_DML_HEADER : 0);
+}
+
 }  // namespace
 
 bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& headersLeft) {
@@ -44,24 +60,32 @@ bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& h
 std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes) {
   constexpr uint64_t BLOCK = 1 << 16;
   const std::vector<uint32_t> known = knownIds();
+  const bool isAvi = bytes.chunkAt(0).groupId == FORM_AVI ||
+                     isFrameId(bytes.chunkAt(range.begin - HEADER_SIZE).id);
+  const uint64_t framesFrom = isAvi ? firstPlaceOfFrames(range, bytes) : range.end;
+  const uint64_t step = isAvi ? 1 : 2;
   std::array<bool, 256> isFirst{};
   for (const uint32_t id : known) isFirst[id & 0xFF] = true;
+  if (isAvi) std::fill(isFirst.begin() + '0', isFirst.begin() + '9' + 1, true);
   uint64_t headersLeft = MAX_HEADERS;
-  std::vector<uint8_t> block(BLOCK + 2);
+  std::vector<uint8_t> block(BLOCK + 3);
   for (uint64_t at = range.begin; at + HEADER_SIZE <= range.end; at += BLOCK) {
     const uint64_t count = std::min<uint64_t>(block.size(), range.end - at);
     bytes.copy(block.data(), count, at);
-    for (uint64_t i = 0; i + 4 <= count; i += 2) {
-      if (!isFirst[block[i]] || !std::ranges::binary_search(known, littleEndian32(&block[i]))) {
-        continue;
-      }
-      const bool leads = leadsTo(range.end, at + i, Ids::PRINTABLE, bytes, headersLeft);
-      if (leads || headersLeft == 0) return at + i;
+    for (uint64_t i = 0; i + 4 <= count && i < BLOCK; i += step) {
+      if (!isFirst[block[i]]) continue;
+      const uint64_t offset = at + i;
+      const uint32_t id = littleEndian32(&block[i]);
+      if (offset >= framesFrom && isFrameId(id) && isFrame(bytes.chunkAt(offset))) return offset;
+      if (!std::ranges::binary_search(known, id)) continue;
+      const RawChunk chunk = bytes.chunkAt(offset);
+      if (chunk.isGroup() && isPrintable(chunk.groupId)) return offset;
+      const bool leads = leadsTo(range.end, offset, Ids::PRINTABLE, bytes, headersLeft);
+      if (leads || headersLeft == 0) return offset;
       // In a file that was cut, no chunks lead to the end. Two known ids in a row are no accident.
-      const uint64_t next = bytes.chunkAt(at + i).end();
-      if (next + HEADER_SIZE <= range.end &&
-          std::ranges::binary_search(known, bytes.chunkAt(next).id)) {
-        return at + i;
+      if (chunk.end() + HEADER_SIZE <= range.end &&
+          std::ranges::binary_search(known, bytes.chunkAt(chunk.end()).id)) {
+        return offset;
       }
     }
   }

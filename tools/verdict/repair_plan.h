@@ -39,10 +39,15 @@ enum class Ids { PRINTABLE, ANY };
 bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& headersLeft);
 
 // Looks for hidden chunks in a range of data. They would be lost in a chunk that takes the range as
-// its data. A hidden chunk has a well-known id, and either chunks lead from it exactly to the end
-// of the range, or the next chunk has a well-known id, too. Returns the offset of the first hidden
-// chunk, the offset where the search has looked at too many headers and gives up, or nothing. Reads
-// the whole range.
+// its data. Returns the offset of the first hidden chunk, the offset where the search has looked at
+// too many headers and gives up, or nothing. Reads the whole range. There are three kinds of hidden
+// chunks:
+//   - A group with a printable group id.
+//   - A chunk with a well-known id, if chunks lead from it exactly to the end of the range, or if
+//     the next chunk has a well-known id, too.
+//   - A frame of an AVI, that is, an id as "00dc" has and a size that a frame may have. It may be
+//   at
+//     an odd offset, since a wrong size may come with bytes that are missing.
 std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes);
 
 }  // namespace tool

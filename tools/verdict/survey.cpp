@@ -21,6 +21,7 @@
 #include "chunks/file_kind.h"
 #include "chunks/header_walk.h"
 #include "chunks/input.h"
+#include "known/avi.h"
 #include "verdict/form.h"
 #include "verdict/trailing.h"
 #include "verdict/wide_sizes.h"
@@ -121,6 +122,11 @@ class Surveyor {
   // --- groups
 
   void enterGroup(const RawChunk& chunk) {
+    const uint64_t groupEnd = walk.claimedEnd();
+    if (chunk.isRiff && walk.level() > 0 && (chunk.end() > groupEnd || groupEnd > size)) {
+      found(chunk.offset, path(chunk) + " lies in a group that should end before it",
+            Severity::DOUBTFUL);
+    }
     const bool mayBeStream = walk.level() == 0 || chunk.groupId == ID_MOVI;
     const bool isMarked = chunk.end() > size && isStreamMark(chunk.dataSize);
     const bool isStream = mayBeStream && (chunk.dataSize == 0 || isMarked);
@@ -197,6 +203,15 @@ class Surveyor {
   // --- data chunks
 
   void passData(const RawChunk& chunk) {
+    if (isLostGroup(chunk)) {
+      found(chunk.offset,
+            path(chunk) + " looks like a group of frames, but its id is that of a data chunk",
+            Severity::DOUBTFUL);
+    }
+    if (isLostFrame(chunk)) {
+      found(walk.group().offset, path() + " begins with a frame, but its group id is another one",
+            Severity::DOUBTFUL);
+    }
     if (isStream(chunk)) {
       found(chunk.offset, path(chunk) + streamText(chunk.dataSize, size - chunk.dataOffset()));
       extendToFile(chunk);
@@ -206,6 +221,26 @@ class Surveyor {
     } else {
       passLongData(chunk);
     }
+  }
+
+  // Whether a chunk of an AVI begins like a group that holds frames. If one byte of the id of such
+  // a group is wrong, players do not find the frames.
+  bool isLostGroup(const RawChunk& chunk) {
+    if (survey.chunks == 0 || bytes.chunkAt(0).groupId != FORM_AVI) return false;
+    if (chunk.groupId == FORM_AVIX) return walk.level() <= 1;
+    if (walk.level() == 0) return false;
+    const uint32_t parent = walk.group().groupId;
+    if (chunk.groupId == ID_MOVI) return walk.level() == 1;
+    return chunk.groupId == ID_REC && parent == ID_MOVI && !hasStreamNumber(chunk.id);
+  }
+
+  // Whether a chunk is the first one of a group in a RIFF and is a frame, though the group is not
+  // for frames.
+  bool isLostFrame(const RawChunk& chunk) {
+    if (walk.level() != 2 || !isFrameId(chunk.id)) return false;
+    const OpenGroup& group = walk.group();
+    return chunk.offset == group.offset + GROUP_HEADER_SIZE && group.groupId != ID_MOVI &&
+           group.groupId != ID_REC && bytes.chunkAt(0).groupId == FORM_AVI;
   }
 
   // Handles data that ends past the end of its group or of the file. If its group ends with the
@@ -218,7 +253,7 @@ class Surveyor {
       found(chunk.offset, path(chunk) + " lacks the pad byte after its odd size");
       take(chunk);
       moveTo(chunk.end());
-    } else if (!isPrintable(chunk.id) || isText(chunk)) {
+    } else if (!isPrintable(chunk.id) || isText(chunk) || (isCut && isStrangeFrame(chunk))) {
       passUnexplained(chunk);
     } else if (isCut) {
       found(chunk.offset, path(chunk) + " ends " + counted(chunk.dataEnd() - size, "byte") +
@@ -240,6 +275,15 @@ class Surveyor {
                                         isPrintable(static_cast<uint32_t>(chunk.dataSize)));
   }
 
+  // Whether a chunk among the pictures of an AVI has an id that does not belong there. After a
+  // wrong size, the survey may arrive in the middle of an id.
+  bool isStrangeFrame(const RawChunk& chunk) const {
+    if (walk.level() == 0) return false;
+    const uint32_t parent = walk.group().groupId;
+    return (parent == ID_MOVI || parent == ID_REC) && chunk.id != ID_JUNK &&
+           !hasStreamNumber(chunk.id) && !isOpenDmlIndex(chunk.id, parent);
+  }
+
   void passWholeData(const RawChunk& chunk) {
     take(chunk);
     if (!isPrintable(chunk.id)) {
@@ -257,8 +301,14 @@ class Surveyor {
     if (walk.level() == 0 || !isPrintable(chunk.id)) return false;
     if (isStreamMark(chunk.dataSize)) return hasMarkedSize(chunk);
     return chunk.dataSize == 0 && chunk.id == ID_DATA && walk.level() == 1 &&
-           walk.limit() == size && size > chunk.dataOffset() &&
+           walk.limit() == size && size > chunk.dataOffset() && !isCutShort() &&
            !leadsTo(size, chunk.dataOffset(), Ids::ANY, bytes, headersLeft);
+  }
+
+  // Whether the size of the innermost group says that the file was cut. Then the group had its
+  // size, and its data had one, too. The pad byte of the group may be missing.
+  bool isCutShort() const {
+    return walk.claimedEnd() != HeaderWalk::NOWHERE && walk.claimedEnd() > padded(size);
   }
 
   // Called for a size that may mean "unknown". Returns true if the size cannot be real. There are

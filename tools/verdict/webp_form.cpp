@@ -31,6 +31,7 @@ class WebpForm : public Form {
     }
     if (chunk.id == ID_VP8) takeLossy(chunk);
     if (chunk.id == ID_VP8L) takeLossless(chunk);
+    if (chunk.id == ID_ANMF) takeFrame(chunk);
     hasFrame |= chunk.id == ID_ANMF;
     hasAlpha |= chunk.id == ID_ALPH;
     for (std::size_t i = 0; i < ANNOUNCED.size(); ++i) seen[i] |= chunk.id == ANNOUNCED[i].id;
@@ -81,6 +82,17 @@ class WebpForm : public Form {
       fail(chunk.offset, "RIFF:WEBP/VP8L does not begin like a picture");
     } else {
       hasAlpha |= (data.number32(LOSSLESS_BITS) & LOSSLESS_ALPHA) != 0;
+    }
+  }
+
+  // The place and the duration of a frame come before its chunks. The first of them may be cut off.
+  void takeFrame(const RawChunk& chunk) const {
+    constexpr uint64_t FRAME_HEADER = 16;
+    const uint64_t begin = chunk.dataOffset() + FRAME_HEADER;
+    if (begin + HEADER_SIZE > bytes.size()) return;
+    const uint32_t id = bytes.chunkAt(begin).id;
+    if (id != ID_ALPH && id != ID_VP8 && id != ID_VP8L) {
+      fail(chunk.offset, "RIFF:WEBP/ANMF does not begin like a frame");
     }
   }
 
