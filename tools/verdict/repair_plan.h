@@ -45,9 +45,8 @@ bool leadsTo(uint64_t end, uint64_t begin, Ids ids, RawBytes& bytes, uint64_t& h
 //   - A group with a printable group id.
 //   - A chunk with a well-known id, if chunks lead from it exactly to the end of the range, or if
 //     the next chunk has a well-known id, too.
-//   - A frame of an AVI, that is, an id as "00dc" has and a size that a frame may have. It may be
-//   at
-//     an odd offset, since a wrong size may come with bytes that are missing.
+//   - A frame of an AVI: an id like "00dc", and a size that a frame may have. It may be at an odd
+//     offset, because bytes may be missing before it.
 std::optional<uint64_t> hiddenChunk(const RepairPlan::Range& range, RawBytes& bytes);
 
 }  // namespace tool
