@@ -30,10 +30,10 @@ void ChunkPool::removeBlock(void* memory) {
 // Each block is four times as large as the one before, up to MAX_REST. So a small tree takes little
 // memory. A larger tree has most of its memory in one block, or in several blocks of MAX_REST.
 //
-// Large blocks also make the next tree cheaper. malloc() returns the free end of the heap to the
-// system only if that end is more than twice as large as the largest block that was ever freed. So
-// once a large block has been freed, malloc() no longer returns blocks of that size to the system
-// when they are freed. The next tree uses their memory. Getting the memory from the system again
+// Large blocks also make the next tree cheaper. malloc() adapts to the largest block that was ever
+// freed: it takes later blocks of up to that size from the heap, and it returns the free end of the
+// heap to the system only if that end is more than twice as large. So the memory of a freed tree
+// usually stays in the heap, and the next tree uses it. Getting the memory from the system again
 // would take longer than building the nodes in it.
 //
 // The unused end of the previous block is wasted. It is shorter than the largest small piece.

@@ -16,8 +16,8 @@ namespace RIFF {
 using FreeChunks = std::list<DataChunk*, PoolAllocator<DataChunk*>>;
 
 // One key for each entry of the list, in the same order: by rank (see FreeList), and by offset
-// where ranks are equal. A key does not hold the offset, which changes with each edit before the
-// chunk.
+// where ranks are equal. A key does not hold the offset, because every edit that moves the chunk
+// would have to change the key.
 //
 // The keys lie in short blocks, none of which is empty. So inserting or erasing a key moves few
 // others, however long the list is. In one array, using up the free chunks one by one would take

@@ -134,7 +134,7 @@ class GroupChunk : public Chunk {
   std::vector<Chunk*, PoolAllocator<Chunk*>> children;
   FreeList freeList;
   FourCC groupId;
-  bool hasHadGroups = false;  // a group with this parent has been built
+  bool hasHadGroups = false;  // a group whose parent is this one has been built
 };
 
 // The group that a chunk is, null if it is a data chunk.

@@ -78,10 +78,10 @@ class Object {
   void writeChunkHeader(uint64_t offset, FourCC id, uint32_t dataSize);
   void writeGroupHeader(uint64_t offset, FourCC id, FourCC groupId);
 
-  // Opens (delta > 0) or closes (delta < 0) a gap and updates sizes and offsets. The gap lies at
-  // the end of chunk. If `removed` is given, it is a child of chunk, and its bytes are the gap to
-  // close. Returns the offset of the first byte after chunk, or after `removed` if it is given, as
-  // it was before the edit. An opened gap begins there.
+  // Opens (delta > 0) or closes (delta < 0) a gap and updates sizes and offsets. Without `removed`,
+  // the gap lies at the end of chunk. With it, `removed` is a child of chunk, and its bytes are the
+  // gap to close. Returns the offset of the first byte after chunk, or after `removed` if it is
+  // given, as it was before the edit. An opened gap begins there.
   uint64_t resizeChunk(Chunk& chunk, int64_t delta, const Chunk* removed);
 
   // Makes sure that all bytes before upTo are stored. If only the pad byte of the last chunk is

@@ -181,8 +181,10 @@ struct Exponent {
 }
 
 // "1.", "1.5", "1.5e-3", "1.5k", "4.5da". An exponent or prefix needs a digit after the point.
-// digits is the integer before the point, modulo 2^64. Not inlined, so that
-// the caller need not store on the stack the registers that only this function uses.
+// digits is the integer before the point, modulo 2^64.
+//
+// Not inlined. This function needs more registers than its caller. If it were inlined, the caller
+// would have to save these registers in every call.
 [[gnu::noinline]] Value readDecimal(const char* text, const char* point, uint64_t digits) {
   const char* last = appendDigits(point + 1, digits);
   const std::ptrdiff_t count = last - text - 1;

@@ -34,8 +34,8 @@ bool isFrame(const RawChunk& chunk) {
   return chunk.dataSize <= BIGGEST_FRAME;
 }
 
-// Where the search for hidden frames begins. The entries of "idx1" begin with ids of frames, and so
-// does the header of "ix##" contain one.
+// Where the search for hidden frames begins. It leaves out ids that are not those of hidden frames:
+// each entry of "idx1" begins with one, and the header of "ix##" has one.
 uint64_t firstPlaceOfFrames(const RepairPlan::Range& range, RawBytes& bytes) {
   const uint32_t id = bytes.chunkAt(range.begin - HEADER_SIZE).id;
   if (id == ID_IDX1) return range.end;
