@@ -18,7 +18,7 @@
  *  function. The form with std::nothrow takes it as the last argument. It throws nothing, with one
  *  exception: Chunk::data() fills a container of a type that the caller chooses, and this container
  *  may throw, for example std::bad_alloc. On failure it returns an empty std::optional, Object or
- * Chunk, or the bool false. In a condition, all of these are false:
+ *  Chunk, or the bool false. In a condition, all of these are false:
  *
  *    using namespace velmor_core;
  *    Object wav = Object::openFile("a.wav");                                  // throws on failure

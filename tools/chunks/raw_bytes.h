@@ -83,7 +83,7 @@ class RawBytes {
   std::vector<Patch> patches;
   uint64_t windowOffset = 0;
   uint64_t windowSize = 0;
-  std::array<uint8_t, WINDOW + GROUP_HEADER_SIZE> window{};  // the rest stays 0
+  std::array<uint8_t, WINDOW + GROUP_HEADER_SIZE> window{};  // zeros after the bytes of the file
 };
 
 }  // namespace tool

@@ -40,8 +40,8 @@ VALUE   the text itself. In a LIST:INFO group a NUL is stored after it, since th
         one. Elsewhere the bytes are stored as they are. "@@text" stands for "@text".
 @FILE   the bytes of a file, as they are; "@-" those of standard input
 
-If the chunk grows and free space (JUNK) lies beside it or its group, it grows into that space, and
-nothing else in the file moves.
+If the chunk grows, it usually uses the free space (JUNK) beside it or its group, if that is enough.
+Nothing else in the file moves then.
 
 Every edit also corrects the chunks that describe others. In WebP, it adds VP8X if that is needed,
 corrects the flags and the canvas in VP8X, and puts an ICC profile before the picture. In AVI, it

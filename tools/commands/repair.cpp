@@ -179,9 +179,9 @@ Warnings requireSound(const std::string& file, RawBytes& repaired) {
 }
 
 // `warnings` are about the file with the plan's changes. Throws Failure if the file is not cut
-// short and a warning is about the chunk whose new size reaches to the end of the file. The data of
-// such a file is a whole number of sample blocks. In a file that is cut short, the data may end
-// anywhere.
+// short and a warning is about the chunk whose new size reaches to the end of the file. If a file
+// is not cut short, its data is a whole number of sample blocks. If it is cut short, its data may
+// end anywhere.
 void requireGoodSize(const std::string& file, const RepairPlan& plan, const Warnings& warnings) {
   if (!plan.claimed || !plan.isOfWholeFile) return;
   const auto isAboutChunk = [&](const Finding& warning) {

@@ -55,8 +55,9 @@ labl, note and ltxt in LIST:adtl (WAVE); avih, strh, strf, strn, indx, ix##, dml
 and _PMX (AVI); VP8X, VP8, VP8L, ANIM, ANMF, ALPH and XMP (WebP); and all chunks in LIST:INFO. EXIF
 and ICCP (WebP) are named, but not decoded.
 
-FILE "-" is standard input. From a pipe, only the first 64 KiB of a chunk can be shown, and --all is
-refused for a longer one. The pictures and sound of an AVI in a pipe cannot be shown.
+FILE "-" is standard input. From a pipe, only the first 64 KiB of a chunk are kept, and --all is
+refused if a part of the chunk was not kept. The indexes of an AVI are kept as a whole. Most of its
+pictures and sound are not kept.
 
 --all    show all bytes; without it, the first 256, or 65,536 of a text
 --hex    show the bytes of texts, too

@@ -66,8 +66,9 @@ Warnings makeChanges(Bytes& bytes, Change change, std::span<const Edit> edits) {
     if (!form) form.emplace(bytes.root());
     if (i > 0) change = edits[i](bytes.root());
     if (change.getCut() && i > 0) {
-      // A cut ends all handles. The corrections after it match old and new chunks by the ranges of
-      // the cut alone. So the corrections for the edits before it are made first.
+      // A cut ends all handles. The correction after it assumes that only the cut has changed the
+      // chunks since they were noted. So the edits before it are corrected first, and the chunks
+      // are noted again.
       form->correct(bytes.root(), nullptr, warnings);
       form.emplace(bytes.root());
       change = edits[i](bytes.root());

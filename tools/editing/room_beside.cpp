@@ -108,9 +108,9 @@ void replace(Chunk place, const Chunk& copy) {
 }
 
 struct Room {
-  Chunk place;    // the chunk or an ancestor, with enough free space beside it; none if none has
-  Object copies;  // of the place
-  uint64_t growth = 0;  // of the chunk and its ancestors; 0 if it is not known
+  Chunk place;          // has enough free space beside it; an empty handle if nothing has
+  Object copies;        // of the place
+  uint64_t growth = 0;  // by how many bytes the chunk, and so each ancestor, grows; 0 if not known
 };
 
 Chunk copyIn(const Object& copies) { return virtualRoot(copies).firstChild().firstChild(); }

@@ -9,9 +9,9 @@
 namespace tool {
 
 // Checks an edit that changes a chunk but nothing outside it, and returns its change. The library
-// makes room for a chunk that grows by moving all bytes after it. If free space (JUNK) lies
-// directly beside the chunk or one of its ancestors, the change uses that space instead, and
-// nothing else in the file moves.
+// makes room for a chunk that grows by moving all bytes after it. If enough free space (JUNK) lies
+// directly beside the chunk or one of its ancestors below the top level, the change usually uses
+// that space instead. Then nothing else in the file moves.
 //
 // `edit` must not remove or recycle the chunk itself. It may run several times: on the chunk, and
 // on copies of it in memory. When the change has run, the handles of the chunk, its ancestors and

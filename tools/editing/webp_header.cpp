@@ -34,7 +34,7 @@ int rankOf(uint32_t id) {
 
 bool isPicture(uint32_t id) { return id == ID_VP8 || id == ID_VP8L || id == ID_ANMF; }
 
-// Whether a chunk comes before VP8X, or ICCP, ANIM, ALPH and the picture are not in this order.
+// The right order is VP8X, ICCP, ANIM, ALPH, picture, and nothing comes before VP8X.
 bool isOutOfOrder(const Chunk& group) {
   const int last = rankOf(ID_VP8);
   int highest = 0;

@@ -31,7 +31,7 @@ void waitForTurn(const File& file, int lock) {
 bool isStillNamed(const File& file) { return isSameFile(file.status(), statusOf(file.name())); }
 
 // Editors that wait must not have the file open for writing: see Original::requireNoWriter(). But
-// NFS gives an exclusive lock only to those who have.
+// NFS gives an exclusive lock only to programs that have the file open for writing.
 File openForEdit(const std::string& name) {
   File file(name, File::READ);
   if (::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) == -1) {

@@ -73,7 +73,8 @@ class Table {
     for (const SummaryLine& line : lines) table.emplace(line.name, line);
   }
 
-  std::map<ItemName, SummaryLine> table;  // no file can slow it down by its choice of ids
+  // Not a hash table: a file could slow it down with ids whose hashes are equal.
+  std::map<ItemName, SummaryLine> table;
   bool hasDropped = false;
 };
 

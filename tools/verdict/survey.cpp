@@ -305,8 +305,9 @@ class Surveyor {
            !leadsTo(size, chunk.dataOffset(), Ids::ANY, bytes, headersLeft);
   }
 
-  // Whether the size of the innermost group says that the file was cut. Then the group had its
-  // size, and its data had one, too. The pad byte of the group may be missing.
+  // Whether the innermost group should end after the end of the file. Then its size was written
+  // before the file was cut, and so were the sizes in the group. A file that lacks only the last
+  // pad byte is not cut.
   bool isCutShort() const {
     return walk.claimedEnd() != HeaderWalk::NOWHERE && walk.claimedEnd() > padded(size);
   }

@@ -85,7 +85,8 @@ class WebpForm : public Form {
     }
   }
 
-  // The place and the duration of a frame come before its chunks. The first of them may be cut off.
+  // The data of ANMF begins with the place and the duration of the frame. The chunks of the frame
+  // follow. If the file ends before the first of these chunks, there is nothing to check.
   void takeFrame(const RawChunk& chunk) const {
     constexpr uint64_t FRAME_HEADER = 16;
     const uint64_t begin = chunk.dataOffset() + FRAME_HEADER;
