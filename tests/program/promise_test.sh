@@ -115,6 +115,16 @@ changes_by_others_are_kept() {
   done
 }
 
+# Does not wait for the end of the other program.
+files_that_grow_are_refused() {
+  take tone.wav
+  while :; do echo more >>tone.wav; done &
+  timeout 20 "$program" set tone.wav RIFF/data x 2>err
+  expect_equal "status" 1 $?
+  kill $! && wait $! 2>/dev/null
+  [[ $(<err) == *"by another program"* || $(<err) == *"open for writing"* ]] || fail "$(<err)"
+}
+
 # Another program that opened the file before the edit, or during it, would go on writing to the old
 # file.
 files_that_others_write_are_not_replaced() {

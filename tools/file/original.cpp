@@ -105,7 +105,8 @@ void requireNoMarker(const File& file, const std::string& path) {
 struct stat settledStatus(const File& file) {
   constexpr int64_t TICK = 10'000'000;  // ns
   constexpr int64_t SECOND = 1'000'000'000;
-  for (;;) {
+  constexpr int MAX_PAUSES = 10;  // a program that changes the file all the time is not waited for
+  for (int i = 0; i < MAX_PAUSES; ++i) {
     const struct stat status = file.status();
     struct timespec now {};
     ::clock_gettime(CLOCK_REALTIME, &now);
@@ -115,6 +116,7 @@ struct stat settledStatus(const File& file) {
     const struct timespec pause = {0, TICK + 1 - age};
     ::nanosleep(&pause, nullptr);
   }
+  throw Failure(file.name(), "is being changed by another program");
 }
 
 bool isUnchanged(const struct stat& before, const struct stat& now) {

@@ -47,6 +47,7 @@ class Original {
 // The file's status. Returns only when every later change would give the file a different
 // timestamp. File systems count time in ticks of up to 10 ms, and two changes in one tick have the
 // same timestamp. So this may wait for the next tick. A timestamp in the future is not waited for.
+// Throws Failure if another program keeps changing the file.
 struct stat settledStatus(const File& file);
 
 // Whether both belong to the same file, with the same size and the same times of modification and
