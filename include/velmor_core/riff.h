@@ -79,8 +79,9 @@
  *
  *  - velmor_core_riff_close() and velmor_core_riff_cache_clear() of its object
  *  - removing the chunk or one of its ancestors
- *  - recycling the chunk, the chunk directly before it, or one of its ancestors;
- *    velmor_core_riff_chunk_recycle() says which handles end
+ *  - recycling one of its ancestors
+ *  - recycling the chunk or a neighbour: velmor_core_riff_chunk_recycle() says when this ends the
+ *    handle
  *  - if it is a free chunk: adding chunks that fill it exactly
  *
  *  No other edit ends a handle, even if it moves the chunk. A call that fails ends no handle.
@@ -123,8 +124,8 @@
  *  free space of the virtual root, it needs all bytes of the object except the last pad byte.
  *
  *  When an edit fails.  All handles stay valid. Each function says which failures change nothing.
- *  There is one exception: an edit may have appended the missing pad byte before it failed. The
- *  other failures leave one of two states:
+ *  Even then, the edit may have appended the missing pad byte. A failure that is not said to change
+ *  nothing leaves one of two states:
  *
  *  - If the object is read-only, no byte has changed, but a chunk in the tree may show a new data
  *    size or id. If the call is repeated, it may return success without writing anything, since the

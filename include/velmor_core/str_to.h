@@ -67,8 +67,9 @@
  *  18446744073709551616, which counts as 2^64 - 1.
  *
  *  To check that a single number is from 0 to a limit below 2^63, convert it to a double and
- *  compare with 0 and the limit. A number of 2^63 or more fails the comparison, too: its double is
- *  negative, or at least 2^63. If negative numbers are valid, remove the sign from the text,
+ *  compare with 0 and the limit. A number of 2^63 or more fails the comparison, too. Its double is
+ *  negative for an integer, and at least 2^63 for a number with a decimal point, an exponent or an
+ *  SI prefix. If negative numbers are valid, remove the sign from the text,
  *  convert the rest and compare in the same way. An expression cannot be checked like this:
  *  18446744073709551615+10 is 9. Numbers with a decimal point do not become negative.
  *

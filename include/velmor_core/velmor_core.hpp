@@ -15,10 +15,10 @@
  *
  *  Failures.  An operation that can fail has two forms. The form without std::nothrow throws
  *  velmor_core::Error, whose what() names the reason and whose status() is the status of the C
- *  function. The form with std::nothrow takes it as the last argument. It throws nothing, with one
- *  exception: Chunk::data() fills a container of a type that the caller chooses, and this container
- *  may throw, for example std::bad_alloc. On failure it returns an empty std::optional, Object or
- *  Chunk, or the bool false. In a condition, all of these are false:
+ *  function. The form with std::nothrow takes it as the last argument. On failure, this form
+ *  returns an empty std::optional, Object or Chunk, or the bool false. It throws nothing, except in
+ *  Chunk::data(): this fills a container of a type that the caller chooses, and the container may
+ *  throw, for example std::bad_alloc. In a condition, all these results of a failure are false:
  *
  *    using namespace velmor_core;
  *    Object wav = Object::openFile("a.wav");                                  // throws on failure

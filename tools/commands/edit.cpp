@@ -54,8 +54,8 @@ attributes. A symbolic link stays a link, and the file that it leads to is edite
 or a signal such as SIGINT or SIGTERM ends it, the copy is removed. SIGKILL, a crash or a power cut
 can leave a copy; the next edit of the file removes it. Edits of one file wait for each other. If
 another program changes the file meanwhile, or has it open for writing, the edit fails and the file
-stays as that program left it. Programs on other computers, and programs that write to a file of
-another user, are not always noticed: after the edit, they still write to the old file, which no
+stays as that program left it. Such a program is not always noticed if it runs on another computer,
+or if the file does not belong to you. After the edit, it still writes to the old file, which no
 longer has a name.
 
 --add        make the chunk if it is missing, and the groups of PATH that are missing. Such a group
@@ -100,9 +100,10 @@ empty group is appended, and no value is given. If the group already has a chunk
 note says how many there are with the new one. See "velmor-core set --help" for values and the other
 options.
 
---top   add the chunk at the top of the file. If the file has one RIFF group, this option is needed
-        for a chunk beside it, because programs look for chunks in the RIFF group. A further RIFF
-        group needs no option.
+--top   add the chunk at the top of the file. If the file has exactly one RIFF group, a chunk
+        beside it is added only with this option. A path without the RIFF group is most likely a
+        mistake, because programs look for chunks in the RIFF group. Another RIFF group needs no
+        option.
 )",
     .examples = R"(
   velmor-core add song.wav RIFF:WAVE/LIST:INFO/ICOP "In the public domain"

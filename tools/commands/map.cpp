@@ -86,9 +86,9 @@ with "?". Rows below the 12th are left out.
               {"version":1,"command":"map","file":"a.wav","size":52,"boxes":[{"level":0,"offset":0,
                "size":52,"kind":"group","count":1,"name":"RIFF:WAVE"},...],"summary":[...],...
             "count" is the number of items in a box: chunks, runs of zeros, and runs of other bytes
-            that are no chunk. "name" is the name with the most bytes among the first four names in
-            the box. "kind" is the kind of the items with that name. "summary" and "others" are as
-            with "tree --summary".
+            that are no chunk. A box counts the bytes of the first four names in it. "name" is the
+            one of these names whose items have the most bytes. "kind" is the kind of these items.
+            "summary" and "others" are as with "tree --summary".
 )",
     .examples = R"(
   velmor-core map clip.avi

@@ -52,9 +52,9 @@ const Command NUM = {
     .synopsis = "EXPR...",
     .summary = "Evaluate numbers and expressions, such as 4k7 or (1+2)*3Ki",
     .help = R"(
-Prints each value as a double. If it fits into 64 bits, also prints it truncated to a signed and to
-an unsigned integer. An integer from 2^63 on wraps around: the double and the signed integer are
-negative, and only the unsigned integer has its value.
+Prints each value as a double, and truncated to a signed and to an unsigned integer if its double
+fits into these. A number of digits alone that is 2^63 or more becomes negative as a double and as a
+signed integer. Only the unsigned integer is then the number that was typed.
 )",
     .examples = R"(
   velmor-core num 4k7

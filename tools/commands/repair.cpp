@@ -280,9 +280,9 @@ in it.
 
 Damage that could be repaired in more than one way, such as a chunk that ends past the end of its
 group, is reported with its offset, and nothing is written. Warnings of "check" are not repaired; those
-that the result has are printed. If a file is not cut short and the new size of its data reaches to
-the end of the file, this size must be a whole number of sample blocks. If it is not, nothing is
-written.
+that the result has are printed. In a WAVE file that is not cut short, the data may get a new size
+that reaches to the end of the file. This size must be a whole number of sample blocks. Otherwise,
+nothing is written.
 
 Two kinds of bytes after the last chunk are kept in a top-level chunk "tail" at the end of the file:
 tags (ID3v1, ID3v2, APE), and a chunk header that is cut short by the end of the file. For other

@@ -41,7 +41,7 @@ class AviIndexes {
   };
   struct Index {
     Chunk chunk;
-    uint64_t movi;    // the offset of the first LIST:movi in the same RIFF; 0 if it comes later
+    uint64_t movi;    // the offset of the first LIST:movi before it in the same RIFF; 0 if none
     std::size_t sum;  // checksum of the data
   };
   struct Layout {
@@ -72,8 +72,9 @@ class AviIndexes {
   void correctIdx1(const Chunk& index, uint64_t oldMovi, uint64_t newMovi);
   void correctOpenDml(const Chunk& index);
   EntryChange correctIndexEntry(uint8_t* entry);
-  // A base of 0 stays 0. Any other base moves by the same distance as the first chunk that is
-  // found. Then the offsets in the entries stay as they are if all chunks move by this distance.
+  // A base of 0 stays 0. Any other base moves by the same distance as the chunk of the first entry
+  // whose chunk still exists. If all chunks move by this distance, the offsets in the entries stay
+  // as they are.
   EntryChange correctFrame(uint8_t* entry, const OpenDml& header, std::optional<uint64_t>& newBase);
   void followCut(const Cut& cut, const Layout& after);
   void warn(std::vector<std::string>& warnings) const;

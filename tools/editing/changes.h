@@ -26,7 +26,8 @@ class Change {
   template <std::invocable Calls>
   Change(Calls calls) : calls(std::move(calls)) {}  // NOLINT(google-explicit-constructor)
   Change(Cut cut) : cut(std::move(cut)) {}          // NOLINT(google-explicit-constructor)
-  // The calls fill the gap that `gap` returns, if the file has it.
+  // `gap` returns the gap that a copy of the file should have. If the copy has it, the calls fill
+  // it.
   Change(std::function<void()> calls, std::function<std::optional<Gap>()> gap)
       : calls(std::move(calls)), gap(std::move(gap)) {}
 

@@ -16,8 +16,8 @@ namespace tool {
 // The byte ranges of chunks, and the new sizes of the groups that hold them.
 class Cut {
  public:
-  // The chunks are in the order of their bytes, and none lies in another. All their data is stored;
-  // the last pad byte may be missing.
+  // The chunks are in the order of their bytes, and none lies in another. The
+  // object contains all bytes of their data. Only the last pad byte may be missing.
   Cut(const Chunk& virtualRoot, std::span<const PlacedChunk> chunks);
 
   // Whether a byte is in one of the ranges.

@@ -9,8 +9,8 @@
 
 namespace tool {
 
-// Paths can be followed along these chunks, as along Chunk. They add up the sizes on their way from
-// the virtual root, because the library does not give offsets.
+// Paths can be followed along these chunks, as along Chunk. The library does not give offsets. So
+// each chunk computes its offset from the sizes of the chunks before it.
 struct PlacedChunk : Chunk {
   PlacedChunk() = default;
   PlacedChunk(Chunk chunk, uint64_t offset) : Chunk(chunk), offset(offset) {}

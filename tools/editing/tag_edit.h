@@ -19,7 +19,7 @@ struct InfoAssignment {
 struct BextAssignment {
   const BextField* field;
   std::string bytes;  // of the whole field
-  bool isRemoval;     // the bytes are those of a field that is not set
+  bool isRemoval;     // the field is unset: the bytes are those of an unset field
 };
 
 struct TagAssignments {
