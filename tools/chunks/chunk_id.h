@@ -25,6 +25,12 @@ constexpr uint32_t ID_IDX1 = idOf("idx1");
 // The ids under which a chunk is read as a group.
 constexpr bool isGroupId(uint32_t id) { return id == ID_RIFF || id == ID_LIST; }
 
+// Whether an id begins with two digits. AVI names the chunks of a stream like this, such as "00dc".
+constexpr bool hasStreamNumber(uint32_t id) {
+  const auto isDigit = [](uint32_t byte) { return byte >= '0' && byte <= '9'; };
+  return isDigit(id & 0xFF) && isDigit(id >> 8 & 0xFF);
+}
+
 // Whether all four bytes are printable ASCII characters, as in every id that a format has defined.
 bool isPrintable(uint32_t id);
 

@@ -25,13 +25,6 @@ constexpr std::size_t BLOCK = 1 << 18;
 // "ix00" to "ix99" are indexes, too.
 bool isIndex(uint32_t id) { return id == ID_IDX1 || id == ID_INDX || idText(id).starts_with("ix"); }
 
-// AVI names the chunks of its streams by two digits and two letters, such as "00dc".
-bool isOfStream(uint32_t id) {
-  const auto bytes = littleEndianBytes(id);
-  return std::ranges::all_of(bytes.begin(), bytes.begin() + 2,
-                             [](uint8_t byte) { return byte >= '0' && byte <= '9'; });
-}
-
 // The bytes of a descriptor, block by block.
 class Stream {
  public:
@@ -118,7 +111,7 @@ class Keeper {
       return;
     }
     if (chunk.dataSize % 2 == 1) places.push({chunk.dataEnd(), false});
-    if (!isPrintable(chunk.id) || isOfStream(chunk.id)) return;
+    if (!isPrintable(chunk.id) || hasStreamNumber(chunk.id)) return;
     const uint64_t wanted =
         isIndex(chunk.id) ? chunk.dataSize : std::min(chunk.dataSize, DATA_OF_CHUNK);
     const uint64_t before = kept.size();

@@ -11,6 +11,7 @@
 namespace tool {
 
 constexpr uint64_t HEADER_SIZE = 8;
+constexpr uint64_t SIZE_FIELD = 4;  // from the start of a header
 constexpr uint64_t GROUP_HEADER_SIZE = 12;
 constexpr uint64_t GROUP_ID_SIZE = 4;
 

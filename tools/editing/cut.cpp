@@ -12,7 +12,6 @@ namespace tool {
 namespace {
 
 constexpr uint64_t BLOCK = 1 << 20;
-constexpr uint64_t SIZE_FIELD = 4;  // from the start of a header
 
 struct OpenGroup {
   PlacedChunk group;

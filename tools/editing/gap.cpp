@@ -8,8 +8,6 @@ namespace tool {
 
 namespace {
 
-constexpr uint64_t SIZE_FIELD = 4;  // from the start of a header
-
 // The offset of a chunk from the first byte of the group that it is in.
 uint64_t offsetInGroup(const Chunk& chunk) {
   const Chunk group = chunk.parent();

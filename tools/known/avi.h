@@ -46,12 +46,8 @@ constexpr uint64_t FIELD_ENTRY = 12;
 constexpr uint64_t INDEX_ENTRY = 16;
 constexpr uint32_t NO_KEY_FRAME = 0x8000'0000;
 
-// The chunks of "movi" are named by the two digits of their stream. For frames, the kind of data
-// follows: pictures (dc, db), sound (wb), palettes (pc) or texts (tx).
-constexpr bool hasStreamNumber(uint32_t id) {
-  const auto isDigit = [](uint32_t byte) { return byte >= '0' && byte <= '9'; };
-  return isDigit(id & 0xFF) && isDigit(id >> 8 & 0xFF);
-}
+// Frames are named by the number of their stream and the kind of their data: pictures (dc, db),
+// sound (wb), palettes (pc) or texts (tx).
 constexpr bool isFrameId(uint32_t id) {
   const uint32_t kind = id & ~FIRST_HALF;
   const auto is = [kind](const char(&name)[5]) { return kind == (idOf(name) & ~FIRST_HALF); };
